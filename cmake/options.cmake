@@ -1,0 +1,40 @@
+# Compiler settings that every target of the project shares, as one interface target.
+
+option(TSX_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+add_library(tsx_options INTERFACE)
+target_compile_features(tsx_options INTERFACE cxx_std_20)
+target_compile_options(tsx_options INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror
+  # Magnitude and phase must come out bit for bit as told: no fused multiply-add.
+  -ffp-contract=off)
+target_include_directories(tsx_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/platform)
+
+if(TSX_SANITIZE)
+  target_compile_options(tsx_options INTERFACE -fsanitize=address,undefined
+    -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+  target_link_options(tsx_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# One object library per folder: the shared library and the tests are made from the same objects,
+# so nothing is exported for a test's sake.
+function(tsx_add_objects name)
+  add_library(${name} OBJECT ${ARGN})
+  target_link_libraries(${name} PUBLIC tsx_options)
+  set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+# A test executable whose cases ctest lists one by one.
+#   tsx_add_test(NAME LIBRARIES ... SOURCES ...)
+function(tsx_add_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE tsx_options ${ARG_LIBRARIES} GTest::gtest GTest::gtest_main)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,197 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lmx/diagnostic.h"
+#include "lmx/error.h"
+#include "lmx/namespace_scope.h"
+#include "lmx/token_stream.h"
+
+// The pull reader of annotation documents. It hands out one step of the document at a time and
+// never holds more of it than the chunk being parsed and one value. Document type declarations are
+// refused, so no entity is ever expanded. Allocation failures are exceptions; every other fault is
+// a code.
+
+namespace lmx {
+
+// Names of the open elements, innermost last.
+class c_string_stack {
+ public:
+  void push(const std::string& name) { names_.push_back(name); }
+  void pop() { names_.pop_back(); }
+  const std::string& back() const { return names_.back(); }
+
+  // "/outer/inner" for the whole stack.
+  std::string path() const;
+
+ private:
+  std::deque<std::string> names_;  // a name stays where it is while the stack grows
+};
+
+// Keeps a name on the stack for its own life.
+class c_string_stack_node {
+ public:
+  c_string_stack_node(c_string_stack& stack, const std::string& name) : stack_(stack) {
+    stack.push(name);
+    name_ = &stack.back();
+  }
+  c_string_stack_node(const c_string_stack_node&) = delete;
+  c_string_stack_node& operator=(const c_string_stack_node&) = delete;
+  ~c_string_stack_node() { stack_.pop(); }
+
+  const char* get_str() const { return name_->c_str(); }
+  const std::string& str() const { return *name_; }
+  bool operator!=(const std::string& name) const { return *name_ != name; }
+
+ private:
+  c_string_stack& stack_;
+  const std::string* name_;
+};
+
+// The token level of a reader: attributes and character data at its place.
+class c_xml {
+ public:
+  c_xml(std::unique_ptr<byte_source> source, std::size_t chunk_size);
+  c_xml(const c_xml&) = delete;
+  c_xml& operator=(const c_xml&) = delete;
+
+  // The value of the attribute just reported, entities resolved. False when there is none to read.
+  bool get_attribute_value(std::string* value, elmx_whitespace whitespace);
+
+  // Consumes the value of the attribute just reported.
+  bool skip_attribute_value();
+
+  // Whether an attribute of that name belongs to the XML Schema instance namespace in the scope, or
+  // declares a namespace.
+  bool is_xsi_attribute(const c_xml_local* local, const std::string& name) const;
+
+  // With the reader behind a start tag: the character data up to the end tag, which stays unread.
+  // False on a child element or malformed text.
+  bool get_element_value(std::string* value, elmx_whitespace whitespace, bool flag);
+
+ protected:
+  void enter_start_tag(const token& start);
+  bool next_attribute(std::string* name);
+  void leave_end_tag();
+
+  token_stream tokens_;
+  c_xml_local scope_;
+  std::size_t depth_ = 0;                // open elements
+  bool start_closes_itself_ = false;     // of the start tag read last
+  std::uint64_t place_ = 0;              // byte of the tag read last
+  std::uint64_t content_place_ = 0;      // byte behind the start tag read last
+  elmx_error token_error_ = error_none;  // of a malformed text
+  std::string token_words_;              // what the parser says of it
+
+ private:
+  std::vector<attribute_token> attributes_;
+  std::size_t next_attribute_ = 0;
+};
+
+class c_xml_reader : public c_xml {
+ public:
+  virtual ~c_xml_reader() = default;
+
+  int current_event = 0;       // of the last event call or tokenise
+  std::string current_name;    // qualified name of the element reported last
+  std::string local_name;      // the same without prefix
+  std::string attribute_name;  // of the attribute reported last
+  std::string value_text;      // scratch for values
+  c_string_stack element_name_stack;
+  c_xml_local* xml_local;  // the current element's scope
+
+  // Sets the namespaces of the read. This schema has none: the table is empty.
+  void set_ns_map(const s_ns_map* map);
+
+  // Moves to the next element start or end, over the prolog, comments, processing instructions and
+  // whitespace. Sets *name and current_event: 6 at an end tag, 7 at a start tag with `map` null,
+  // else the event of the row with that name, or the closing row's. *error is 0 or the fault.
+  void get_element_event(const s_event_map* map, elmx_error* error, std::string* name);
+
+  // In a start tag: true and *name for the next attribute. False when the tag ends: current_event
+  // is then 6 if the tag closes itself, and 0 if not. *error is 0 or the fault.
+  bool get_attribute_event(const s_event_map* map, elmx_error* error, std::string* name);
+
+  // Classifies the current attribute's or element's name into current_event; consumes nothing.
+  void tokenise(const s_event_map* map, elxp_attr_elem mode);
+
+  // 1 for an element in no namespace, else 0.
+  int get_element_ns_id() const { return element_ns_id_; }
+
+  // A whole simple-typed element from its start tag up to and including its end tag. A child
+  // element is error_unreadable_element, an attribute other than of the schema instance namespace
+  // error_unknown_attribute.
+  bool get_simple_type_value(const std::string& name, elmx_whitespace whitespace,
+                             std::string* value, elmx_error* error, bool* no_value);
+
+  // Likewise the whole inner markup, byte for byte as the document has it. *no_value is true for an
+  // empty element. Only for UTF-8 documents: others are error_encoding.
+  bool get_element_ur_value(const std::string& name, std::string* value, elmx_error* error,
+                            bool* no_value);
+
+  // The one policy point: keeps the first fault as a diagnostic and returns the code to go on with.
+  // Without a policy that is `code` itself. `expected` says what should have stood there.
+  elmx_error handle_error(elmx_error code, const std::string& name, const char* source_tag,
+                          int position, std::string expected = {});
+
+  // The first fault of the read, null while there is none.
+  const lmx::diagnostic* diagnostic() const { return fault_ ? &*fault_ : nullptr; }
+
+  // A policy sees each fault and answers 0 to go on, or a code to stop with.
+  using policy = std::function<elmx_error(const lmx::diagnostic&)>;
+  void set_policy(policy new_policy) { policy_ = std::move(new_policy); }
+
+ protected:
+  c_xml_reader(std::unique_ptr<byte_source> source, std::size_t chunk_size);
+
+ private:
+  void classify(const s_event_map* map, std::string_view name, int ns_id);
+  bool refuse_attributes(elmx_error* error);
+  bool finish_simple_element(elmx_error* error);
+  std::string found_here(elmx_error code) const;
+
+  int element_ns_id_ = 1;
+  std::string simple_element_;  // name of the simple-typed element read last, until the next event
+  bool in_simple_element_ = false;
+  std::optional<lmx::diagnostic> fault_;
+  policy policy_;
+};
+
+// Reads a regular file. Opening does not throw; is_open tells. A directory does not open.
+class c_xml_reader_file : public c_xml_reader {
+ public:
+  explicit c_xml_reader_file(const char* file_name,
+                             std::size_t chunk_size = token_stream::default_chunk);
+  bool is_open() const { return tokens_.is_open(); }
+};
+
+// Reads a buffer, which must outlive the reader; it needs no terminator.
+class c_xml_reader_memory : public c_xml_reader {
+ public:
+  c_xml_reader_memory(const char* data, std::size_t length,
+                      std::size_t chunk_size = token_stream::default_chunk);
+};
+
+// Scope guard around an element's content: declarations of its children end with it, on every way
+// out.
+class c_xml_reader_local {
+ public:
+  explicit c_xml_reader_local(c_xml_reader* reader);
+  c_xml_reader_local(const c_xml_reader_local&) = delete;
+  c_xml_reader_local& operator=(const c_xml_reader_local&) = delete;
+  ~c_xml_reader_local();
+
+ private:
+  c_xml_local& scope_;
+  std::size_t size_;
+};
+
+}  // namespace lmx

@@ -1,0 +1,267 @@
+#include "lmx/token_stream.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <new>
+
+namespace lmx {
+
+namespace {
+
+// Characters of UTF-8 text: continuation bytes do not count.
+std::uint64_t characters_in(std::string_view bytes) {
+  return static_cast<std::uint64_t>(std::count_if(bytes.begin(), bytes.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+  }));
+}
+
+bool starts_as_utf16(std::string_view bytes) {
+  return bytes.size() >= 2 &&
+         (bytes.substr(0, 2) == "\xFE\xFF" || bytes.substr(0, 2) == "\xFF\xFE" ||
+          bytes[0] == '\0' || bytes[1] == '\0');
+}
+
+bool names_utf8(std::string_view encoding) {
+  const auto same = [&](std::string_view name) {
+    return encoding.size() == name.size() &&
+           std::equal(encoding.begin(), encoding.end(), name.begin(), [](char a, char b) {
+             return (a >= 'a' && a <= 'z' ? static_cast<char>(a - 'a' + 'A') : a) == b;
+           });
+  };
+  return same("UTF-8") || same("US-ASCII");
+}
+
+}  // namespace
+
+// expat's callbacks. An exception must not cross the parser: it is kept, the parser is stopped, and
+// parse_chunk() throws it on.
+struct token_stream::handlers {
+  template <class Action>
+  static void guard(void* user, Action action) {
+    auto& stream = *static_cast<token_stream*>(user);
+    if (stream.faulted_ || stream.thrown_) return;
+    try {
+      action(stream);
+    } catch (...) {
+      stream.thrown_ = std::current_exception();
+      XML_StopParser(stream.parser_, XML_FALSE);
+    }
+  }
+
+  static void XMLCALL start(void* user, const XML_Char* name, const XML_Char** attributes) {
+    guard(user, [&](token_stream& stream) {
+      if (++stream.depth_ > deepest) {
+        stream.fail(error_too_deep, "elements nested deeper than 256");
+        return;
+      }
+      const auto first = static_cast<std::uint32_t>(stream.attributes_.size());
+      for (; *attributes != nullptr; attributes += 2) {
+        stream.attributes_.push_back(
+            {stream.keep_text(attributes[0]), stream.keep_text(attributes[1])});
+      }
+      stream.push(token_kind::start, name,
+                  static_cast<std::uint64_t>(XML_GetCurrentByteCount(stream.parser_)));
+      record& made = stream.records_.back();
+      made.first_attribute = first;
+      made.attribute_count = static_cast<std::uint32_t>(stream.attributes_.size()) - first;
+    });
+  }
+
+  static void XMLCALL end(void* user, const XML_Char* name) {
+    guard(user, [&](token_stream& stream) {
+      // The end of a tag that closes itself has no bytes of its own.
+      const auto size = static_cast<std::uint64_t>(XML_GetCurrentByteCount(stream.parser_));
+      stream.push(token_kind::end, name, size);
+      if (size == 0) {
+        stream.records_.back().self_closed = true;
+        stream.records_[stream.records_.size() - 2].self_closed = true;
+      }
+      if (--stream.depth_ == 0) stream.ended_ = true;
+    });
+  }
+
+  static void XMLCALL text(void* user, const XML_Char* characters, int length) {
+    guard(user, [&](token_stream& stream) {
+      const std::string_view piece(characters, static_cast<std::size_t>(length));
+      // expat hands out text in pieces; neighbours in the arena grow together.
+      if (!stream.records_.empty() && stream.records_.back().kind == token_kind::text) {
+        stream.keep_text(piece);
+        stream.records_.back().text.size += piece.size();
+        return;
+      }
+      stream.push(token_kind::text, piece, 0);
+    });
+  }
+
+  static void XMLCALL doctype(void* user, const XML_Char*, const XML_Char*, const XML_Char*, int) {
+    guard(user, [&](token_stream& stream) {
+      stream.fail(error_doctype, "a document type declaration, which is refused");
+    });
+  }
+
+  static void XMLCALL declaration(void* user, const XML_Char*, const XML_Char* encoding, int) {
+    guard(user, [&](token_stream& stream) {
+      if (encoding != nullptr && !names_utf8(encoding)) stream.is_utf8_ = false;
+    });
+  }
+};
+
+token_stream::token_stream(std::unique_ptr<byte_source> source, std::size_t chunk_size)
+    : source_(std::move(source)),
+      parser_(XML_ParserCreate(nullptr)),
+      chunk_capacity_(std::max<std::size_t>(chunk_size, 1)) {
+  if (parser_ == nullptr) throw std::bad_alloc();
+  XML_SetUserData(parser_, this);
+  XML_SetElementHandler(parser_, &handlers::start, &handlers::end);
+  XML_SetCharacterDataHandler(parser_, &handlers::text);
+  XML_SetStartDoctypeDeclHandler(parser_, &handlers::doctype);
+  XML_SetXmlDeclHandler(parser_, &handlers::declaration);
+}
+
+token_stream::~token_stream() {
+  XML_ParserFree(parser_);
+}
+
+token_stream::span token_stream::keep_text(std::string_view text) {
+  const span kept{arena_.size(), text.size()};
+  arena_.append(text);
+  return kept;
+}
+
+void token_stream::push(token_kind kind, std::string_view text, std::uint64_t size) {
+  const auto offset = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
+  records_.push_back({kind, false, error_none, keep_text(text), offset, offset + size, 0, 0});
+}
+
+void token_stream::fail(elmx_error error, std::string_view words) {
+  if (faulted_) return;
+  faulted_ = true;
+  const auto index = XML_GetCurrentByteIndex(parser_);
+  const auto offset = index < 0 ? chunk_start_.offset : static_cast<std::uint64_t>(index);
+  records_.push_back({token_kind::fault, false, error, keep_text(words), offset, offset, 0, 0});
+  XML_StopParser(parser_, XML_FALSE);
+}
+
+// Name of the start tag that holds a byte of the chunk parsed last; empty when the tag began before
+// the two chunks at hand.
+std::string token_stream::tag_name_before(std::uint64_t offset) const {
+  std::string bytes(previous_chunk_.begin(), previous_chunk_.end());
+  bytes.append(chunk_.begin(), chunk_.end());
+  const std::uint64_t first = chunk_start_.offset - previous_chunk_.size();
+  const auto open = bytes.rfind('<', static_cast<std::size_t>(offset - first));
+  if (open == std::string::npos) return {};
+  return bytes.substr(open + 1, bytes.find_first_of(" \t\r\n/>", open) - open - 1);
+}
+
+void token_stream::note_parse_error() {
+  const XML_Error code = XML_GetErrorCode(parser_);
+  if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+  if (code == XML_ERROR_DUPLICATE_ATTRIBUTE) {
+    const auto place = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
+    fail(error_attribute_twice, tag_name_before(place));
+    return;
+  }
+  elmx_error error = error_malformed;
+  if (code == XML_ERROR_NO_ELEMENTS || code == XML_ERROR_UNCLOSED_TOKEN) error = error_truncated;
+  if (code == XML_ERROR_UNKNOWN_ENCODING || code == XML_ERROR_INCORRECT_ENCODING) {
+    error = error_encoding;
+  }
+  fail(error, XML_ErrorString(code));
+}
+
+// Moves the landmark to the end of the chunk parsed last.
+void token_stream::advance_landmark() {
+  previous_start_ = chunk_start_;
+  const std::string_view bytes(chunk_.data(), chunk_.size());
+  chunk_start_.offset += bytes.size();
+  const auto breaks = static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+  chunk_start_.line += breaks;
+  if (breaks == 0) {
+    chunk_start_.column += characters_in(bytes);
+  } else {
+    chunk_start_.column = 1 + characters_in(bytes.substr(bytes.rfind('\n') + 1));
+  }
+}
+
+void token_stream::parse_chunk() {
+  records_.clear();
+  attributes_.clear();
+  arena_.clear();
+  next_ = 0;
+  advance_landmark();
+  previous_chunk_.swap(chunk_);
+  chunk_.resize(chunk_capacity_);
+  const std::ptrdiff_t got = source_->read(chunk_.data(), chunk_.size());
+  if (got < 0) {
+    chunk_.clear();
+    fail(error_reading, "a read error");
+    return;
+  }
+  chunk_.resize(static_cast<std::size_t>(got));
+  if (chunk_start_.offset == 0 && starts_as_utf16({chunk_.data(), chunk_.size()})) is_utf8_ = false;
+  if (keeping_) kept_.append(chunk_.data(), chunk_.size());
+  const XML_Status status =
+      XML_Parse(parser_, chunk_.data(), static_cast<int>(chunk_.size()), got == 0);
+  if (thrown_) std::rethrow_exception(thrown_);
+  if (status == XML_STATUS_ERROR && !faulted_) note_parse_error();
+  if (got == 0 && !faulted_) fail(error_truncated, "the end of the document");
+}
+
+const token& token_stream::peek() {
+  while (next_ >= records_.size()) {
+    if (ended_ && !faulted_) fail(error_truncated, "the end of the document");
+    if (faulted_ && !records_.empty() && records_.back().kind == token_kind::fault) {
+      next_ = records_.size() - 1;
+      break;
+    }
+    parse_chunk();
+  }
+  const record& r = records_[next_];
+  current_ = {r.kind,   r.self_closed, r.error,           view(r.text),
+              r.offset, r.end_offset,  r.first_attribute, r.attribute_count};
+  return current_;
+}
+
+void token_stream::attributes_of(const token& start,
+                                 std::vector<attribute_token>& attributes) const {
+  attributes.clear();
+  for (std::uint32_t i = 0; i < start.attribute_count; ++i) {
+    const attribute_record& a = attributes_[start.first_attribute + i];
+    attributes.push_back({view(a.name), view(a.value)});
+  }
+}
+
+void token_stream::keep_from(std::uint64_t offset) {
+  keeping_ = true;
+  kept_from_ = offset;
+  kept_.clear();
+  const std::uint64_t skipped =
+      std::min<std::uint64_t>(offset - chunk_start_.offset, chunk_.size());
+  kept_.assign(chunk_.begin() + static_cast<std::ptrdiff_t>(skipped), chunk_.end());
+}
+
+std::string token_stream::take_kept(std::uint64_t offset) {
+  keeping_ = false;
+  kept_.resize(std::min<std::size_t>(kept_.size(), static_cast<std::size_t>(offset - kept_from_)));
+  return std::move(kept_);
+}
+
+text_position token_stream::position_of(std::uint64_t offset) const {
+  const bool in_chunk = offset >= chunk_start_.offset;
+  const landmark& from = in_chunk ? chunk_start_ : previous_start_;
+  const std::vector<char>& bytes = in_chunk ? chunk_ : previous_chunk_;
+  text_position position{offset, from.line, from.column};
+  if (offset < from.offset) return position;
+  const auto size = std::min<std::uint64_t>(offset - from.offset, bytes.size());
+  const std::string_view before(bytes.data(), static_cast<std::size_t>(size));
+  const auto breaks = static_cast<std::uint64_t>(std::count(before.begin(), before.end(), '\n'));
+  position.line += breaks;
+  position.column = breaks == 0 ? from.column + characters_in(before)
+                                : 1 + characters_in(before.substr(before.rfind('\n') + 1));
+  return position;
+}
+
+}  // namespace lmx

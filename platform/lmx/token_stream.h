@@ -1,0 +1,144 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lmx/error.h"
+
+struct XML_ParserStruct;
+
+namespace lmx {
+
+// Where a document's bytes come from.
+class byte_source {
+ public:
+  virtual ~byte_source() = default;
+  // Up to `size` bytes into `buffer`; 0 at the end, -1 when reading failed.
+  virtual std::ptrdiff_t read(char* buffer, std::size_t size) = 0;
+  virtual bool is_open() const { return true; }
+};
+
+enum class token_kind { start, end, text, fault };
+
+// One step of the document, in document order. The views live until the next call of peek().
+struct token {
+  token_kind kind;
+  bool self_closed;          // of a start that closes itself, and of its end
+  elmx_error error;          // of a fault
+  std::string_view text;     // name of a start or end, characters of a text, words of a fault; of
+                             // an attribute that stands twice the element's name
+  std::uint64_t offset;      // byte at which the token starts
+  std::uint64_t end_offset;  // byte behind it
+  std::uint32_t first_attribute;
+  std::uint32_t attribute_count;
+};
+
+struct attribute_token {
+  std::string_view name;
+  std::string_view value;  // entities resolved, normalised as XML asks
+};
+
+struct text_position {
+  std::uint64_t offset;  // bytes before it
+  std::uint64_t line;    // from 1
+  std::uint64_t column;  // from 1, in characters of a UTF-8 document
+};
+
+// Tokens of a document, pulled one by one. The document is parsed in chunks; only the tokens of the
+// chunk parsed last, and that chunk's bytes, are held.
+class token_stream {
+ public:
+  static constexpr std::size_t default_chunk = 32 * 1024;
+  static constexpr std::size_t deepest = 256;  // open elements; one more is a fault
+
+  token_stream(std::unique_ptr<byte_source> source, std::size_t chunk_size);
+  token_stream(const token_stream&) = delete;
+  token_stream& operator=(const token_stream&) = delete;
+  ~token_stream();
+
+  // The next token without taking it. A fault stays; behind the root's end tag stands a fault of
+  // code error_truncated.
+  const token& peek();
+  void take() { ++next_; }
+
+  // The attributes of a start into `attributes`, as views.
+  void attributes_of(const token& start, std::vector<attribute_token>& attributes) const;
+
+  // Starts keeping the document's bytes from `offset` on, which lies in the chunk parsed last.
+  void keep_from(std::uint64_t offset);
+  // The bytes kept up to `offset`, which are then dropped.
+  std::string take_kept(std::uint64_t offset);
+
+  bool is_open() const { return source_->is_open(); }
+
+  // Whether the document's bytes are UTF-8, so that raw parts of it can be handed out.
+  bool is_utf8() const { return is_utf8_; }
+
+  // Line and column of a byte. Exact within the two chunks parsed last, else the start of a chunk's
+  // line; in a UTF-16 document approximate.
+  text_position position_of(std::uint64_t offset) const;
+
+ private:
+  struct handlers;
+  struct span {
+    std::size_t begin;
+    std::size_t size;
+  };
+  struct record {
+    token_kind kind;
+    bool self_closed;
+    elmx_error error;
+    span text;
+    std::uint64_t offset;
+    std::uint64_t end_offset;
+    std::uint32_t first_attribute;
+    std::uint32_t attribute_count;
+  };
+  struct attribute_record {
+    span name;
+    span value;
+  };
+  // Where a chunk starts, for positions.
+  struct landmark {
+    std::uint64_t offset;
+    std::uint64_t line;
+    std::uint64_t column;
+  };
+
+  void parse_chunk();
+  void fail(elmx_error error, std::string_view words);
+  void note_parse_error();
+  std::string tag_name_before(std::uint64_t offset) const;
+  void advance_landmark();
+  span keep_text(std::string_view text);
+  std::string_view view(span s) const { return {arena_.data() + s.begin, s.size}; }
+  void push(token_kind kind, std::string_view text, std::uint64_t size);
+
+  std::unique_ptr<byte_source> source_;
+  XML_ParserStruct* parser_;
+  std::vector<char> chunk_;           // bytes parsed last
+  std::vector<char> previous_chunk_;  // those before
+  std::size_t chunk_capacity_;
+  landmark chunk_start_{0, 1, 1};
+  landmark previous_start_{0, 1, 1};
+  std::vector<record> records_;
+  std::vector<attribute_record> attributes_;
+  std::string arena_;
+  std::size_t next_ = 0;
+  token current_{};
+  std::size_t depth_ = 0;
+  bool ended_ = false;
+  bool faulted_ = false;
+  bool is_utf8_ = true;
+  bool keeping_ = false;
+  std::uint64_t kept_from_ = 0;
+  std::string kept_;
+  std::exception_ptr thrown_;  // out of a handler, to be thrown on behind the parser
+};
+
+}  // namespace lmx
