@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+
+// The records behind the non-standard data. Order and widths of the fields are those of their
+// designs, because the host's encoding walks the record by the design.
+
+// A variable array of doubles, allocated with gkm_HeapMalloc and owned by its record.
+struct RadarArray {
+  std::int32_t count;
+  double* elements;
+};
+
+// A generic description of a SAR acquisition. Times are seconds, lengths metres, frequencies hertz,
+// angles degrees; positions and velocities are Earth-fixed.
+struct RadarGenericModel {
+  std::int32_t sensor;     // item of an enumeration, as are all fields that say so
+  std::int32_t data_type;  // enumeration
+  char coord_sys;
+  std::int32_t year;
+  std::int32_t month;
+  std::int32_t day;
+  std::int32_t doy;  // day of the year, from 1
+  std::int32_t num_samples;
+  std::int32_t num_lines;
+  double image_start_time;  // of the day
+  double first_pt_secs_of_day;
+  double first_pt_org;
+  double time_interval;
+  double time_interval_org;
+  double image_duration;
+  double image_end_time;
+  double semimajor;
+  double semiminor;
+  double target_height;
+  double look_side;
+  double wavelength;
+  double sampling_rate;
+  double range_pix_spacing;
+  double azimuth_line_spacing;
+  double near_slant_range;
+  std::int32_t num_pos_pts;
+  std::int32_t projection;
+  double gnd2slt_coeffs[6];
+  std::int32_t time_dir_pixels;  // enumeration
+  std::int32_t time_dir_lines;   // enumeration
+  RadarArray rsx;
+  RadarArray rsy;
+  RadarArray rsz;
+  RadarArray vsx;
+  RadarArray vsy;
+  RadarArray vsz;
+  std::int32_t orbitState;  // enumeration
+  double rs_coeffs[9];
+  double vs_coeffs[9];
+  std::int32_t sub_unity_subset;
+  std::int32_t sub_range_start;
+  std::int32_t sub_range_end;
+  std::int32_t sub_range_degrade;
+  std::int32_t sub_range_num_samples;
+  std::int32_t sub_azimuth_start;
+  std::int32_t sub_azimuth_end;
+  std::int32_t sub_azimuth_degrade;
+  std::int32_t sub_azimuth_num_lines;
+};
+
+// The calibration record: from squared digital numbers to radar brightness.
+struct TsxBeta0 {
+  double calibration_factor;
+};

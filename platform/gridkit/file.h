@@ -1,0 +1,59 @@
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "gridkit/export.h"
+#include "gridkit/report.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// Files read line by line, and streams read at any place. Only regular files open: a directory, a
+// pipe or a device is refused at once and nothing waits on it. Every operation answers a null
+// handle with a failure.
+
+// 1 when something of that name exists and can be looked at, else 0. Reports nothing.
+GRIDKIT_API int32_t gkf_FileExists(const char* path, gke_Report** err);
+
+// A file open for reading, its place at the start; null and a report on failure. `mode` is "r", "w"
+// or "a", with "b" and "+" in any order behind it. A mode for writing asks for the permission to
+// write, and that is all: this toolkit has no operation that writes, so opening never creates or
+// empties a file. `reserved` is 0.
+typedef struct gkf_File gkf_File;
+GRIDKIT_API gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err,
+                               int32_t reserved);
+
+// Closes; a null handle is accepted without a report. The handle is gone in any case.
+GRIDKIT_API void gkf_Close(gkf_File* file, gke_Report** err);
+
+// One line of at most size - 1 characters, its line end included, into `buffer`, zero-ended. A line
+// that is longer comes in several reads. At the end of the file, and on a read error, it reports
+// and leaves an empty text. A zero byte in the line ends the text early.
+GRIDKIT_API void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err);
+
+// A stream for reading at any place ("r" or "rb"), null on failure.
+typedef struct gkf_Stream gkf_Stream;
+GRIDKIT_API gkf_Stream* gkf_fopen(const char* path, const char* mode);
+
+// Closes; 0 on success, -1 for a null handle or when closing failed. The handle is gone in any
+// case.
+GRIDKIT_API int32_t gkf_fclose(gkf_Stream* stream);
+
+// Moves to `offset` bytes from the start of the file (`origin` 0, the only one). 0 on success, -1
+// for a negative offset, another origin or a null handle. A place past the end is no failure.
+// Clears the end-of-file mark.
+GRIDKIT_API int32_t gkf_fseeko(gkf_Stream* stream, int64_t offset, int32_t origin);
+
+// Reads up to `count` items of `size` bytes and moves behind them; gives the whole items read.
+// Fewer than asked come at the end of the file, which sets the end-of-file mark, and on a read
+// error, which does not.
+GRIDKIT_API size_t gkf_fread(void* buffer, size_t size, size_t count, gkf_Stream* stream);
+
+// Non-zero when the last read came short because the file ended; 0 for a null handle.
+GRIDKIT_API int32_t gkf_feof(gkf_Stream* stream);
+
+#ifdef __cplusplus
+}
+#endif

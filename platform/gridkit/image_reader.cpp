@@ -1,0 +1,142 @@
+#include "gridkit/image_reader.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+
+#include "gridkit/preference.h"
+#include "gridkit/tail.h"
+
+namespace gridkit {
+
+namespace {
+
+constexpr int most_tries = 8;
+constexpr const char* group = "import";
+constexpr const char* name = "default_block_size";
+
+// The block-size preference, put back at the end.
+class BlockSizePreference {
+ public:
+  BlockSizePreference() : before_(gkp_GetNumberPreference(group, name, unset, nullptr)) {}
+  BlockSizePreference(const BlockSizePreference&) = delete;
+  BlockSizePreference& operator=(const BlockSizePreference&) = delete;
+  ~BlockSizePreference() { restore(); }
+
+  void set(std::int32_t size) { gkp_SetNumberPreference(group, name, size, nullptr); }
+  void restore() {
+    if (before_ == unset) {
+      gkp_ClearNumberPreference(group, name);
+    } else {
+      gkp_SetNumberPreference(group, name, before_, nullptr);
+    }
+  }
+
+ private:
+  static constexpr double unset = std::numeric_limits<double>::lowest();
+  double before_;
+};
+
+void check(const Layer& layer, const Window& window) {
+  const bool inside = window.column >= 0 && window.line >= 0 && window.width > 0 &&
+                      window.height > 0 && window.width <= layer.width() - window.column &&
+                      window.height <= layer.height() - window.line;
+  if (!inside) {
+    throw Error("the window " + std::to_string(window.width) + " x " +
+                std::to_string(window.height) + " at column " + std::to_string(window.column) +
+                ", line " + std::to_string(window.line) + " does not lie in the image of " +
+                std::to_string(layer.width()) + " x " + std::to_string(layer.height()));
+  }
+  if (layer.block_width() < 1 || layer.block_width() != layer.block_height()) {
+    throw Error(layer.name() + ": blocks of " + std::to_string(layer.block_width()) + " x " +
+                std::to_string(layer.block_height()) + " pixels cannot be read");
+  }
+}
+
+// Reads one row of blocks into whole lines of the window; false when a block did not come.
+bool read_block_row(const Layer& layer, const Window& window, std::int32_t row,
+                    std::vector<std::uint16_t>& block, std::vector<std::uint16_t>& lines) {
+  const std::int32_t size = layer.block_width();
+  const std::int32_t right = window.column + window.width;
+  const std::int32_t top = std::max(row * size, window.line);
+  const std::int32_t bottom = std::min((row + 1) * size, window.line + window.height);
+  lines.assign(static_cast<std::size_t>(bottom - top) * static_cast<std::size_t>(window.width), 0);
+  for (std::int32_t column = window.column / size; column * size < right; ++column) {
+    if (!layer.read_block(row, column, block)) return false;
+    const std::int32_t from = std::max(column * size, window.column);
+    const std::int32_t until = std::min((column + 1) * size, right);
+    for (std::int32_t line = top; line < bottom; ++line) {
+      const auto source =
+          static_cast<std::ptrdiff_t>(line - row * size) * size + (from - column * size);
+      const auto target =
+          static_cast<std::ptrdiff_t>(line - top) * window.width + (from - window.column);
+      std::copy_n(block.begin() + source, until - from, lines.begin() + target);
+    }
+  }
+  return true;
+}
+
+// One attempt at the tail with the block size of an open layer.
+void read_tail(const Layer& layer, Tail& tail, std::vector<std::uint16_t>& block) {
+  const std::int32_t size = layer.block_width();
+  tail.mark_tried(size);
+  for (const std::int32_t row : tail.block_rows(size)) {
+    for (const std::int32_t column : tail.block_columns(size, row)) {
+      if (!layer.read_block(row, column, block)) {
+        tail.refuse(size, row, column);
+        break;
+      }
+      tail.deliver(size, row, column, block);
+    }
+  }
+}
+
+// Lines so far above the bottom that they are not held for another attempt.
+std::vector<LineRange> give_up_lines(const Window& window, std::int32_t first, std::int32_t last,
+                                     const LineSink& sink) {
+  const std::vector<std::uint16_t> empty(static_cast<std::size_t>(window.width), 0);
+  for (std::int32_t line = first; line <= last; ++line) sink(empty, 1);
+  return first <= last ? std::vector<LineRange>{{first, last}} : std::vector<LineRange>{};
+}
+
+}  // namespace
+
+std::vector<LineRange> read_window(const Product& product, const std::string& layer_name,
+                                   const Window& window, const LineSink& sink) {
+  Layer layer = product.open_layer(layer_name);
+  check(layer, window);
+  std::vector<std::uint16_t> block;
+  std::vector<std::uint16_t> lines;
+  const std::int32_t size = layer.block_width();
+  const std::int32_t end = window.line + window.height;
+  std::int32_t next = window.line;
+  while (next < end && read_block_row(layer, window, next / size, block, lines)) {
+    const std::int32_t until = std::min((next / size + 1) * size, end);
+    sink(lines, until - next);
+    next = until;
+  }
+  if (next == end) return {};
+
+  const std::int32_t held_from = std::max(next, end - longest_tail);
+  std::vector<LineRange> missing = give_up_lines(window, next, held_from - 1, sink);
+  Tail tail(window, held_from, layer.width(), layer.height());
+  read_tail(layer, tail, block);
+  BlockSizePreference preference;
+  for (int attempt = 0; attempt < most_tries && !tail.is_complete(); ++attempt) {
+    const auto better = tail.best_block_size();
+    if (!better) break;
+    preference.set(*better);
+    layer = product.open_layer(layer_name);
+    if (layer.block_width() != *better || layer.block_height() != *better) break;
+    read_tail(layer, tail, block);
+  }
+  // The block size belongs to the product, so the preferred one is put back for its other layers.
+  preference.restore();
+  layer = product.open_layer(layer_name);
+  sink(tail.pixels(), tail.lines());
+  const std::vector<LineRange> left = tail.missing();
+  missing.insert(missing.end(), left.begin(), left.end());
+  return missing;
+}
+
+}  // namespace gridkit

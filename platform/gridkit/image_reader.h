@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "gridkit/export.h"
+#include "gridkit/product.h"
+
+namespace gridkit {
+
+// A part of an image.
+struct Window {
+  std::int32_t column = 0;
+  std::int32_t line = 0;
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+};
+
+// Lines of the image, both ends included.
+struct LineRange {
+  std::int32_t first;
+  std::int32_t last;
+};
+
+// Takes whole lines of a window, in order: [lines][window width] pixels.
+using LineSink = std::function<void(std::span<const std::uint16_t> pixels, std::int32_t lines)>;
+
+// Reads a window of a layer, row of blocks by row of blocks, and hands its lines to the sink.
+//
+// A plug-in may refuse blocks: near the bottom of an image, or because a line of the block lies
+// past the end of its file; then it delivers nothing of the block. What is missing after the pass
+// with the preferred block size is asked for again with other block sizes, set through the number
+// preference "default_block_size" of the group "import", as long as one promises more lines; the
+// preference is put back afterwards. Blocks that reach past the right edge are cropped.
+//
+// Gives the lines that stayed without data in part or in whole; their missing pixels are 0. Memory:
+// a row of blocks, and at most `longest_tail` lines of the window. Throws Error for a window
+// outside the image or a failing read.
+GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std::string& layer,
+                                               const Window& window, const LineSink& sink);
+
+inline constexpr std::int32_t longest_tail = 4096;
+inline constexpr std::int32_t largest_block = 4096;
+
+}  // namespace gridkit

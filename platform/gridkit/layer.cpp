@@ -1,0 +1,198 @@
+#include "gridkit/layer.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdarg>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <gdal.h>
+
+#include "gridkit/fail.h"
+#include "gridkit/gdal_support.h"
+
+namespace {
+
+struct dataset_closer {
+  void operator()(void* dataset) const { GDALClose(dataset); }
+};
+using dataset = std::unique_ptr<void, dataset_closer>;
+
+// Opens a GeoTIFF by itself: files that lie beside it have no say in its pixels.
+dataset open_geotiff(const char* path) {
+  gridkit::register_geotiff();
+  constexpr const char* drivers[] = {"GTiff", nullptr};
+  constexpr const char* siblings[] = {nullptr};
+  return dataset(GDALOpenEx(path, GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, nullptr, siblings));
+}
+
+struct layer_name {
+  int band;
+  const char* path;
+};
+
+std::optional<layer_name> parse(const char* name) {
+  const char* end = name + std::strlen(name);
+  int band = 0;
+  const auto number = std::from_chars(name, end, band);
+  if (number.ec != std::errc() || number.ptr == end || *number.ptr != ':' || band < 1) {
+    return std::nullopt;
+  }
+  return layer_name{band, number.ptr + 1};
+}
+
+std::optional<GDALDataType> gdal_type(int32_t pixelType) {
+  switch (pixelType) {
+    case gkl_PixelU8:
+      return GDT_Byte;
+    case gkl_PixelU16:
+      return GDT_UInt16;
+    case gkl_PixelS16:
+      return GDT_Int16;
+    case gkl_PixelF32:
+      return GDT_Float32;
+    case gkl_PixelF64:
+      return GDT_Float64;
+    default:
+      return std::nullopt;
+  }
+}
+
+// The part of [first, first + count) that lies in [0, size): its start, and how much there is.
+struct overlap {
+  std::int64_t begin;
+  std::int64_t count;
+};
+overlap clip(std::int64_t first, std::int64_t count, std::int64_t size) {
+  const std::int64_t begin = std::clamp<std::int64_t>(first, 0, size);
+  const std::int64_t end = std::clamp<std::int64_t>(first + count, 0, size);
+  return {begin, std::max<std::int64_t>(end - begin, 0)};
+}
+
+// Zeros for a window that reaches past the image.
+void clear(const gkl_PixelRect& rect, int32_t width, int32_t height) {
+  for (int32_t line = 0; line < height; ++line) {
+    std::memset(static_cast<char*>(rect.data) + rect.rowStride * line, 0,
+                static_cast<std::size_t>(rect.columnStride * width));
+  }
+}
+
+}  // namespace
+
+struct gkl_Layer {
+  dataset file;
+  GDALRasterBandH band;
+  int32_t width;
+  int32_t height;
+};
+
+gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance* token, gke_Report** err) try {
+  constexpr const char* word = "gkl_LayerGetNames";
+  if (path == nullptr || token != gki_GetInit(nullptr)) {
+    gridkit::fail(err, word, {"no path or no token of this toolkit"});
+    return nullptr;
+  }
+  const gridkit::gdal_messages messages;
+  const dataset file = open_geotiff(path);
+  if (file == nullptr) {
+    gridkit::fail(err, word, {path, ": ", messages.first_or("not a GeoTIFF file")});
+    return nullptr;
+  }
+  gks_StringList* names = nullptr;
+  const int bands = GDALGetRasterCount(file.get());
+  for (int band = 1; band <= bands; ++band) {
+    const std::string name = std::to_string(band) + ':' + path;
+    gke_Report* failed = nullptr;
+    names = gks_StringListAppend(names, name.c_str(), &failed);
+    if (failed == nullptr) continue;
+    if (err != nullptr) *err = failed;
+    if (err == nullptr) gke_DeleteErrorReportEx(&failed);
+    gks_StringListDelete(names, nullptr);
+    return nullptr;
+  }
+  if (names == nullptr) gridkit::fail(err, word, {path, ": the file holds no image"});
+  return names;
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkl_LayerGetNames", {"out of memory"});
+  return nullptr;
+}
+
+gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance* token, gke_Report** err, ...) try {
+  constexpr const char* word = "gkl_LayerOpen";
+  std::va_list options;
+  va_start(options, err);
+  bool known = true;
+  for (int option = va_arg(options, int); option != 0; option = va_arg(options, int)) {
+    known = known && option == gkl_OptionReadOnly;
+  }
+  va_end(options);
+  const auto parsed = name == nullptr ? std::nullopt : parse(name);
+  if (!parsed || !known || token != gki_GetInit(nullptr)) {
+    gridkit::fail(err, word, {"no layer name, an unknown option or no token of this toolkit"});
+    return nullptr;
+  }
+  const gridkit::gdal_messages messages;
+  dataset file = open_geotiff(parsed->path);
+  GDALRasterBandH band = file == nullptr || parsed->band > GDALGetRasterCount(file.get())
+                             ? nullptr
+                             : GDALGetRasterBand(file.get(), parsed->band);
+  if (band == nullptr) {
+    gridkit::fail(err, word, {parsed->path, ": ", messages.first_or("no such layer")});
+    return nullptr;
+  }
+  return new gkl_Layer{std::move(file), band, GDALGetRasterBandXSize(band),
+                       GDALGetRasterBandYSize(band)};
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkl_LayerOpen", {"out of memory"});
+  return nullptr;
+}
+
+void gkl_LayerClose(gkl_Layer* layer, gke_Report** err) {
+  if (layer == nullptr) {
+    gridkit::fail(err, "gkl_LayerClose", {"no layer"});
+    return;
+  }
+  const gridkit::gdal_messages messages;
+  delete layer;
+}
+
+void gkl_LayerRead(gkl_Layer* layer, int32_t firstColumn, int32_t firstLine, int32_t width,
+                   int32_t height, gkl_PixelRect* rect, gke_Report** err) try {
+  constexpr const char* word = "gkl_LayerRead";
+  if (layer == nullptr || rect == nullptr) {
+    gridkit::fail(err, word, {layer == nullptr ? "no layer" : "no rectangle"});
+    return;
+  }
+  const auto type = gdal_type(rect->pixelType);
+  if (width < 1 || height < 1 || width > rect->width || height > rect->height || !type) {
+    gridkit::fail(err, word, {"the window does not fit the rectangle"});
+    return;
+  }
+  const overlap columns = clip(firstColumn, width, layer->width);
+  const overlap lines = clip(firstLine, height, layer->height);
+  if (columns.count < width || lines.count < height) clear(*rect, width, height);
+  if (columns.count == 0 || lines.count == 0) return;
+
+  char* target = static_cast<char*>(rect->data) + rect->rowStride * (lines.begin - firstLine) +
+                 rect->columnStride * (columns.begin - firstColumn);
+  const gridkit::gdal_messages messages;
+  const auto x = static_cast<int>(columns.begin);
+  const auto y = static_cast<int>(lines.begin);
+  const auto w = static_cast<int>(columns.count);
+  const auto h = static_cast<int>(lines.count);
+  if (GDALRasterIOEx(layer->band, GF_Read, x, y, w, h, target, w, h, *type, rect->columnStride,
+                     rect->rowStride, nullptr) != CE_None) {
+    gridkit::fail(err, word, {messages.first_or("the image cannot be read")});
+  }
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkl_LayerRead", {"out of memory"});
+}
+
+void gkl_LayerSize(const gkl_Layer* layer, int32_t* width, int32_t* height) {
+  *width = layer == nullptr ? 0 : layer->width;
+  *height = layer == nullptr ? 0 : layer->height;
+}

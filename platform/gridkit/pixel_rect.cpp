@@ -1,0 +1,63 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "gridkit/fail.h"
+#include "gridkit/layer.h"
+#include "gridkit/memory.h"
+
+namespace {
+
+std::size_t size_of_pixel(int32_t pixelType) {
+  switch (pixelType) {
+    case gkl_PixelU8:
+      return 1;
+    case gkl_PixelU16:
+    case gkl_PixelS16:
+      return 2;
+    case gkl_PixelF32:
+      return 4;
+    case gkl_PixelF64:
+      return 8;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+gkl_PixelRect* gkl_PixelRectCreate(int32_t width, int32_t height, int32_t pixelType,
+                                   gke_Report** err) {
+  constexpr const char* word = "gkl_PixelRectCreate";
+  const std::size_t pixel = size_of_pixel(pixelType);
+  if (width < 1 || height < 1 || pixel == 0) {
+    gridkit::fail(err, word, {"a rectangle needs a positive size and a known pixel type"});
+    return nullptr;
+  }
+  // Two 31-bit sizes times 8 bytes stay within 64 bits; the heap refuses what is too large.
+  const std::size_t row = static_cast<std::size_t>(width) * pixel;
+  const std::size_t bytes = row * static_cast<std::size_t>(height);
+  std::unique_ptr<gkl_PixelRect> rect(new (std::nothrow) gkl_PixelRect);
+  void* data = rect == nullptr ? nullptr : gkm_HeapMalloc(bytes);
+  if (data == nullptr) {
+    gridkit::fail(err, word, {"out of memory"});
+    return nullptr;
+  }
+  std::memset(data, 0, bytes);
+  *rect = {
+      data,     static_cast<std::int64_t>(row), static_cast<std::int64_t>(pixel), width, height,
+      pixelType};
+  return rect.release();
+}
+
+void gkl_PixelRectDelete(gkl_PixelRect* rect, gke_Report** err) {
+  if (rect == nullptr) {
+    gridkit::fail(err, "gkl_PixelRectDelete", {"no rectangle"});
+    return;
+  }
+  gkm_HeapFree(rect->data);
+  delete rect;
+}

@@ -1,0 +1,130 @@
+#include "gridkit/preference.h"
+
+#include <charconv>
+#include <cmath>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "gridkit/fail.h"
+
+namespace {
+
+using key = std::pair<std::string, std::string>;
+
+struct preferences {
+  std::mutex mutex;
+  std::map<key, double> numbers;
+};
+
+// The store is the process's own by the nature of the service.
+preferences& store() {
+  static preferences instance;
+  return instance;
+}
+
+std::string_view trimmed(std::string_view text) {
+  const auto first = text.find_first_not_of(" \t\r");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
+std::optional<double> number_in(std::string_view text) {
+  double value = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  const bool whole = result.ec == std::errc() && result.ptr == text.data() + text.size();
+  return whole && std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+// `group.name = number` as an entry; nothing when the line is not of that form.
+std::optional<std::pair<key, double>> entry_in(std::string_view line) {
+  const auto equals = line.find('=');
+  if (equals == std::string_view::npos) return std::nullopt;
+  const std::string_view name = trimmed(line.substr(0, equals));
+  const auto dot = name.find('.');
+  const auto value = number_in(trimmed(line.substr(equals + 1)));
+  if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size() || !value) {
+    return std::nullopt;
+  }
+  return std::pair{key{name.substr(0, dot), name.substr(dot + 1)}, *value};
+}
+
+int32_t load(const char* path, gke_Report** err) {
+  constexpr const char* word = "gkp_LoadPreferences";
+  std::ifstream file(path);
+  if (!file.is_open()) {
+    gridkit::fail(err, word, {path, ": cannot be opened"});
+    return -1;
+  }
+  std::map<key, double> read;
+  std::string line;
+  for (std::size_t number = 1; std::getline(file, line); ++number) {
+    const std::string_view text = trimmed(std::string_view(line).substr(0, line.find('#')));
+    if (text.empty()) continue;
+    const auto entry = entry_in(text);
+    if (!entry) {
+      gridkit::fail(err, word,
+                    {path, ":", std::to_string(number), ": expected `group.name = number`, found `",
+                     text, "`"});
+      return -1;
+    }
+    read.insert_or_assign(entry->first, entry->second);
+  }
+  if (file.bad()) {
+    gridkit::fail(err, word, {path, ": cannot be read"});
+    return -1;
+  }
+  const std::lock_guard lock(store().mutex);
+  read.merge(store().numbers);
+  store().numbers.swap(read);
+  return 0;
+}
+
+}  // namespace
+
+double gkp_GetNumberPreference(const char* group, const char* name, double defaultValue,
+                               gke_Report** err) try {
+  if (group == nullptr || name == nullptr) return defaultValue;
+  const std::lock_guard lock(store().mutex);
+  const auto found = store().numbers.find(key{group, name});
+  return found == store().numbers.end() ? defaultValue : found->second;
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkp_GetNumberPreference", {"out of memory"});
+  return defaultValue;
+}
+
+int32_t gkp_SetNumberPreference(const char* group, const char* name, double value,
+                                gke_Report** err) try {
+  if (group == nullptr || name == nullptr || !std::isfinite(value)) {
+    gridkit::fail(err, "gkp_SetNumberPreference", {"no group, no name or no finite value"});
+    return -1;
+  }
+  const std::lock_guard lock(store().mutex);
+  store().numbers.insert_or_assign(key{group, name}, value);
+  return 0;
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkp_SetNumberPreference", {"out of memory"});
+  return -1;
+}
+
+void gkp_ClearNumberPreference(const char* group, const char* name) {
+  if (group == nullptr || name == nullptr) return;
+  const std::lock_guard lock(store().mutex);
+  std::erase_if(store().numbers, [&](const auto& entry) {
+    return entry.first.first == group && entry.first.second == name;
+  });
+}
+
+int32_t gkp_LoadPreferences(const char* path, gke_Report** err) try {
+  if (path != nullptr) return load(path, err);
+  gridkit::fail(err, "gkp_LoadPreferences", {"no path"});
+  return -1;
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkp_LoadPreferences", {"out of memory"});
+  return -1;
+}

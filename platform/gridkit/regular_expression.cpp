@@ -1,0 +1,49 @@
+#include <memory>
+#include <new>
+
+#include <regex.h>
+
+#include "gridkit/text.h"
+
+namespace {
+
+// A compiled expression; regfree belongs to every successful regcomp.
+class compiled {
+ public:
+  explicit compiled(const char* pattern)
+      : valid_(regcomp(&expression_, pattern, REG_EXTENDED | REG_NOSUB) == 0) {}
+  compiled(const compiled&) = delete;
+  compiled& operator=(const compiled&) = delete;
+  ~compiled() {
+    if (valid_) regfree(&expression_);
+  }
+  bool valid() const { return valid_; }
+  bool matches(const char* text) const { return regexec(&expression_, text, 0, nullptr, 0) == 0; }
+
+ private:
+  regex_t expression_{};
+  bool valid_;
+};
+
+// The service has one current pattern by its nature.
+std::unique_ptr<compiled>& current_pattern() {
+  static std::unique_ptr<compiled> pattern;
+  return pattern;
+}
+
+}  // namespace
+
+int32_t gks_REComp(const char* pattern) {
+  auto& current = current_pattern();
+  current.reset();
+  if (pattern == nullptr) return -1;
+  current.reset(new (std::nothrow) compiled(pattern));
+  if (current != nullptr && current->valid()) return 0;
+  current.reset();
+  return -1;
+}
+
+int32_t gks_REExec(const char* text) {
+  const auto& current = current_pattern();
+  return text != nullptr && current != nullptr && current->matches(text) ? 1 : 0;
+}

@@ -1,0 +1,16 @@
+#include "record/run_counters.h"
+
+#include "debug/debug_channel.h"
+#include "gridkit/text.h"
+
+std::int32_t s_tsxFileTitleIdentifyAndOpenCount = 0;
+std::int32_t s_tsxFileCloseCount = 0;
+std::int32_t s_tsxLayerOpenCount = 0;
+std::int32_t s_tsxLayerCloseCount = 0;
+
+// The text is not freed: each print costs one small block that lives until the process ends, which
+// is how the counters are meant to work. Without memory a null text goes to the channel.
+void tsx_RaiseCounter(std::int32_t& counter, const char* name, gke_Report** err) {
+  ++counter;
+  OutputDebugStringA(gks_Sprintf(nullptr, "\n %s: %d \n", err, name, counter));
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "level1bProduct34/version34.h"
+#include "level1bProduct35/version35.h"
+#include "level1bProduct40/version40.h"
+
+// An annotation by itself, apart from any product: which schema it asks for, and its document.
+
+inline constexpr std::string_view schema_names[] = {"3.4", "3.5", "4.0"};
+
+// What an annotation says of its version.
+struct VersionLine {
+  std::optional<std::string> text;  // the version text found on the seventh line
+  std::string schema;               // the schema that serves it; "4.0" without a text
+};
+
+// Looks at the first seven lines only. A file that cannot be read has no version text.
+VersionLine read_version_line(const std::string& path);
+
+// Calls `visit` with an empty document root of the schema ("3.4", "3.5" or "4.0").
+template <class Visitor>
+auto with_root(std::string_view schema, Visitor visit) {
+  if (schema == "3.4") {
+    version34::c_version34 root;
+    return visit(root);
+  }
+  if (schema == "3.5") {
+    version35::c_version35 root;
+    return visit(root);
+  }
+  version40::c_version40 root;
+  return visit(root);
+}

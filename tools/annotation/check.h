@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+// The result of binding an annotation strictly.
+struct CheckResult {
+  std::string file;
+  std::optional<std::string> version;  // text on the version line
+  std::string schema;
+  int error = 0;
+  std::string name;  // element or class that the fault was reported with
+  std::string path;  // of the element concerned
+  std::uint64_t line = 0;
+  std::uint64_t column = 0;
+  std::string message;  // one sentence
+
+  // "FILE:LINE:COLUMN: PATH: MESSAGE", as far as there are such parts.
+  std::string text() const;
+};
+
+// Binds the file to the classes of `schema`, or of the schema that its version line asks for.
+CheckResult check_annotation(const std::string& path,
+                             const std::optional<std::string>& schema = {});

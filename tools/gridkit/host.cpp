@@ -1,0 +1,56 @@
+#include "tools/gridkit/host.h"
+
+#include <filesystem>
+
+#include "debug/debug_channel.h"
+#include "gridkit/preference.h"
+#include "gridkit/report.h"
+#include "tools/annotation/check.h"
+
+namespace {
+
+void load_preferences(const std::string& path) {
+  gke_Report* report = nullptr;
+  if (gkp_LoadPreferences(path.c_str(), &report) == 0) return;
+  const std::string message = gke_ReportMessage(report);
+  gke_DeleteErrorReportEx(&report);
+  throw gridkit::Error(message);
+}
+
+// Why a plug-in refused a file, with the place in the annotation where that is the reason.
+std::string explain(const std::string& path, const char* refusal) {
+  const CheckResult check = check_annotation(path);
+  return check.error == 0 ? refusal : std::string(refusal) + "\n  " + check.text();
+}
+
+}  // namespace
+
+Host::Host(const HostOptions& options) {
+  if (!options.preferences.empty()) load_preferences(options.preferences);
+  debug_EnableChannel(options.debug ? 1 : 0);
+  std::filesystem::path folder = options.plugins;
+  if (folder.empty()) folder = gridkit::default_plugin_folder();
+  folder_ = gridkit::load_plugins(folder);
+  if (!folder_.plugins.empty()) return;
+  std::string message = "no format plug-in in " + folder.string();
+  for (const std::string& refused : folder_.refused) message += "\n  " + refused;
+  throw gridkit::Error(message);
+}
+
+gridkit::Product Host::open(const std::string& path) const {
+  std::error_code failed;
+  const auto status = std::filesystem::status(path, failed);
+  if (!std::filesystem::exists(status)) throw gridkit::Error(path + ": no such file");
+  if (!std::filesystem::is_regular_file(status)) {
+    throw gridkit::Error(path + ": not a regular file; give a product's annotation (TSX1*.xml)");
+  }
+  for (const auto& plugin : plugins()) {
+    if (!plugin->identify(path)) continue;
+    try {
+      return plugin->open(path);
+    } catch (const gridkit::Error& error) {
+      throw gridkit::Error(explain(path, error.what()));
+    }
+  }
+  throw gridkit::Error(path + ": of none of the known formats; see `gridkit formats`");
+}

@@ -1,0 +1,70 @@
+#include <iomanip>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "tools/gridkit/commands.h"
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+json map_as_json(const std::optional<gridkit::MapInfo>& map) {
+  if (!map) return nullptr;
+  return {{"projection", map->projection},
+          {"upperLeft", {map->upper_left[0], map->upper_left[1]}},
+          {"pixelSize", {map->pixel_size[0], map->pixel_size[1]}},
+          {"units", map->units}};
+}
+
+json layer_as_json(const gridkit::Layer& layer) {
+  return {{"name", layer.name()},
+          {"pixelType", layer.pixel_type()},
+          {"layerType", layer.layer_type()},
+          {"width", layer.width()},
+          {"height", layer.height()},
+          {"blockWidth", layer.block_width()},
+          {"blockHeight", layer.block_height()},
+          {"mapInfo", map_as_json(layer.map_info())}};
+}
+
+void print_as_json(const gridkit::Product& product) {
+  json layers = json::array();
+  for (const std::string& name : product.layer_names()) {
+    layers.push_back(layer_as_json(product.open_layer(name)));
+  }
+  const json info = {{"format", product.title()},
+                     {"description", product.plugin().format().description},
+                     {"file", product.path()},
+                     {"layers", layers},
+                     {"data", product.data_names()}};
+  std::cout << info.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
+}
+
+void print_as_text(const gridkit::Product& product) {
+  std::cout << product.path() << '\n' << "format: " << product.title() << '\n' << "layers:\n";
+  for (const std::string& name : product.layer_names()) {
+    const gridkit::Layer layer = product.open_layer(name);
+    std::cout << "  " << std::left << std::setw(22) << name << std::right << std::setw(7)
+              << layer.width() << " x " << std::left << std::setw(7) << layer.height()
+              << layer.pixel_type() << ", blocks of " << layer.block_width() << " x "
+              << layer.block_height() << '\n';
+    if (const auto map = layer.map_info()) {
+      std::cout << "    map: " << map->projection << ", upper left " << map->upper_left[0] << ", "
+                << map->upper_left[1] << ' ' << map->units << '\n';
+    }
+  }
+  for (const std::string& name : product.data_names()) std::cout << "data: " << name << '\n';
+}
+
+}  // namespace
+
+int show_info(const Host& host, const std::string& path, bool as_json) {
+  const gridkit::Product product = host.open(path);
+  if (as_json) {
+    print_as_json(product);
+  } else {
+    print_as_text(product);
+  }
+  return 0;
+}
