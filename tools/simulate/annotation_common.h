@@ -1,0 +1,65 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "lmx/datetime.h"
+#include "tools/simulate/annotation_source.h"
+
+// Pieces that several branches of the annotation share. The objects are annotation classes of any
+// schema version.
+
+namespace simulate {
+
+inline lmx::c_datetime date_time(const Utc& utc, bool with_z = true) {
+  lmx::c_datetime value;
+  value = utc.text(with_z);
+  return value;
+}
+
+// A polynomial of degree coefficients.size() - 1 in time, valid over the image's range.
+template <class Polynom>
+void fill_polynomial(const Scene& scene, const std::vector<double>& coefficients, Polynom& target) {
+  target.set_validityRangeMin(scene.near_time);
+  target.set_validityRangeMax(scene.far_time);
+  target.set_referencePoint((scene.near_time + scene.far_time) / 2);
+  target.set_polynomialDegree(static_cast<std::uint32_t>(coefficients.size() - 1));
+  for (std::size_t k = 0; k < coefficients.size(); ++k) {
+    target.append_coefficient();
+    target.back_coefficient().set_exponent(static_cast<std::uint32_t>(k));
+    target.back_coefficient().set_coefficient(coefficients[k]);
+  }
+}
+
+template <class File>
+void fill_file(const std::string& path, const std::string& name, std::int64_t bytes, File& file) {
+  file.get_location().set_host(".");
+  file.get_location().set_path(path);
+  file.get_location().set_filename(name);
+  file.set_size(bytes);
+}
+
+// A stretch of the data take: `number` from 1.
+template <class Segment>
+void fill_segment(const AnnotationSource& source, std::int32_t number, const std::string& layer,
+                  Segment& segment) {
+  const Scene& scene = source.scene;
+  segment.set_segmentID(number);
+  segment.set_polLayer(layer);
+  if (source.has_optional()) segment.set_beamID(source.beam());
+  if (source.has_all()) segment.append_DRAoffset("SRA");
+  auto& data = segment.get_dataSegment();
+  data.set_startTimeUTC(date_time(scene.utc(scene.start)));
+  data.set_stopTimeUTC(date_time(scene.utc(scene.stop)));
+  data.set_numberOfRows(scene.options.lines);
+}
+
+inline float as_float(double value) {
+  return static_cast<float>(value);
+}
+inline double in_degrees(double radians) {
+  return radians / degree;
+}
+
+}  // namespace simulate

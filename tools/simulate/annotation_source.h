@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/simulate/scene.h"
+
+namespace simulate {
+
+// What the annotation tells beside the scene itself.
+struct AnnotationSource {
+  const Scene& scene;
+  std::string name;                      // of the product: folder and main file
+  Utc generated;                         // when the product was made
+  std::vector<std::string> image_files;  // by polarisation, in IMAGEDATA
+  std::vector<std::uint64_t> image_bytes;
+  std::int32_t repeats = 1;  // grows the repeating records of large annotations
+
+  const Options& options() const { return scene.options; }
+  bool has_optional() const { return options().profile != Profile::minimal; }
+  bool has_all() const { return options().profile == Profile::maximal; }
+  std::string beam() const { return "strip_005"; }
+  std::string variant_text() const {
+    constexpr const char* texts[] = {"SSC", "MGD", "GEC", "EEC"};
+    return texts[static_cast<int>(options().variant)];
+  }
+  std::string mode_text() const {
+    constexpr const char* texts[] = {"SM", "SL", "SC"};
+    return texts[static_cast<int>(options().mode)];
+  }
+  std::string look_text() const { return options().look == Look::right ? "RIGHT" : "LEFT"; }
+
+  // A time in the middle of the n-th of `count` equal parts of the scene, from some seconds around
+  // it.
+  Utc time_at(int n, int count) const {
+    return scene.utc(scene.start + (scene.stop - scene.start) * (n + 0.5) / count);
+  }
+};
+
+}  // namespace simulate

@@ -1,0 +1,169 @@
+#include "tools/simulate/image_files.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <vector>
+
+#include "gridkit/raster_writer.h"
+
+namespace simulate {
+
+namespace {
+
+constexpr std::uint32_t annotation_records = 4;
+constexpr std::uint32_t head_words = 2;
+
+// A record under way: big-endian words and halves appended.
+class Record {
+ public:
+  explicit Record(std::size_t bytes) { bytes_.reserve(bytes); }
+  void clear() { bytes_.clear(); }
+  void word(std::uint32_t value) {
+    for (const unsigned shift : {24U, 16U, 8U, 0U})
+      bytes_.push_back(static_cast<char>(value >> shift));
+  }
+  void half(std::int16_t value) {
+    const auto bits = static_cast<std::uint16_t>(value);
+    bytes_.push_back(static_cast<char>(bits >> 8U));
+    bytes_.push_back(static_cast<char>(bits));
+  }
+  void letters(const char* text) { bytes_.insert(bytes_.end(), text, text + std::strlen(text)); }
+  void fill(std::size_t bytes) { bytes_.resize(bytes, 0); }
+  const std::vector<char>& bytes() const { return bytes_; }
+
+ private:
+  std::vector<char> bytes_;
+};
+
+class CosarFile {
+ public:
+  CosarFile(const std::string& path, std::int32_t lines, std::int32_t samples)
+      : path_(path),
+        out_(path, std::ios::binary | std::ios::trunc),
+        lines_(static_cast<std::uint32_t>(lines)),
+        samples_(static_cast<std::uint32_t>(samples)),
+        record_bytes_(std::size_t{4} * (samples_ + head_words)),
+        record_(record_bytes_) {}
+
+  std::uint64_t file_bytes() const {
+    return std::uint64_t{record_bytes_} * (lines_ + annotation_records);
+  }
+
+  void write_burst_annotation() {
+    // The byte count's field has 32 bits; larger bursts keep its low ones.
+    record_.word(static_cast<std::uint32_t>(file_bytes()));
+    record_.word(1);
+    record_.word(samples_);
+    record_.word(lines_);
+    record_.word(1);
+    record_.word(static_cast<std::uint32_t>(record_bytes_));
+    record_.word(lines_ + annotation_records);
+    record_.letters("CSAR");
+    record_.word(1);
+    flush();
+    write_range_record([](std::uint32_t s) { return s + 1; });
+    write_range_record([](std::uint32_t) { return 1U; });
+    write_range_record([&](std::uint32_t) { return lines_; });
+  }
+
+  void write_line(std::uint32_t first_valid, std::uint32_t last_valid,
+                  const std::vector<Sample>& samples) {
+    record_.word(first_valid);
+    record_.word(last_valid);
+    for (std::uint32_t s = 0; s < samples_; ++s) {
+      const bool valid = s + 1 >= first_valid && s + 1 <= last_valid;
+      record_.half(valid ? rounded(samples[s].i) : std::int16_t{0});
+      record_.half(valid ? rounded(samples[s].q) : std::int16_t{0});
+    }
+    flush();
+  }
+
+  void finish() {
+    out_.close();
+    if (!out_) throw std::runtime_error(path_ + ": cannot be written");
+  }
+
+ private:
+  template <class Value>
+  void write_range_record(Value value) {
+    for (std::uint32_t w = 0; w < head_words; ++w) record_.word(0);
+    for (std::uint32_t s = 0; s < samples_; ++s) record_.word(value(s));
+    flush();
+  }
+
+  static std::int16_t rounded(float value) {
+    return static_cast<std::int16_t>(std::lround(std::clamp(value, -32768.0F, 32767.0F)));
+  }
+
+  void flush() {
+    record_.fill(record_bytes_);
+    out_.write(record_.bytes().data(), static_cast<std::streamsize>(record_bytes_));
+    record_.clear();
+    if (!out_) throw std::runtime_error(path_ + ": cannot be written");
+  }
+
+  std::string path_;
+  std::ofstream out_;
+  std::uint32_t lines_;
+  std::uint32_t samples_;
+  std::size_t record_bytes_;
+  Record record_;
+};
+
+}  // namespace
+
+void write_cosar(const std::string& path, const Scene& scene, const Synthesis& synthesis) {
+  CosarFile file(path, scene.options.lines, scene.options.samples);
+  file.write_burst_annotation();
+  std::vector<Sample> samples(static_cast<std::size_t>(scene.options.samples));
+  for (std::int32_t line = 0; line < scene.options.lines; ++line) {
+    synthesis.complex_line(line, samples);
+    // The first samples of a line are not valid, a few more of them on some lines.
+    const auto first_valid = static_cast<std::uint32_t>(1 + line % 4);
+    file.write_line(first_valid, static_cast<std::uint32_t>(scene.options.samples), samples);
+  }
+  file.finish();
+}
+
+void write_sparse_cosar(const std::string& path, std::int32_t lines, std::int32_t samples) {
+  CosarFile file(path, lines, samples);
+  file.write_burst_annotation();
+  file.finish();
+  std::filesystem::resize_file(path, file.file_bytes());
+}
+
+void write_geotiff(const std::string& path, const Scene& scene, const Synthesis& synthesis) {
+  gridkit::RasterOptions options;
+  if (scene.map) {
+    const double spacing = scene.map->spacing;
+    options.georeference =
+        gridkit::Georeference{scene.map->projection.epsg(),
+                              {scene.map->upper_left.easting - spacing / 2, spacing, 0,
+                               scene.map->upper_left.northing + spacing / 2, 0, -spacing}};
+  }
+  const auto writer =
+      gridkit::create_geotiff(path, scene.options.samples, scene.options.lines, options);
+  std::vector<float> amplitudes(static_cast<std::size_t>(scene.options.samples));
+  std::vector<std::uint16_t> pixels(amplitudes.size());
+  for (std::int32_t line = 0; line < scene.options.lines; ++line) {
+    synthesis.detected_line(line, amplitudes);
+    std::transform(amplitudes.begin(), amplitudes.end(), pixels.begin(), [](float value) {
+      return static_cast<std::uint16_t>(std::lround(std::clamp(value, 0.0F, 65535.0F)));
+    });
+    writer->write_lines(std::as_bytes(std::span<const std::uint16_t>(pixels)), 1);
+  }
+  writer->finish();
+}
+
+void write_sparse_geotiff(const std::string& path, std::int32_t lines, std::int32_t samples) {
+  gridkit::RasterOptions options;
+  options.sparse = true;
+  gridkit::create_geotiff(path, samples, lines, options)->finish();
+}
+
+}  // namespace simulate

@@ -1,0 +1,128 @@
+#include "tools/simulate/product.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "tools/annotation/annotation_file.h"
+#include "tools/annotation/check.h"
+#include "tools/simulate/annotation.h"
+#include "tools/simulate/image_files.h"
+#include "tools/simulate/scene.h"
+#include "tools/simulate/synthesis.h"
+#include "tools/simulate/truth.h"
+
+namespace simulate {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string product_name(const Scene& scene, const AnnotationSource& source) {
+  const std::string resolution = scene.is_complex() ? "____" : "_SE_";
+  const std::size_t layers = scene.options.polarisations.size();
+  return "TSX1_SAR__" + source.variant_text() + resolution + "__" + source.mode_text() +
+         (layers == 1 ? "_S" : (layers == 2 ? "_D" : "_Q")) + "_SRA_" +
+         scene.utc(scene.start).compact() + '_' + scene.utc(scene.stop).compact();
+}
+
+std::string written(const AnnotationSource& source) {
+  std::ostringstream text;
+  write_annotation(source, text);
+  return std::move(text).str();
+}
+
+// The repeats of growing records that bring the annotation to the size asked for.
+std::int32_t repeats_for(AnnotationSource source, double megabytes) {
+  source.repeats = 1;
+  const auto one = static_cast<double>(written(source).size());
+  source.repeats = 2;
+  const auto two = static_cast<double>(written(source).size());
+  const double wanted = megabytes * 1e6;
+  return std::max(1, static_cast<std::int32_t>(std::lround(1 + (wanted - one) / (two - one))));
+}
+
+void save(const fs::path& path, const std::string& text) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << text;
+  out.close();
+  if (!out) throw std::runtime_error(path.string() + ": cannot be written");
+}
+
+void write_image(const fs::path& path, const Scene& scene, const std::vector<Target>& targets,
+                 std::int32_t image) {
+  const Synthesis synthesis(scene, targets, scene.options.seed, image);
+  if (scene.is_complex()) {
+    write_cosar(path.string(), scene, synthesis);
+  } else {
+    write_geotiff(path.string(), scene, synthesis);
+  }
+}
+
+}  // namespace
+
+std::string write_product_folder(const Options& options, const std::string& folder) {
+  if (schema_for(options.version_text).empty()) {
+    throw std::invalid_argument("no schema serves the version text " + options.version_text);
+  }
+  const Scene scene = make_scene(options);
+  const std::vector<Target> targets = place_targets(scene);
+  AnnotationSource source{scene, {}, scene.epoch.after(86400), {}, {}, 1};
+  source.name = product_name(scene, source);
+  const fs::path product = fs::path(folder) / source.name;
+  for (const char* part : {"IMAGEDATA", "ANNOTATION", "PREVIEW", "AUXRASTER", "SUPPORT"}) {
+    fs::create_directories(product / part);
+  }
+  const char* ending = scene.is_complex() ? ".cos" : ".tif";
+  for (std::size_t i = 0; i < options.polarisations.size(); ++i) {
+    const std::string name = "IMAGE_" + options.polarisations[i] + "_SRA_" + source.beam() + ending;
+    const fs::path path = product / "IMAGEDATA" / name;
+    write_image(path, scene, targets, static_cast<std::int32_t>(i));
+    source.image_files.push_back(name);
+    source.image_bytes.push_back(fs::file_size(path));
+  }
+  if (options.annotation_megabytes > 0) {
+    source.repeats = repeats_for(source, options.annotation_megabytes);
+  }
+  const fs::path annotation = product / (source.name + ".xml");
+  save(annotation, written(source));
+  save(product / "truth.json", truth_of(source, targets).dump(2) + '\n');
+  return annotation.string();
+}
+
+std::string write_images_for(const std::string& annotation, const std::string& folder) {
+  const CheckResult check = check_annotation(annotation);
+  if (check.error != 0) throw std::runtime_error(check.text());
+  fs::path own = fs::absolute(annotation);
+  if (!folder.empty()) {
+    fs::create_directories(folder);
+    const fs::path copy = fs::path(folder) / own.filename();
+    if (!fs::exists(copy) || !fs::equivalent(own, copy)) {
+      fs::copy_file(own, copy, fs::copy_options::overwrite_existing);
+    }
+    own = copy;
+  }
+  with_root(check.schema, [&](auto& root) {
+    root.unmarshal(own.c_str());
+    const bool is_complex = std::string(root.imageDataFormat()) == "COSAR";
+    const std::int32_t lines = root.numberOfRows();
+    const std::int32_t samples = root.numberOfColumns();
+    const std::int32_t images = root.numberOfLayers();
+    if (lines < 1 || samples < 1 || images < 0 || images > 4) {
+      throw std::runtime_error(own.string() + ": its image sizes or counts cannot be served");
+    }
+    for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(images); ++i) {
+      const fs::path image = own.parent_path() / root.imageDataPath(i) / root.imageDataFilename(i);
+      if (fs::exists(image)) continue;
+      fs::create_directories(image.parent_path());
+      const auto write = is_complex ? write_sparse_cosar : write_sparse_geotiff;
+      write(image.string(), lines, samples);
+    }
+  });
+  return own.string();
+}
+
+}  // namespace simulate

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/simulate/map_projection.h"
+#include "tools/simulate/options.h"
+#include "tools/simulate/orbit.h"
+#include "tools/simulate/range_doppler.h"
+#include "tools/simulate/utc.h"
+
+namespace simulate {
+
+// A place in an image, at pixel centres: (0, 0) is the first pixel's centre.
+struct Pixel {
+  double line = 0;
+  double sample = 0;
+};
+
+// Ground range from slant range time: sum of coefficients[k] * (time - reference)^k, in metres, 0
+// at the reference.
+struct GroundRangePolynomial {
+  double reference = 0;  // s, two-way, of the nearest pixel
+  double last = 0;       // s, end of validity
+  std::array<double, 6> coefficients{};
+
+  double ground_range(double time) const;
+  double slant_time(double ground) const;  // the inverse, by Newton's method to 1e-9 m
+};
+
+struct MapGrid {
+  MapProjection projection;
+  MapPoint upper_left;  // centre of the first pixel
+  double spacing;       // m
+};
+
+// Everything about a simulated acquisition and its image's geometry. Times are seconds from
+// `epoch`, the middle of the scene; the orbit's are too.
+struct Scene {
+  Options options;
+  Utc epoch;
+  Orbit orbit;
+  Geodetic centre;   // of the image, at the average height
+  double prf = 0;    // Hz
+  double rsf = 0;    // Hz
+  double start = 0;  // zero-Doppler times of the scene's first and last line
+  double stop = 0;
+  double near_time = 0;  // two-way slant range times of the nearest and farthest pixel, s
+  double far_time = 0;
+  double line_spacing = 0;                            // along azimuth: s for complex images, else m
+  double sample_spacing = 0;                          // along range: s for complex images, else m
+  double ground_velocity = 0;                         // m/s, of the zero-Doppler point
+  std::optional<GroundRangePolynomial> ground_range;  // MGD
+  std::optional<MapGrid> map;                         // GEC, EEC
+
+  Utc utc(double time) const { return epoch.after(time); }
+  bool is_complex() const { return options.variant == Variant::ssc; }
+
+  // The place that a pixel shows, and the pixel that shows a place.
+  Geodetic to_ground(Pixel pixel) const;
+  Pixel to_pixel(const Geodetic& place) const;
+
+  // Height of the terrain: the average everywhere but in terrain-corrected products.
+  double terrain_height(double latitude, double longitude) const;
+
+  double incidence_at(const Geodetic& place) const { return incidence_angle(orbit, place); }
+
+  // Direction of flight over ground at the centre, degrees clockwise from north.
+  double heading() const;
+
+  // Ground distances of one pixel at the centre: along azimuth and along range, m.
+  Pixel ground_spacing() const;
+};
+
+// A point target: where it is and where the image shows it.
+struct Target {
+  std::string name;
+  Geodetic place;
+  Pixel pixel;
+};
+
+// Lays out a scene. Throws std::invalid_argument for what cannot be.
+Scene make_scene(const Options& options);
+
+// Targets on a regular grid inside the image, off the pixel centres; fewer in images too small for
+// them.
+std::vector<Target> place_targets(const Scene& scene);
+
+// Corners in image order: first and last line at first and last sample.
+std::array<Pixel, 4> corners_of(const Scene& scene);
+
+}  // namespace simulate

@@ -1,0 +1,124 @@
+#include "tools/simulate/synthesis.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace simulate {
+
+namespace {
+
+constexpr double mean_amplitude = 110;     // digital numbers of the background
+constexpr double target_amplitude = 9000;  // of a point target's peak
+constexpr int response_reach = 12;         // pixels to either side
+constexpr int looks = 4;
+
+// A bijective mix of 64 bits; counters in, independent bits out (splitmix64's finaliser).
+std::uint64_t mix(std::uint64_t x) {
+  x += 0x9E3779B97F4A7C15U;
+  x = (x ^ (x >> 30U)) * 0xBF58476D1CE4E5B9U;
+  x = (x ^ (x >> 27U)) * 0x94D049BB133111EBU;
+  return x ^ (x >> 31U);
+}
+
+double uniform(std::uint64_t bits) {  // in (0, 1]
+  return (static_cast<double>(bits >> 11U) + 1) * 0x1p-53;
+}
+
+// A circular complex Gaussian of unit power, by Box and Muller.
+Sample gaussian(std::uint64_t key) {
+  const double radius = std::sqrt(-std::log(uniform(mix(key))));
+  const double angle = 2 * std::numbers::pi * uniform(mix(~key));
+  return {static_cast<float>(radius * std::cos(angle)),
+          static_cast<float>(radius * std::sin(angle))};
+}
+
+// Smooth noise in [0, 1]: random values on a grid, blended between.
+double noise(double x, double y, std::uint64_t seed) {
+  const double fx = std::floor(x);
+  const double fy = std::floor(y);
+  const auto at = [&](double gx, double gy) {
+    const auto kx = static_cast<std::uint64_t>(static_cast<std::int64_t>(gx));
+    const auto ky = static_cast<std::uint64_t>(static_cast<std::int64_t>(gy));
+    return uniform(mix(seed ^ mix(kx ^ mix(ky))));
+  };
+  const auto ease = [](double t) { return t * t * (3 - 2 * t); };
+  const double u = ease(x - fx);
+  const double v = ease(y - fy);
+  const double top = at(fx, fy) * (1 - u) + at(fx + 1, fy) * u;
+  const double bottom = at(fx, fy + 1) * (1 - u) + at(fx + 1, fy + 1) * u;
+  return top * (1 - v) + bottom * v;
+}
+
+double sinc(double x) {
+  const double a = std::numbers::pi * x;
+  return std::abs(a) < 1e-9 ? 1 : std::sin(a) / a;
+}
+
+}  // namespace
+
+Synthesis::Synthesis(const Scene& scene, std::vector<Target> targets, std::uint64_t seed,
+                     std::int32_t image)
+    : targets_(std::move(targets)),
+      seed_(mix(seed ^ mix(static_cast<std::uint64_t>(image) + 1))),
+      spacing_(scene.ground_spacing()) {}
+
+// A patchwork of fields with a river through it, in metres on ground.
+double Synthesis::backscatter(double along, double across) const {
+  const double rolling = 0.6 + 0.8 * noise(along / 400, across / 400, 7);
+  const double field = 0.5 + noise(std::floor(along / 220), std::floor(across / 160), 11);
+  const double bend = 250 * std::sin(along / 900) + 120 * std::sin(along / 310 + 1);
+  const double from_river = std::abs(across - 900 - bend);
+  const double water = from_river < 45 ? 0.12 : 1;
+  return rolling * field * water;
+}
+
+void Synthesis::add_targets(std::int32_t line, std::span<Sample> samples) const {
+  for (const Target& target : targets_) {
+    const double dy = line - target.pixel.line;
+    if (std::abs(dy) > response_reach) continue;
+    const auto last = static_cast<std::int32_t>(samples.size()) - 1;
+    const auto from = std::max(0, static_cast<std::int32_t>(target.pixel.sample) - response_reach);
+    const auto to = std::min(last, static_cast<std::int32_t>(target.pixel.sample) + response_reach);
+    for (std::int32_t s = from; s <= to; ++s) {
+      const double response = target_amplitude * sinc(dy) * sinc(s - target.pixel.sample);
+      auto& sample = samples[static_cast<std::size_t>(s)];
+      sample.i += static_cast<float>(response * 0.8);
+      sample.q += static_cast<float>(response * 0.6);
+    }
+  }
+}
+
+void Synthesis::complex_line(std::int32_t line, std::span<Sample> samples) const {
+  const std::uint64_t row = mix(seed_ ^ static_cast<std::uint64_t>(line));
+  for (std::size_t s = 0; s < samples.size(); ++s) {
+    const double amplitude =
+        mean_amplitude *
+        std::sqrt(backscatter(line * spacing_.line, static_cast<double>(s) * spacing_.sample));
+    const Sample speckle = gaussian(row + s);
+    samples[s] = {static_cast<float>(amplitude * speckle.i),
+                  static_cast<float>(amplitude * speckle.q)};
+  }
+  add_targets(line, samples);
+}
+
+void Synthesis::detected_line(std::int32_t line, std::span<float> amplitudes) const {
+  std::vector<Sample> responses(amplitudes.size());
+  add_targets(line, responses);
+  const std::uint64_t row = mix(seed_ ^ static_cast<std::uint64_t>(line));
+  for (std::size_t s = 0; s < amplitudes.size(); ++s) {
+    const double power =
+        mean_amplitude * mean_amplitude *
+        backscatter(line * spacing_.line, static_cast<double>(s) * spacing_.sample);
+    double speckle = 0;
+    for (std::uint64_t look = 0; look < looks; ++look) {
+      const Sample g = gaussian(row + s * looks + look);
+      speckle += static_cast<double>(g.i) * g.i + static_cast<double>(g.q) * g.q;
+    }
+    const Sample& r = responses[s];
+    const double response = static_cast<double>(r.i) * r.i + static_cast<double>(r.q) * r.q;
+    amplitudes[s] = static_cast<float>(std::sqrt(power * speckle / looks + response));
+  }
+}
+
+}  // namespace simulate

@@ -1,0 +1,89 @@
+#include "tools/simulate/truth.h"
+
+namespace simulate {
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+json place_as_json(const Geodetic& place) {
+  return {{"latitude", place.latitude / degree},
+          {"longitude", place.longitude / degree},
+          {"height", place.height}};
+}
+
+json point_as_json(const Scene& scene, Pixel pixel, const Geodetic& place) {
+  const RadarPoint seen = to_radar(scene.orbit, place);
+  json point = place_as_json(place);
+  point["line"] = pixel.line;
+  point["sample"] = pixel.sample;
+  point["azimuthTime"] = seen.time;
+  point["rangeTime"] = 2 * seen.range / speed_of_light;
+  return point;
+}
+
+json orbit_as_json(const Orbit& orbit) {
+  json states = json::array();
+  for (std::size_t i = 0; i < orbit.states().size(); ++i) {
+    const State& s = orbit.states()[i];
+    states.push_back({{"time", orbit.first_time() + orbit.spacing() * static_cast<double>(i)},
+                      {"position", {s.position.x, s.position.y, s.position.z}},
+                      {"velocity", {s.velocity.x, s.velocity.y, s.velocity.z}}});
+  }
+  return states;
+}
+
+}  // namespace
+
+json truth_of(const AnnotationSource& source, const std::vector<Target>& targets) {
+  const Scene& scene = source.scene;
+  const Options& o = scene.options;
+  json truth = {{"product", source.name},
+                {"variant", source.variant_text()},
+                {"version", o.version_text},
+                {"polarisations", o.polarisations},
+                {"lines", o.lines},
+                {"samples", o.samples},
+                {"seed", o.seed},
+                {"pass", o.pass == Pass::ascending ? "ascending" : "descending"},
+                {"look", o.look == Look::right ? "right" : "left"},
+                {"incidence", o.incidence},
+                {"averageHeight", o.height},
+                {"startWith", o.start_with},
+                {"epoch", scene.epoch.text()},
+                {"start", scene.start},
+                {"stop", scene.stop},
+                {"prf", scene.prf},
+                {"rsf", scene.rsf},
+                {"firstRangeTime", scene.near_time},
+                {"lastRangeTime", scene.far_time},
+                {"lineSpacing", scene.line_spacing},
+                {"sampleSpacing", scene.sample_spacing},
+                {"groundVelocity", scene.ground_velocity},
+                {"heading", scene.heading()},
+                {"centre", place_as_json(scene.centre)}};
+  if (scene.ground_range) {
+    truth["slantToGround"] = {{"reference", scene.ground_range->reference},
+                              {"coefficients", scene.ground_range->coefficients}};
+  }
+  if (scene.map) {
+    truth["map"] = {{"epsg", scene.map->projection.epsg()},
+                    {"upperLeftEasting", scene.map->upper_left.easting},
+                    {"upperLeftNorthing", scene.map->upper_left.northing},
+                    {"spacing", scene.map->spacing}};
+  }
+  truth["targets"] = json::array();
+  for (const Target& target : targets) {
+    json point = {{"name", target.name}};
+    point.update(point_as_json(scene, target.pixel, target.place));
+    truth["targets"].push_back(point);
+  }
+  truth["corners"] = json::array();
+  for (const Pixel& corner : corners_of(scene)) {
+    truth["corners"].push_back(point_as_json(scene, corner, scene.to_ground(corner)));
+  }
+  truth["orbit"] = orbit_as_json(scene.orbit);
+  return truth;
+}
+
+}  // namespace simulate

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "tools/simulate/annotation_source.h"
+
+namespace simulate {
+
+// What is true of a simulated product: its targets and corners (degrees, metres; lines and samples
+// at pixel centres from 0), its orbit (Earth-fixed, seconds from the epoch), and every scalar it
+// was made from.
+nlohmann::ordered_json truth_of(const AnnotationSource& source, const std::vector<Target>& targets);
+
+}  // namespace simulate
