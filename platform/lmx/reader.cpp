@@ -25,8 +25,8 @@ std::string_view local_of(std::string_view name) {
   return colon == std::string_view::npos ? name : name.substr(colon + 1);
 }
 
-bool is_blank(std::string_view text) {
-  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+std::size_t leading_blanks(std::string_view text) {
+  return std::min(text.find_first_not_of(" \t\r\n"), text.size());
 }
 
 std::string shortened(std::string_view text) {
@@ -128,7 +128,8 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
     place_ = next.offset;
     switch (next.kind) {
       case token_kind::text:
-        if (!is_blank(next.text)) {
+        if (const auto blanks = leading_blanks(next.text); blanks < next.text.size()) {
+          place_ += blanks;
           token_words_ = "the text " + shortened(next.text);
           *error = token_error_ = error_unexpected_text;
           return;

@@ -34,6 +34,32 @@ class Golden(unittest.TestCase):
                           ["name", "look", "point", "height"]], names)
 
 
+class WholeSchema(unittest.TestCase):
+    """Counts that follow from the project's own tables."""
+
+    def setUp(self):
+        schema = tables.load(HERE.parents[1] / "schema" / "level1Product")
+        self.versions = model.resolve_all(schema, tables.VERSIONS)
+
+    def test_event_numbers(self):
+        # One number a name, told apart as attribute and as element, from 13 on.
+        self.assertEqual([628, 633, 639], [v.event_count for v in self.versions])
+        for version in self.versions:
+            self.assertEqual([13, 28, 29, 35, 36, 37, 38, 39, 40],
+                             [event for _, _, event in version.root_members])
+
+    def test_event_maps(self):
+        # One a class for attributes, one for elements but where a named type's is taken over, and
+        # the root's.
+        counts = [1 + sum(bool(c.attributes) + bool(c.elements and not c.base)
+                          for c in v.classes.values()) for v in self.versions]
+        self.assertEqual([239, 240, 242], counts)
+
+    def test_fourteen_classes_stand_directly_in_each_namespace(self):
+        for version in self.versions:
+            self.assertEqual(14, sum(c.is_global for c in version.classes.values()))
+
+
 class Refusals(unittest.TestCase):
     """Each case changes one thing in the example and expects a fault that names its place."""
 

@@ -1,0 +1,84 @@
+#include "image/conversion.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+std::uint16_t magnitude(std::int16_t i, std::int16_t q) {
+  std::uint16_t pixel = 0;
+  tsx_ConvertMagnitude(&i, &q, &pixel, 1);
+  return pixel;
+}
+
+std::int16_t phase(std::int16_t i, std::int16_t q) {
+  std::uint16_t pixel = 0;
+  tsx_ConvertPhase(&i, &q, &pixel, 1);
+  return static_cast<std::int16_t>(pixel);
+}
+
+TEST(Magnitude, IsTheTruncatedModulus) {
+  EXPECT_EQ(magnitude(3, 4), 5);
+  EXPECT_EQ(magnitude(1, 1), 1) << "1.41 truncated";
+  EXPECT_EQ(magnitude(0, 0), 0);
+  EXPECT_EQ(magnitude(-32768, -32768), 46340) << "32768 x sqrt 2 = 46340.95";
+  EXPECT_EQ(magnitude(-32768, 0), 32768);
+}
+
+// Squares and sum round to 24 bits: 4097 x 4097 = 16785409 becomes 16785408, and so on. The pixel is
+// that of the rounded sum, also where exact arithmetic gives another.
+TEST(Magnitude, RoundsSquaresAndSumToSinglePrecision) {
+  int differing = 0;
+  for (std::int32_t i = 30000; i < 30400; ++i) {
+    for (std::int32_t q = 30000; q < 30400; ++q) {
+      volatile float ii = static_cast<float>(i) * static_cast<float>(i);
+      volatile float qq = static_cast<float>(q) * static_cast<float>(q);
+      volatile float sum = ii + qq;
+      const auto expected = static_cast<std::uint16_t>(std::sqrt(sum));
+      ASSERT_EQ(magnitude(static_cast<std::int16_t>(i), static_cast<std::int16_t>(q)), expected)
+          << i << ' ' << q;
+      const double exact = std::sqrt(static_cast<double>(i) * i + static_cast<double>(q) * q);
+      differing += static_cast<std::uint16_t>(exact) != expected ? 1 : 0;
+    }
+  }
+  EXPECT_GT(differing, 0) << "the range must hold pairs that tell the two apart";
+}
+
+TEST(Phase, SpansTheSixteenBitsOverATurn) {
+  EXPECT_EQ(phase(1, 1), 8192) << "an eighth of 65536";
+  EXPECT_EQ(phase(-1, -1), -24576) << "minus three eighths";
+  EXPECT_EQ(phase(-1, 1), 24576);
+  EXPECT_EQ(phase(1, -1), -8192);
+}
+
+TEST(Phase, OfBothAxesIsZero) {
+  EXPECT_EQ(phase(0, 5), 0);
+  EXPECT_EQ(phase(5, 0), 0);
+  EXPECT_EQ(phase(-5, 0), 0) << "half a turn, told as 0 on purpose";
+  EXPECT_EQ(phase(0, 0), 0);
+}
+
+// atan2(1, -32768) rounds to the single-precision pi: 3.14159274 x 10430.3783505 = 32768.0009.
+TEST(Phase, WrapsWhereTheRoundedAngleReachesHalfATurn) {
+  const auto angle = static_cast<float>(std::atan2(1.0, -32768.0));
+  const auto scaled = static_cast<std::int32_t>(static_cast<double>(angle) * 10430.3783505);
+  EXPECT_EQ(phase(-32768, 1), static_cast<std::int16_t>(static_cast<std::uint16_t>(scaled)));
+}
+
+TEST(Narrowing, TruncatesAndKeepsTheLowBits) {
+  const std::vector<double> values = {65535.0, 70000.9, 0.99, -1.5, 1e300, std::nan("")};
+  gkl_PixelRect rect{const_cast<double*>(values.data()), 48, 8, 6, 1, gkl_PixelF64};
+  std::vector<std::uint16_t> pixels(6, 7);
+  tsx_NarrowPixels(rect, pixels.data());
+  EXPECT_EQ(pixels[0], 65535);
+  EXPECT_EQ(pixels[1], 4464) << "70000 - 65536";
+  EXPECT_EQ(pixels[2], 0);
+  EXPECT_EQ(pixels[3], 65535) << "-1 in 16 bits";
+  EXPECT_EQ(pixels[4], 0) << "no integer of 64 bits";
+  EXPECT_EQ(pixels[5], 0);
+}
+
+}  // namespace

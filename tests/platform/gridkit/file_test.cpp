@@ -1,0 +1,137 @@
+#include "gridkit/file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Files : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder = fs::temp_directory_path() / "gridkit file test 100%";
+    fs::create_directories(folder);
+    path = folder / "a file.txt";
+    std::ofstream(path) << "first\nsecond line\nlast";
+  }
+  void TearDown() override { fs::remove_all(folder); }
+
+  std::string line(gkf_File* file, int32_t size = 255) {
+    char buffer[256];
+    gke_Report* report = nullptr;
+    gkf_Fgets(buffer, size, file, &report);
+    if (report == nullptr) return buffer;
+    gke_DeleteErrorReportEx(&report);
+    return "(report)";
+  }
+  bool refuses(const std::string& name, const char* mode = "r") {
+    gke_Report* report = nullptr;
+    gkf_File* file = gkf_Open(name.c_str(), mode, &report, 0);
+    const bool refused = file == nullptr && report != nullptr;
+    gkf_Close(file, nullptr);
+    gke_DeleteErrorReportEx(&report);
+    return refused;
+  }
+  fs::path folder;
+  std::string path;
+};
+
+TEST_F(Files, Exist) {
+  EXPECT_EQ(gkf_FileExists(path.c_str(), nullptr), 1);
+  EXPECT_EQ(gkf_FileExists("/nonexistent", nullptr), 0);
+  EXPECT_EQ(gkf_FileExists(nullptr, nullptr), 0);
+}
+
+TEST_F(Files, AreReadLineByLine) {
+  gkf_File* file = gkf_Open(path.c_str(), "rb", nullptr, 0);
+  EXPECT_EQ(line(file), "first\n");
+  EXPECT_EQ(line(file, 5), "seco") << "size - 1 characters";
+  EXPECT_EQ(line(file), "nd line\n");
+  EXPECT_EQ(line(file), "last");
+  EXPECT_EQ(line(file), "(report)") << "the end of the file";
+  gke_Report* report = nullptr;
+  gkf_Close(file, &report);
+  EXPECT_EQ(report, nullptr);
+}
+
+TEST_F(Files, ThatAreNoRegularFilesAreRefusedAtOnce) {
+  EXPECT_TRUE(refuses(folder));
+  EXPECT_TRUE(refuses("/nonexistent"));
+  const std::string fifo = folder / "fifo";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  EXPECT_TRUE(refuses(fifo));
+  EXPECT_EQ(gkf_fopen(fifo.c_str(), "r"), nullptr);
+  EXPECT_EQ(gkf_fopen(folder.c_str(), "r"), nullptr);
+}
+
+TEST_F(Files, UnknownModesAreRefused) {
+  for (const char* mode : {"", "x", "rr", "r++", "rb+x"}) EXPECT_TRUE(refuses(path, mode)) << mode;
+}
+
+TEST_F(Files, OpeningForWritingNeitherCreatesNorEmpties) {
+  EXPECT_TRUE(refuses(folder / "new", "w"));
+  gkf_File* file = gkf_Open(path.c_str(), "w", nullptr, 0);
+  EXPECT_EQ(line(file), "first\n");
+  gkf_Close(file, nullptr);
+  EXPECT_EQ(fs::file_size(path), 22U);
+}
+
+TEST_F(Files, NullHandlesAreAnswered) {
+  gke_Report* report = nullptr;
+  gkf_Close(nullptr, &report);
+  EXPECT_EQ(report, nullptr);
+  EXPECT_EQ(line(nullptr), "(report)");
+  char byte = 0;
+  EXPECT_NE(gkf_fseeko(nullptr, 0, 0), 0);
+  EXPECT_EQ(gkf_fread(&byte, 1, 1, nullptr), 0U);
+  EXPECT_EQ(gkf_feof(nullptr), 0);
+  EXPECT_NE(gkf_fclose(nullptr), 0);
+}
+
+TEST_F(Files, StreamsReadAtAnyPlace) {
+  gkf_Stream* stream = gkf_fopen(path.c_str(), "r");
+  ASSERT_NE(stream, nullptr);
+  char buffer[32] = {};
+  EXPECT_EQ(gkf_fseeko(stream, 6, 0), 0);
+  EXPECT_EQ(gkf_fread(buffer, 2, 3, stream), 3U);
+  EXPECT_STREQ(buffer, "second");
+  EXPECT_EQ(gkf_fread(buffer, 1, 1, stream), 1U);
+  EXPECT_EQ(buffer[0], ' ') << "behind the last read";
+  EXPECT_EQ(gkf_feof(stream), 0);
+  EXPECT_EQ(gkf_fseeko(stream, 19, 0), 0);
+  EXPECT_EQ(gkf_fread(buffer, 2, 4, stream), 1U) << "three bytes are one whole item";
+  EXPECT_NE(gkf_feof(stream), 0);
+  EXPECT_EQ(gkf_fseeko(stream, 0, 0), 0);
+  EXPECT_EQ(gkf_feof(stream), 0) << "a seek clears the mark";
+  EXPECT_EQ(gkf_fclose(stream), 0);
+}
+
+TEST_F(Files, StreamsRefuseWhatTheyCannotDo) {
+  EXPECT_EQ(gkf_fopen(path.c_str(), "w"), nullptr);
+  gkf_Stream* stream = gkf_fopen(path.c_str(), "rb");
+  EXPECT_NE(gkf_fseeko(stream, -1, 0), 0);
+  EXPECT_NE(gkf_fseeko(stream, 0, 1), 0);
+  EXPECT_EQ(gkf_fseeko(stream, INT64_MAX, 0), 0);
+  char byte = 0;
+  EXPECT_EQ(gkf_fread(&byte, 1, 1, stream), 0U);
+  EXPECT_EQ(gkf_fread(&byte, SIZE_MAX, 2, stream), 0U);
+  gkf_fclose(stream);
+}
+
+TEST_F(Files, AStreamOverAShrinkingFileEndsEarlier) {
+  gkf_Stream* stream = gkf_fopen(path.c_str(), "r");
+  char buffer[32] = {};
+  EXPECT_EQ(gkf_fread(buffer, 1, 10, stream), 10U);
+  fs::resize_file(path, 5);
+  EXPECT_EQ(gkf_fseeko(stream, 0, 0), 0);
+  EXPECT_EQ(gkf_fread(buffer, 1, 10, stream), 5U);
+  EXPECT_NE(gkf_feof(stream), 0);
+  gkf_fclose(stream);
+}
+
+}  // namespace

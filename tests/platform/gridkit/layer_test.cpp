@@ -1,0 +1,142 @@
+#include "gridkit/layer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "gridkit/raster_writer.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int width = 7;
+constexpr int height = 5;
+
+class Layers : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder = fs::temp_directory_path() / "gridkit:layer test";
+    fs::create_directories(folder);
+    path = folder / "image.tif";
+    const auto writer = gridkit::create_geotiff(path, width, height, {});
+    std::vector<std::uint16_t> pixels;
+    for (std::uint16_t i = 0; i < width * height; ++i) pixels.push_back(static_cast<std::uint16_t>(i + 1));
+    writer->write_lines(std::as_bytes(std::span<const std::uint16_t>(pixels)), height);
+    writer->finish();
+  }
+  void TearDown() override { fs::remove_all(folder); }
+
+  // What an operation reported, empty for nothing.
+  template <class Operation>
+  static std::string report_of(Operation operation) {
+    gke_Report* report = nullptr;
+    operation(&report);
+    const std::string message = report == nullptr ? "" : gke_ReportMessage(report);
+    gke_DeleteErrorReportEx(&report);
+    return message;
+  }
+  static gkl_Layer* open(const std::string& file) {
+    gki_Instance* token = gki_GetInit(nullptr);
+    gks_StringList* names = gkl_LayerGetNames(file.c_str(), token, nullptr);
+    if (names == nullptr) return nullptr;
+    gkl_Layer* layer = gkl_LayerOpen(names->strings[0], token, nullptr, 25, 0);
+    gks_StringListDelete(names, nullptr);
+    return layer;
+  }
+  fs::path folder;
+  std::string path;
+};
+
+TEST_F(Layers, AreNamedByBandAndPath) {
+  gks_StringList* names = gkl_LayerGetNames(path.c_str(), gki_GetInit(nullptr), nullptr);
+  ASSERT_NE(names, nullptr);
+  ASSERT_EQ(names->count, 1);
+  EXPECT_EQ(names->strings[0], "1:" + path);
+  gks_StringListDelete(names, nullptr);
+}
+
+TEST_F(Layers, GiveWindowsWithZerosOutside) {
+  gkl_Layer* layer = open(path);
+  ASSERT_NE(layer, nullptr);
+  int32_t w = 0;
+  int32_t h = 0;
+  gkl_LayerSize(layer, &w, &h);
+  EXPECT_EQ(w, width);
+  EXPECT_EQ(h, height);
+  for (const auto& [x, y] : {std::pair{0, 0}, {5, 3}, {-2, -1}, {100, 100}, {-50, 0}}) {
+    gkl_PixelRect* rect = gkl_PixelRectCreate(4, 3, gkl_PixelF64, nullptr);
+    EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(layer, x, y, 4, 3, rect, err); }), "");
+    for (int r = 0; r < 3; ++r) {
+      for (int c = 0; c < 4; ++c) {
+        const bool inside = x + c >= 0 && x + c < width && y + r >= 0 && y + r < height;
+        const double expected = inside ? (y + r) * width + x + c + 1 : 0;
+        double value = -1;
+        std::memcpy(&value, static_cast<char*>(rect->data) + rect->rowStride * r + rect->columnStride * c,
+                    sizeof value);
+        EXPECT_EQ(value, expected) << x << ' ' << y << ' ' << r << ' ' << c;
+      }
+    }
+    gkl_PixelRectDelete(rect, nullptr);
+  }
+  gkl_LayerClose(layer, nullptr);
+}
+
+TEST_F(Layers, AnswerNullHandlesWithAReport) {
+  gkl_PixelRect* rect = gkl_PixelRectCreate(1, 1, gkl_PixelF64, nullptr);
+  EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(nullptr, 0, 0, 1, 1, rect, err); }), "no layer");
+  gkl_PixelRectDelete(rect, nullptr);
+  EXPECT_NE(report_of([](auto* err) { gkl_LayerClose(nullptr, err); }), "");
+  EXPECT_NE(report_of([](auto* err) { gkl_PixelRectDelete(nullptr, err); }), "");
+  EXPECT_NE(report_of([](auto* err) { gkl_LayerOpen(nullptr, gki_GetInit(nullptr), err, 25, 0); }), "");
+}
+
+TEST_F(Layers, RefuseWhatIsNoGeoTiffInsideTheReport) {
+  const std::string text = folder / "text.tif";
+  std::ofstream(text) << "not an image";
+  const std::string picture = folder / "picture.png";
+  const auto png = gridkit::create_png(picture, 2, 1, {});
+  const std::uint16_t pixels[] = {1, 2};
+  png->write_lines(std::as_bytes(std::span(pixels)), 1);
+  png->finish();
+  testing::internal::CaptureStderr();
+  for (const std::string& file : {text, picture, std::string("/nonexistent.tif")}) {
+    const std::string message = report_of(
+        [&](auto* err) { gkl_LayerGetNames(file.c_str(), gki_GetInit(nullptr), err); });
+    EXPECT_TRUE(message.starts_with(file)) << message;
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "nothing is printed past the report";
+}
+
+TEST_F(Layers, ATruncatedFileFailsWhenItIsRead) {
+  fs::resize_file(path, fs::file_size(path) - 40);
+  gkl_Layer* layer = open(path);
+  if (layer == nullptr) return;  // refused at once is as good
+  gkl_PixelRect* rect = gkl_PixelRectCreate(width, height, gkl_PixelU16, nullptr);
+  EXPECT_NE(report_of([&](auto* err) { gkl_LayerRead(layer, 0, 0, width, height, rect, err); }), "");
+  gkl_PixelRectDelete(rect, nullptr);
+  gkl_LayerClose(layer, nullptr);
+}
+
+TEST_F(Layers, RefuseUnknownOptionsTokensAndNames) {
+  gki_Instance* token = gki_GetInit(nullptr);
+  const std::string name = "1:" + path;
+  EXPECT_NE(report_of([&](auto* err) { gkl_LayerOpen(name.c_str(), token, err, 26, 0); }), "");
+  EXPECT_NE(report_of([&](auto* err) { gkl_LayerOpen(name.c_str(), nullptr, err, 25, 0); }), "");
+  for (const std::string& bad : {"2:" + path, "0:" + path, path, std::string("1:")}) {
+    EXPECT_NE(report_of([&](auto* err) { gkl_LayerOpen(bad.c_str(), token, err, 0); }), "") << bad;
+  }
+}
+
+TEST(PixelRect, RefusesSizesItCannotHold) {
+  EXPECT_EQ(gkl_PixelRectCreate(0, 1, gkl_PixelF64, nullptr), nullptr);
+  EXPECT_EQ(gkl_PixelRectCreate(1, -1, gkl_PixelF64, nullptr), nullptr);
+  EXPECT_EQ(gkl_PixelRectCreate(1, 1, 99, nullptr), nullptr);
+  EXPECT_EQ(gkl_PixelRectCreate(INT32_MAX, INT32_MAX, gkl_PixelF64, nullptr), nullptr);
+}
+
+}  // namespace

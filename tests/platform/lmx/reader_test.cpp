@@ -1,0 +1,316 @@
+#include "lmx/reader.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+using namespace lmx;
+
+constexpr int end_event = 6;
+constexpr int start_event = 7;
+
+// Everything a reader reports of a document, one line a step.
+std::string trace(const std::string& document, std::size_t chunk = token_stream::default_chunk) {
+  c_xml_reader_memory reader(document.data(), document.size(), chunk);
+  std::string log;
+  std::size_t depth = 0;
+  elmx_error error{};
+  do {
+    reader.get_element_event(nullptr, &error, &reader.current_name);
+    if (error != 0) return log + "error " + std::to_string(error);
+    if (reader.current_event == end_event) {
+      log += "end " + reader.current_name + '\n';
+      --depth;
+      continue;
+    }
+    log += "start " + reader.current_name + '\n';
+    ++depth;
+    while (reader.get_attribute_event(nullptr, &error, &reader.attribute_name)) {
+      std::string value;
+      EXPECT_TRUE(reader.get_attribute_value(&value, whitespace_preserve));
+      log += "  " + reader.attribute_name + '=' + value + '\n';
+    }
+    if (reader.current_event == end_event) {
+      log += "closed\n";
+      --depth;
+    }
+  } while (depth > 0);
+  return log;
+}
+
+// Stands in the first element's content, ready for a value.
+c_xml_reader_memory& enter(c_xml_reader_memory& reader) {
+  elmx_error error{};
+  reader.get_element_event(nullptr, &error, &reader.current_name);
+  return reader;
+}
+
+struct Value {
+  bool read;
+  std::string text;
+  elmx_error error;
+};
+
+Value simple_value(const std::string& document,
+                   elmx_whitespace whitespace = whitespace_preserve) {
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  Value value{};
+  bool no_value = false;
+  value.read = reader.get_simple_type_value("a", whitespace, &value.text, &value.error, &no_value);
+  return value;
+}
+
+elmx_error first_fault(const std::string& document) {
+  const std::string log = trace(document);
+  const auto at = log.find("error ");
+  return at == std::string::npos ? error_none : elmx_error(std::stoi(log.substr(at + 6)));
+}
+
+TEST(Reader, SkipsPrologCommentsAndBlanks) {
+  EXPECT_EQ(trace("<?xml version=\"1.0\"?><!-- c -->\n<a>\n <?pi x?> <b/> <!-- d --> </a>"),
+            "start a\nstart b\nclosed\nend a\n");
+}
+
+TEST(Reader, TellsSelfClosedFromEmpty) {
+  EXPECT_EQ(trace("<a><b/><c></c></a>"), "start a\nstart b\nclosed\nstart c\nend c\nend a\n");
+}
+
+TEST(Reader, GivesTheSameWhereverChunksEnd) {
+  const std::string document =
+      "<a x=\"1 &lt; 2\"><bb y='&#65;'/><c>\n</c><!-- long comment --></a>";
+  const std::string whole = trace(document);
+  for (std::size_t chunk = 1; chunk <= document.size(); ++chunk) {
+    EXPECT_EQ(trace(document, chunk), whole) << "chunks of " << chunk;
+  }
+}
+
+TEST(Reader, OpensNoMissingFileAndNoDirectory) {
+  EXPECT_FALSE(c_xml_reader_file("/nonexistent/a.xml").is_open());
+  EXPECT_FALSE(c_xml_reader_file("/tmp").is_open());
+  EXPECT_FALSE(c_xml_reader_file(nullptr).is_open());
+}
+
+TEST(Reader, ReadsAFile) {
+  const auto path = std::filesystem::temp_directory_path() / "lmx_reader_test.xml";
+  std::ofstream(path) << "<a><b>7</b></a>";
+  c_xml_reader_file reader(path.c_str());
+  ASSERT_TRUE(reader.is_open());
+  elmx_error error{};
+  reader.get_element_event(nullptr, &error, &reader.current_name);
+  EXPECT_EQ(reader.current_name, "a");
+  std::filesystem::remove(path);
+}
+
+TEST(Tokenise, SetsTheClosingEventForAnUnknownNameAndChangesNothingElse) {
+  const s_event_map map[] = {{1, "b", 1, 20}, {1, "cc", 2, 21}, {0, nullptr, 0, 1}};
+  const std::string document = "<a><cc/><bb/></a>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  elmx_error error{};
+  reader.get_element_event(map, &error, &reader.current_name);
+  EXPECT_EQ(reader.current_event, 1);
+  EXPECT_EQ(reader.current_name, "a");
+  reader.tokenise(map, current_element);
+  EXPECT_EQ(reader.current_event, 1);
+  EXPECT_EQ(reader.current_name, "a");
+  reader.get_element_event(map, &error, &reader.current_name);
+  EXPECT_EQ(reader.current_event, 21);
+  reader.get_attribute_event(nullptr, &error, &reader.attribute_name);
+  reader.get_element_event(map, &error, &reader.current_name);
+  EXPECT_EQ(reader.current_event, 1) << "bb is not b: names compare at their length";
+}
+
+TEST(Namespaces, AnElementInANamespaceMatchesNoRow) {
+  const s_event_map map[] = {{1, "a", 1, 20}, {0, nullptr, 0, 1}};
+  for (const char* document : {"<a xmlns='urn:x'/>", "<p:a xmlns:p='urn:x'/>", "<p:a/>"}) {
+    c_xml_reader_memory reader(document, std::strlen(document));
+    elmx_error error{};
+    reader.get_element_event(map, &error, &reader.current_name);
+    EXPECT_EQ(reader.current_event, 1) << document;
+    EXPECT_EQ(reader.get_element_ns_id(), 0) << document;
+    EXPECT_EQ(reader.local_name, "a") << document;
+  }
+}
+
+TEST(Namespaces, InstanceAttributesAreKnownByTheirNamespace) {
+  const std::string document =
+      "<a xmlns:i='http://www.w3.org/2001/XMLSchema-instance' xmlns:o='urn:x' i:nil='1' o:x='2'/>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  const c_xml_local* scope = reader.xml_local;
+  EXPECT_TRUE(reader.is_xsi_attribute(scope, "xmlns"));
+  EXPECT_TRUE(reader.is_xsi_attribute(scope, "xmlns:o"));
+  EXPECT_TRUE(reader.is_xsi_attribute(scope, "i:nil"));
+  EXPECT_FALSE(reader.is_xsi_attribute(scope, "o:x"));
+  EXPECT_FALSE(reader.is_xsi_attribute(scope, "xsi:nil")) << "a prefix that nothing declares";
+  EXPECT_FALSE(reader.is_xsi_attribute(scope, "nil"));
+}
+
+TEST(Namespaces, DeclarationsEndWithTheirElement) {
+  const std::string document =
+      "<a><b xmlns:i='http://www.w3.org/2001/XMLSchema-instance'></b><c i:x='1'/></a>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  elmx_error error{};
+  for (int i = 0; i < 4; ++i) reader.get_element_event(nullptr, &error, &reader.current_name);
+  ASSERT_EQ(reader.current_name, "c");
+  EXPECT_FALSE(reader.is_xsi_attribute(reader.xml_local, "i:x"));
+}
+
+TEST(SimpleValue, JoinsTextCdataReferencesAndAroundComments) {
+  const Value value = simple_value("<a> x<![CDATA[<y>]]>&amp;&#x41;<!-- no -->z </a>");
+  EXPECT_TRUE(value.read);
+  EXPECT_EQ(value.text, " x<y>&Az ");
+  EXPECT_EQ(simple_value("<a> x \n y </a>", whitespace_collapse).text, "x y");
+  EXPECT_EQ(simple_value("<a/>").text, "");
+}
+
+TEST(SimpleValue, RefusesChildrenAndAttributes) {
+  EXPECT_EQ(simple_value("<a>x<b/></a>").error, error_unreadable_element);
+  EXPECT_EQ(simple_value("<a u='1'>x</a>").error, error_unknown_attribute);
+  EXPECT_TRUE(simple_value("<a xmlns:q='urn:q'>x</a>").read);
+}
+
+TEST(InnerMarkup, ComesBackByteForByte) {
+  const std::string inner = "<b q=\"1\"> x &amp; <c/><![CDATA[<]]> </b><!-- kept -->tail";
+  const std::string document = "<a>" + inner + "</a>";
+  for (std::size_t chunk = 1; chunk <= document.size(); ++chunk) {
+    c_xml_reader_memory reader(document.data(), document.size(), chunk);
+    enter(reader);
+    std::string value;
+    elmx_error error{};
+    bool no_value = true;
+    ASSERT_TRUE(reader.get_element_ur_value("a", &value, &error, &no_value)) << chunk;
+    EXPECT_EQ(value, inner) << "chunks of " << chunk;
+    EXPECT_FALSE(no_value);
+  }
+}
+
+TEST(InnerMarkup, OfAnEmptyElementIsNoValue) {
+  for (const char* document : {"<a/>", "<a></a>"}) {
+    c_xml_reader_memory reader(document, std::strlen(document));
+    enter(reader);
+    std::string value = "old";
+    elmx_error error{};
+    bool no_value = false;
+    EXPECT_TRUE(reader.get_element_ur_value("a", &value, &error, &no_value));
+    EXPECT_TRUE(no_value);
+    EXPECT_EQ(value, "");
+  }
+}
+
+TEST(InnerMarkup, NeedsAUtf8Document) {
+  const std::string document = "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  std::string value;
+  elmx_error error{};
+  bool no_value = false;
+  EXPECT_FALSE(reader.get_element_ur_value("a", &value, &error, &no_value));
+  EXPECT_EQ(error, error_encoding);
+}
+
+TEST(Encodings, BecomeUtf8) {
+  EXPECT_EQ(simple_value("<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>").text, "\xC3\xA4");
+  const char utf16[] = "\xFF\xFE<\0a\0>\0x\0<\0/\0a\0>\0";
+  EXPECT_EQ(simple_value(std::string(utf16, sizeof utf16 - 1)).text, "x");
+}
+
+TEST(Malformed, EachKindHasItsCode) {
+  EXPECT_EQ(first_fault("<a><b></a>"), error_malformed);
+  EXPECT_EQ(first_fault("<a>"), error_truncated);
+  EXPECT_EQ(first_fault(""), error_truncated);
+  EXPECT_EQ(first_fault("no xml"), error_malformed);
+  EXPECT_EQ(first_fault("<a>&nope;</a>"), error_malformed);
+  EXPECT_EQ(first_fault("<a>\xFF</a>"), error_malformed);
+  EXPECT_EQ(first_fault("<a>text<b/></a>"), error_unexpected_text);
+  EXPECT_EQ(first_fault("<a x='1' x='2'/>"), error_attribute_twice);
+  EXPECT_EQ(first_fault("<?xml version='1.0' encoding='KOI-9'?><a/>"), error_encoding);
+}
+
+TEST(Malformed, DocumentTypesAreRefusedBeforeAnyEntity) {
+  EXPECT_EQ(first_fault("<!DOCTYPE a><a/>"), error_doctype);
+  EXPECT_EQ(first_fault("<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>"), error_doctype);
+}
+
+TEST(Malformed, NestingHasALimit) {
+  std::string deep;
+  for (std::size_t i = 0; i <= token_stream::deepest; ++i) deep += "<a>";
+  EXPECT_EQ(first_fault(deep), error_too_deep);
+}
+
+// Reads until the fault and reports it under the name "a".
+lmx::diagnostic diagnose(const std::string& document, std::size_t chunk) {
+  c_xml_reader_memory reader(document.data(), document.size(), chunk);
+  elmx_error error{};
+  while (error == 0) {
+    reader.get_element_event(nullptr, &error, &reader.current_name);
+    if (error == 0 && reader.current_event == start_event) {
+      elmx_error ignored{};
+      while (reader.get_attribute_event(nullptr, &ignored, &reader.attribute_name)) {
+      }
+    }
+  }
+  EXPECT_EQ(reader.handle_error(error, "a", "tag", 0, "nothing"), error);
+  EXPECT_NE(reader.diagnostic(), nullptr);
+  return *reader.diagnostic();
+}
+
+TEST(Diagnostic, NamesThePlaceWhereverChunksEnd) {
+  const std::string document = "<a>\n <b/>\n \xC3\xA4oops\n</a>";
+  for (std::size_t chunk = 1; chunk <= document.size(); ++chunk) {
+    const lmx::diagnostic fault = diagnose(document, chunk);
+    EXPECT_EQ(fault.code, error_unexpected_text);
+    EXPECT_EQ(fault.name, "a");
+    EXPECT_EQ(fault.expected, "nothing");
+    if (chunk < 8) continue;  // a token longer than two chunks has no exact place
+    EXPECT_EQ(fault.line, 3U) << "chunks of " << chunk;
+    EXPECT_EQ(fault.column, 2U);
+  }
+}
+
+TEST(Diagnostic, KeepsTheFirstFaultAndLeavesTheCodeAlone) {
+  c_xml_reader_memory reader("<a/>", 4);
+  EXPECT_EQ(reader.diagnostic(), nullptr);
+  EXPECT_EQ(reader.handle_error(error_too_long, "first", "tag", 0), error_too_long);
+  EXPECT_EQ(reader.handle_error(error_invalid_value, "second", "tag", 0), error_invalid_value);
+  EXPECT_EQ(reader.diagnostic()->name, "first");
+}
+
+TEST(Policy, SeesEachFaultAndDecides) {
+  c_xml_reader_memory reader("<a/>", 4);
+  int seen = 0;
+  reader.set_policy([&](const lmx::diagnostic& fault) {
+    ++seen;
+    return fault.code == error_too_long ? error_none : fault.code;
+  });
+  EXPECT_EQ(reader.handle_error(error_too_long, "x", "tag", 0), error_none);
+  EXPECT_EQ(reader.handle_error(error_invalid_value, "x", "tag", 0), error_invalid_value);
+  EXPECT_EQ(seen, 2);
+}
+
+TEST(StringStack, KeepsANameWhereItIs) {
+  c_string_stack stack;
+  const c_string_stack_node outer(stack, "outer");
+  const char* text = outer.get_str();
+  {
+    const c_string_stack_node inner(stack, "inner");
+    EXPECT_EQ(stack.path(), "/outer/inner");
+    EXPECT_TRUE(inner != "outer");
+  }
+  EXPECT_EQ(outer.get_str(), text);
+  EXPECT_EQ(stack.path(), "/outer");
+}
+
+TEST(Meaning, EveryCodeOfTheTableHasWords) {
+  for (const int code : {0,  1,  3,  7,  10, 16, 19, 21, 25, 26,  28,  29,  31,  32,  35,
+                         36, 37, 38, 39, 42, 45, 100, 101, 102, 103, 104, 105, 106}) {
+    EXPECT_STRNE(meaning(elmx_error(code)), "unknown fault") << code;
+  }
+  EXPECT_STREQ(meaning(elmx_error(999)), "unknown fault");
+}
+
+}  // namespace

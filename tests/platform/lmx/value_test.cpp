@@ -1,0 +1,189 @@
+#include "lmx/value.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <sstream>
+
+#include "lmx/list_tokeniser.h"
+
+namespace {
+
+using namespace lmx;
+
+template <class T>
+std::string written(const T& value) {
+  std::ostringstream out;
+  out << c_as_xml<T>(value);
+  return out.str();
+}
+
+TEST(MaxLength, CountsCharactersAndIncludesTheMaximum) {
+  EXPECT_TRUE(is_max_length_ok("12345", 5));
+  EXPECT_FALSE(is_max_length_ok("123456", 5));
+  EXPECT_TRUE(is_max_length_ok("\xC3\xA4\xC3\xB6\xC3\xBC", 3)) << "three letters of two bytes";
+  EXPECT_FALSE(is_max_length_ok("\xC3\xA4\xC3\xB6\xC3\xBC", 2));
+}
+
+TEST(Integers, HaveASignAndDigits) {
+  for (const char* text : {"0", "-0", "+7", "007", "99999999999999999999999"}) {
+    EXPECT_TRUE(is_valid_integer(text)) << text;
+  }
+  for (const char* text : {"", "+", "-", "1.0", "1e3", " 1", "1 ", "0x1", "--1"}) {
+    EXPECT_FALSE(is_valid_integer(text)) << text;
+  }
+}
+
+TEST(Floats, TakeDecimalScientificAndSpecialForms) {
+  for (const char* text : {"0", "-1.5", "+.5", "5.", "1E+03", "1e-3", "INF", "-INF", "NaN"}) {
+    EXPECT_TRUE(is_valid_float(text)) << text;
+  }
+  for (const char* text : {"", ".", "1e", "1e+", "+INF", "nan", "inf", "0x10", "1,5", "1 2"}) {
+    EXPECT_FALSE(is_valid_float(text)) << text;
+  }
+}
+
+TEST(Booleans, TakeFourForms) {
+  EXPECT_TRUE(is_valid_bool("1"));
+  EXPECT_TRUE(to_bool("1"));
+  EXPECT_TRUE(to_bool("true"));
+  EXPECT_FALSE(to_bool("0"));
+  EXPECT_FALSE(to_bool("maybe")) << "an invalid text that a policy lets pass reads as false";
+  EXPECT_FALSE(is_valid_bool("True"));
+}
+
+TEST(BigInt, ComparesValuesOfAnyLength) {
+  const c_big_int highest("18446744073709551615");
+  EXPECT_TRUE(std::string("18446744073709551615") <= highest);
+  EXPECT_FALSE(std::string("18446744073709551616") <= highest);
+  EXPECT_FALSE(std::string("100000000000000000000") <= highest) << "21 digits";
+  EXPECT_TRUE(std::string("00000000000000000000000001") <= highest);
+  const c_big_int lowest("-2147483648");
+  EXPECT_TRUE(std::string("-2147483648") >= lowest);
+  EXPECT_FALSE(std::string("-2147483649") >= lowest);
+  EXPECT_TRUE(std::string("-0") >= c_big_int("0"));
+  EXPECT_TRUE(std::string("+5") >= c_big_int("5"));
+  EXPECT_FALSE(std::string("-5") >= c_big_int("0"));
+}
+
+TEST(Conversions, TakeTheEndsOfEveryIntegerType) {
+  EXPECT_EQ(to_int32("-2147483648"), std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(to_int64("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
+  EXPECT_EQ(to_uint64("18446744073709551615"), std::numeric_limits<std::uint64_t>::max());
+  EXPECT_EQ(to_uint32("+4294967295"), std::numeric_limits<std::uint32_t>::max());
+  EXPECT_EQ(to_uint8("300"), 44) << "the low 8 bits of 300 = 256 + 44";
+}
+
+TEST(Conversions, GiveInfinitiesAndNotANumber) {
+  EXPECT_TRUE(std::isnan(to_double("NaN")));
+  EXPECT_EQ(to_double("INF"), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(to_double("-INF"), -std::numeric_limits<double>::infinity());
+  EXPECT_EQ(to_double("1e999"), std::numeric_limits<double>::infinity()) << "as atof does";
+  EXPECT_EQ(to_double("1e-999"), 0.0);
+}
+
+TEST(Conversions, AreTheLibrarysToTheBit) {
+  for (const char* text : {"1.23456789012345678E+03", "-1.58021809609726421E+06", "0.1", "+4.5",
+                           "4.9406564584124654E-324", "9.10032937895266514E-09"}) {
+    const double expected = std::strtod(text, nullptr);
+    const double value = to_double(text);
+    EXPECT_EQ(std::memcmp(&value, &expected, sizeof value), 0) << text;
+  }
+}
+
+TEST(Conversions, DoNotDependOnTheLocale) {
+  const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+  for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"}) {
+    if (std::setlocale(LC_NUMERIC, name) != nullptr) break;
+  }
+  EXPECT_EQ(to_double("1.5"), 1.5);
+  EXPECT_EQ(to_double("1.5e999"), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(written(1.5), "1.5");
+  std::setlocale(LC_NUMERIC, before.c_str());
+}
+
+TEST(Writing, GivesNumbersThatReadBackToTheBit) {
+  for (const double value : {0.1, 1.0 / 3, 1e300, -4.9406564584124654e-324, 3.75e-3}) {
+    EXPECT_EQ(to_double(written(value)), value);
+  }
+  EXPECT_EQ(written(0.1F), "0.1");
+  EXPECT_EQ(written(std::numeric_limits<double>::infinity()), "INF");
+  EXPECT_EQ(written(-std::numeric_limits<float>::infinity()), "-INF");
+  EXPECT_EQ(written(std::nan("")), "NaN");
+  EXPECT_EQ(written(true), "true");
+}
+
+TEST(Writing, EscapesMarkupAndLineBreaks) {
+  EXPECT_EQ(written(std::string("a<b>&\"c\"\r\n\t")),
+            "a&lt;b&gt;&amp;&quot;c&quot;&#13;&#10;&#9;");
+}
+
+TEST(Collapse, StripsEndsAndReducesRuns) {
+  std::string text = " \n a  b\t\tc ";
+  collapse(text);
+  EXPECT_EQ(text, "a b c");
+  text = "  ";
+  collapse(text);
+  EXPECT_EQ(text, "");
+}
+
+TEST(ListTokeniser, YieldsNoEmptyToken) {
+  const std::string text = "  SRA \n\t DRAFore ";
+  c_xml_list_tokeniser tokens(text);
+  std::string token;
+  ASSERT_TRUE(tokens.get(&token));
+  EXPECT_EQ(token, "SRA");
+  ASSERT_TRUE(tokens.get(&token));
+  EXPECT_EQ(token, "DRAFore");
+  EXPECT_FALSE(tokens.get(&token));
+  EXPECT_FALSE(tokens.get(&token));
+}
+
+TEST(DateTime, TakesTheLexicalForms) {
+  for (const char* text :
+       {"2008-03-10T13:32:20", "2008-03-10T13:32:20Z", "2008-02-29T00:00:00.000001+01:00",
+        "2008-12-31T24:00:00", "-0044-03-15T12:00:00", "12008-01-01T00:00:00-14:00"}) {
+    EXPECT_TRUE(c_datetime::is_valid(text)) << text;
+  }
+}
+
+TEST(DateTime, RefusesWhatIsNoTime) {
+  for (const char* text :
+       {"", "2008-03-10", "2008-03-10 13:32:20", "2007-02-29T00:00:00", "1900-02-29T00:00:00",
+        "2008-13-01T00:00:00", "2008-04-31T00:00:00", "2008-03-10T24:00:01",
+        "2008-03-10T13:60:00", "2008-03-10T13:32:60", "2008-03-10T13:32:20.", "208-03-10T13:32:20",
+        "2008-03-10T13:32:20+15:00", "2008-03-10T13:32:20z", "0000-01-01T00:00:00",
+        "02008-01-01T00:00:00", "2008-03-10T13:32:20 "}) {
+    EXPECT_FALSE(c_datetime::is_valid(text)) << text;
+  }
+}
+
+TEST(DateTime, GivesItsPartsAndItsTextBack) {
+  c_datetime time;
+  time = "2008-03-10T23:59:59.999999Z";
+  EXPECT_EQ(time.year, 2008);
+  EXPECT_EQ(time.month, 3);
+  EXPECT_EQ(time.day, 10);
+  EXPECT_EQ(time.hour, 23);
+  EXPECT_EQ(time.minute, 59);
+  EXPECT_EQ(time.seconds, 59.999999F);
+  std::ostringstream out;
+  out << time;
+  EXPECT_EQ(out.str(), "2008-03-10T23:59:59.999999Z");
+  time = "nonsense";
+  EXPECT_EQ(time.year, 0);
+  EXPECT_EQ(time.text(), "");
+}
+
+TEST(DateTime, KeepsTheZoneBehindAnOverlongFraction) {
+  const std::string fraction(80, '3');
+  c_datetime time;
+  time = "2008-03-10T13:32:20." + fraction + "+01:00";
+  EXPECT_TRUE(time.text().ends_with("333+01:00"));
+  EXPECT_TRUE(c_datetime::is_valid(std::string(time.text())));
+}
+
+}  // namespace

@@ -1,0 +1,103 @@
+#include "plugin/identify.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "plugin/schema_version.h"
+#include "support/fake_toolkit.h"
+
+namespace {
+
+// Seven lines of an annotation with its version text.
+std::string annotation(const std::string& version, const std::string& third = "Level 1B Product",
+                       const std::string& fourth = "TSX-1") {
+  return "<level1Product>\n<generalHeader>\n<itemName>" + third + "</itemName>\n<mission>" + fourth +
+         "</mission>\n<source>\n<destination>\n<generationSystem version=\"" + version + "\">\n";
+}
+
+class Identify : public testing::Test {
+ protected:
+  void SetUp() override { reset_toolkit(); }
+  std::int32_t identify(const std::string& bytes) {
+    toolkit().files["a.xml"] = bytes;
+    version = schema_text_none;
+    return tsx_FileIdentify("a.xml", &version);
+  }
+  std::int32_t version = schema_text_none;
+};
+
+TEST_F(Identify, FindsEachVersionText) {
+  EXPECT_EQ(identify(annotation("3.4")), 0);
+  EXPECT_EQ(version, 0);
+  EXPECT_EQ(identify(annotation("3.5")), 0);
+  EXPECT_EQ(version, 1);
+  EXPECT_EQ(identify(annotation("3.6")), 0);
+  EXPECT_EQ(version, 2);
+  EXPECT_EQ(identify(annotation("3.7")), 0);
+  EXPECT_EQ(version, 3);
+  EXPECT_EQ(identify(annotation("4.0")), 0);
+  EXPECT_EQ(version, 4);
+  EXPECT_EQ(identify(annotation("4.11")), 0);
+  EXPECT_EQ(version, 5);
+}
+
+TEST_F(Identify, OfSeveralTextsTheLastInTableOrderWins) {
+  EXPECT_EQ(identify(annotation("4.1 and 3.4")), 0);
+  EXPECT_EQ(version, 5);
+}
+
+TEST_F(Identify, RecognisesAFileWithoutAVersionTextAndLeavesTheIndex) {
+  EXPECT_EQ(identify(annotation("2.9")), 0);
+  EXPECT_EQ(version, schema_text_none);
+}
+
+TEST_F(Identify, RefusesAnotherLevelOrMissionInSilence) {
+  EXPECT_EQ(identify(annotation("3.4", "Level 1A Product")), -1);
+  EXPECT_EQ(identify(annotation("3.4", "Level 1B Product", "ERS-1")), -1);
+  EXPECT_TRUE(toolkit().printed.empty());
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+TEST_F(Identify, RefusesAMissingFileWithoutOpeningAny) {
+  std::int32_t index = 6;
+  EXPECT_EQ(tsx_FileIdentify("nowhere.xml", &index), -1);
+  EXPECT_EQ(toolkit().calls["gkf_Open"], 0);
+  EXPECT_TRUE(toolkit().log.empty());
+}
+
+TEST_F(Identify, RefusesAFileThatEndsEarlyAndClosesIt) {
+  for (int lines = 0; lines < 7; ++lines) {
+    std::string bytes = annotation("3.4");
+    std::size_t end = 0;
+    for (int i = 0; i < lines; ++i) end = bytes.find('\n', end) + 1;
+    toolkit().log.clear();
+    EXPECT_EQ(identify(bytes.substr(0, end)), -1) << lines << " lines";
+    EXPECT_EQ(toolkit().log, std::vector<std::string>{"gkf_Close"});
+    EXPECT_TRUE(toolkit().printed.empty());
+  }
+}
+
+TEST_F(Identify, ReadsALongLineInPieces) {
+  // 300 characters count as two reads, so everything behind stands one read too late.
+  std::string bytes = annotation("3.4");
+  bytes.insert(0, std::string(300, ' '));
+  EXPECT_EQ(identify(bytes), -1);
+}
+
+TEST_F(Identify, PrintsAFailingCloseAsAWarning) {
+  toolkit().fail_at["gkf_Close"] = 1;
+  EXPECT_EQ(identify(annotation("3.4")), 0);
+  ASSERT_EQ(toolkit().printed.size(), 2U);
+  EXPECT_EQ(toolkit().printed[0], (PrintedReport{"tsx_FileIdentify", "gkf_Close failed", 0}));
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+TEST_F(Identify, DropsTheReportOfAFailingOpen) {
+  toolkit().fail_at["gkf_Open"] = 1;
+  EXPECT_EQ(identify(annotation("3.4")), -1);
+  EXPECT_TRUE(toolkit().printed.empty());
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+}  // namespace

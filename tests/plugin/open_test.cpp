@@ -1,0 +1,397 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "gridkit/memory.h"
+#include "handlepool/handlepool.h"
+#include "plugin/product_record.h"
+#include "record/exports.h"
+#include "record/run_counters.h"
+#include "record/tsx_file.h"
+#include "support/fake_document.h"
+#include "support/fake_toolkit.h"
+
+namespace {
+
+constexpr const char* word = "tsxFileTitleIdentifyAndOpen";
+const std::string path = "/products/one/a.xml";
+const std::string annotation =
+    "1\n2\nLevel 1B Product\nTSX-1\n5\n6\nversion=\"3.4\"\n";
+
+class Open : public testing::Test {
+ protected:
+  void SetUp() override {
+    reset_toolkit();
+    toolkit().files[path] = annotation;
+    toolkit().files["/products/one/IMAGEDATA/image0"] = "x";
+    toolkit().files["/products/one/IMAGEDATA/image1"] = "x";
+    document = new FakeDocument;
+    toolkit().document = document;
+    opened_before = s_tsxFileTitleIdentifyAndOpenCount;
+  }
+  void TearDown() override { delete toolkit().document; }
+
+  TsxFile* open(const char* mode = "r") {
+    title = 77;
+    return tsxFileTitleIdentifyAndOpen(path.c_str(), &title, mode);
+  }
+  bool registered(TsxFile* record) {
+    return record != nullptr && pool_FindFileHandleIfOpen(path.c_str(), 0) == record;
+  }
+  std::vector<std::string> messages() { return toolkit().messages(); }
+
+  FakeDocument* document;
+  int32_t title = 77;
+  int32_t opened_before = 0;
+};
+
+TEST_F(Open, IdentifiesWithoutParsing) {
+  EXPECT_EQ(open(nullptr), nullptr);
+  EXPECT_EQ(title, 0);
+  EXPECT_TRUE(toolkit().constructed.empty());
+  EXPECT_EQ(s_tsxFileTitleIdentifyAndOpenCount, opened_before + 1);
+  ASSERT_EQ(toolkit().debug.size(), 1U);
+  EXPECT_EQ(toolkit().debug[0],
+            "\n s_tsxFileTitleIdentifyAndOpenCount: " + std::to_string(opened_before + 1) + " \n");
+  EXPECT_EQ(toolkit().log, (std::vector<std::string>{"gkf_Close", "gkf_Close"}));
+}
+
+TEST_F(Open, AForeignFileIsNoErrorAndRaisesNoCounter) {
+  toolkit().files[path] = "something\nelse\nhere\n";
+  EXPECT_EQ(open(nullptr), nullptr);
+  EXPECT_EQ(title, -1);
+  EXPECT_EQ(open("r"), nullptr);
+  EXPECT_EQ(title, -1);
+  EXPECT_TRUE(toolkit().printed.empty());
+  EXPECT_EQ(s_tsxFileTitleIdentifyAndOpenCount, opened_before);
+}
+
+TEST_F(Open, AMissingFileReportsNothing) {
+  toolkit().files.erase(path);
+  EXPECT_EQ(open("r"), nullptr);
+  EXPECT_EQ(title, -1);
+  EXPECT_TRUE(toolkit().printed.empty());
+}
+
+TEST_F(Open, AcceptsNoPlaceForTheTitle) {
+  EXPECT_EQ(tsxFileTitleIdentifyAndOpen(path.c_str(), nullptr, nullptr), nullptr);
+}
+
+TEST_F(Open, RefusesModesThatCreate) {
+  for (const char* mode : {"a", "ab", "w+", "wb+", "w+b"}) {
+    toolkit().printed.clear();
+    EXPECT_EQ(open(mode), nullptr);
+    EXPECT_EQ(title, -1);
+    ASSERT_EQ(toolkit().printed.size(), 1U) << mode;
+    EXPECT_EQ(toolkit().printed[0],
+              (PrintedReport{word, "TerraSAR-X file creation is not supported", 2}));
+  }
+  EXPECT_EQ(toolkit().calls["gkf_Open"], 0);
+}
+
+TEST_F(Open, DoesNotRefuseTheOtherModesAndPassesThemOn) {
+  for (const char* mode : {"w", "wb", "rb", "r+"}) {
+    toolkit().document = new FakeDocument;
+    toolkit().modes.clear();
+    TsxFile* record = open(mode);
+    EXPECT_TRUE(registered(record)) << mode;
+    EXPECT_EQ(toolkit().modes, (std::vector<std::string>{"r", mode})) << "identified by r";
+    tsxFileClose(record);
+  }
+  delete document;
+  toolkit().document = nullptr;
+}
+
+TEST_F(Open, BuildsAndRegistersAComplexProduct) {
+  document->layers = 2;
+  TsxFile* record = open();
+  ASSERT_TRUE(registered(record));
+  EXPECT_EQ(title, 0);
+  EXPECT_EQ(toolkit().constructed, std::vector<std::int32_t>{0});
+  EXPECT_STREQ(record->fileName, path.c_str());
+  EXPECT_NE(record->fileName, path.c_str()) << "an own copy";
+  EXPECT_NE(record->cosarFiles[0], nullptr);
+  EXPECT_NE(record->cosarFiles[1], nullptr);
+  EXPECT_EQ(record->cosarFiles[2], nullptr);
+  EXPECT_EQ(toolkit().log.back(), "gkf_fopen /products/one/IMAGEDATA/image1");
+  EXPECT_TRUE(toolkit().printed.empty());
+  int64_t time = 5;
+  EXPECT_EQ(tsxFileDataModTimeGet(record, "anything", &time), 0);
+  EXPECT_EQ(time, -1) << "the model holds no samples";
+  record->sarModel->num_samples = 1;
+  EXPECT_EQ(tsxFileDataModTimeGet(record, nullptr, &time), 0);
+  EXPECT_EQ(time, 0);
+  tsxFileClose(record);
+  EXPECT_EQ(pool_FindFileHandleIfOpen(path.c_str(), 0), nullptr);
+}
+
+TEST_F(Open, OpensDetectedImagesThroughTheHostsLayers) {
+  document->variant = "GEC";
+  document->format = "GEOTIFF";
+  TsxFile* record = open();
+  ASSERT_TRUE(registered(record));
+  EXPECT_NE(record->tiffLayers[0], nullptr);
+  EXPECT_EQ(toolkit().log.back(), "gkl_LayerOpen 25 0");
+  EXPECT_EQ(toolkit().log[toolkit().log.size() - 2],
+            "gkl_LayerGetNames /products/one/IMAGEDATA/image0");
+  tsxFileClose(record);
+}
+
+TEST_F(Open, APathWithoutAFolderLooksBesideIt) {
+  toolkit().files["a.xml"] = annotation;
+  toolkit().files["IMAGEDATA/image0"] = "x";
+  TsxFile* record = tsxFileTitleIdentifyAndOpen("a.xml", nullptr, "r");
+  ASSERT_NE(record, nullptr);
+  EXPECT_EQ(toolkit().log.back(), "gkf_fopen IMAGEDATA/image0");
+  tsxFileClose(record);
+}
+
+TEST_F(Open, ASecondOpenSharesTheRecordAndParsesNothing) {
+  TsxFile* first = open();
+  TsxFile* second = open();
+  EXPECT_EQ(first, second);
+  EXPECT_EQ(title, 0);
+  EXPECT_EQ(toolkit().constructed.size(), 1U);
+  EXPECT_EQ(s_tsxFileTitleIdentifyAndOpenCount, opened_before + 2);
+  tsxFileClose(first);
+}
+
+TEST_F(Open, EachVersionTextAsksForItsClasses) {
+  const char* texts[] = {"3.4", "3.5", "3.6", "3.7", "4.0", "4.1"};
+  for (std::int32_t index = 0; index < 6; ++index) {
+    toolkit().files[path] =
+        "1\n2\nLevel 1B Product\nTSX-1\n5\n6\n" + std::string(texts[index]) + "\n";
+    toolkit().document = new FakeDocument;
+    toolkit().constructed.clear();
+    TsxFile* record = open();
+    EXPECT_EQ(toolkit().constructed, std::vector<std::int32_t>{index});
+    tsxFileClose(record);
+  }
+  delete document;
+  toolkit().document = nullptr;
+}
+
+TEST_F(Open, AFailingOpenOfTheAnnotationGivesNoRecord) {
+  toolkit().fail_at["gkf_Open"] = 2;
+  EXPECT_EQ(open(), nullptr);
+  EXPECT_EQ(title, 0);
+  EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, "gkf_Open failed", 2}));
+  EXPECT_EQ(s_tsxFileTitleIdentifyAndOpenCount, opened_before);
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+// An unfinished record is handed out, the error printed, and the registry does not know it.
+#define EXPECT_UNFINISHED(record, message)                             \
+  do {                                                                 \
+    ASSERT_NE(record, nullptr);                                        \
+    EXPECT_FALSE(registered(record));                                  \
+    EXPECT_EQ(title, 0);                                               \
+    ASSERT_FALSE(toolkit().printed.empty());                           \
+    EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, message, 2})); \
+    EXPECT_EQ(toolkit().live_reports, 0);                              \
+  } while (false)
+
+TEST_F(Open, WithoutAVersionTextTheSchemaIsWrong) {
+  toolkit().files[path] = "1\n2\nLevel 1B Product\nTSX-1\n5\n6\n7\n";
+  TsxFile* record = open();
+  EXPECT_UNFINISHED(record, "Wrong XML schema file detected");
+  EXPECT_EQ(toolkit().printed.size(), 1U);
+  EXPECT_EQ(record->product, nullptr);
+}
+
+TEST_F(Open, AFaultInTheAnnotationIsAWrongSchema) {
+  toolkit().document_error = lmx::error_required_element_missing;
+  TsxFile* record = open();
+  EXPECT_UNFINISHED(record, "Wrong XML schema file detected");
+  EXPECT_EQ(record->product, document) << "the document stays with the record";
+}
+
+TEST_F(Open, AMissingComplexImageLeavesTheRecordUnfinished) {
+  toolkit().files.erase("/products/one/IMAGEDATA/image1");
+  document->layers = 2;
+  TsxFile* record = open();
+  EXPECT_UNFINISHED(record, "gkf_fopen failed");
+  EXPECT_NE(record->cosarFiles[0], nullptr) << "what was open stays open";
+}
+
+TEST_F(Open, DetectedImagesFailWithTheirWords) {
+  document->variant = "MGD";
+  document->format = "GEOTIFF";
+  toolkit().fail_at["gkl_LayerGetNames"] = 1;
+  TsxFile* record = open();
+  EXPECT_UNFINISHED(record, "gkl_LayerGetNames failed");
+}
+
+TEST_F(Open, AFailingLayerOpenHasItsWords) {
+  document->variant = "MGD";
+  document->format = "GEOTIFF";
+  toolkit().fail_at["gkl_LayerOpen"] = 1;
+  TsxFile* record = open();
+  EXPECT_UNFINISHED(record, "gkl_LayerOpen failed");
+}
+
+TEST_F(Open, MoreThanFourImagesAreRefusedBeforeAnyIsOpened) {
+  for (const int layers : {5, 2147483647, -1}) {
+    toolkit().document = document = new FakeDocument;
+    document->layers = layers;
+    toolkit().printed.clear();
+    TsxFile* record = open();
+    EXPECT_UNFINISHED(
+        record, "The product must have 0 to 4 image files; see numberOfLayers in its annotation");
+    EXPECT_EQ(toolkit().calls["gkf_fopen"], 0);
+  }
+}
+
+TEST_F(Open, FourImagesAndNoneAreFine) {
+  for (const int layers : {0, 4}) {
+    toolkit().document = new FakeDocument;
+    dynamic_cast<FakeDocument*>(toolkit().document)->layers = layers;
+    for (int i = 0; i < layers; ++i) {
+      toolkit().files["/products/one/IMAGEDATA/image" + std::to_string(i)] = "x";
+    }
+    TsxFile* record = open();
+    EXPECT_TRUE(registered(record)) << layers;
+    tsxFileClose(record);
+  }
+  delete document;
+  toolkit().document = nullptr;
+}
+
+TEST_F(Open, AnUnknownVariantTakesTheDetectedPath) {
+  document->variant = "UNDEFINED";
+  TsxFile* record = open();
+  ASSERT_TRUE(registered(record));
+  EXPECT_EQ(record->productVariant, -1);
+  EXPECT_EQ(toolkit().log.back(), "gkl_LayerOpen 25 0");
+  int32_t count = 5;
+  char** names = nullptr;
+  EXPECT_EQ(tsxFileRasterFormatsNonStandardDataNamesGet(record, &count, &names), -1);
+  EXPECT_EQ(count, 5);
+  tsxFileClose(record);
+}
+
+TEST_F(Open, TheAnnotationIsClosedUntilThatSucceeds) {
+  // The first close ends the recognition; the second to fourth fail.
+  toolkit().fail_at["gkf_Close"] = 2;
+  toolkit().fail_until["gkf_Close"] = 4;
+  EXPECT_EQ(open(nullptr), nullptr);
+  EXPECT_EQ(title, 0);
+  EXPECT_EQ(toolkit().calls["gkf_Close"], 5);
+  ASSERT_EQ(toolkit().printed.size(), 6U) << "three chains of two";
+  EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, "gkf_Close failed", 2}));
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+TEST_F(Open, AnUnformattedCounterPassesANullText) {
+  toolkit().fail_at["gks_Sprintf"] = 1;
+  EXPECT_EQ(open(nullptr), nullptr);
+  EXPECT_EQ(toolkit().debug, std::vector<std::string>{"(null)"});
+}
+
+// --- Closing -------------------------------------------------------------------------------------
+
+TEST_F(Open, ClosingNullDoesNothing) {
+  const int32_t before = s_tsxFileCloseCount;
+  EXPECT_EQ(tsxFileClose(nullptr), 0);
+  EXPECT_EQ(s_tsxFileCloseCount, before);
+  EXPECT_TRUE(toolkit().debug.empty());
+}
+
+TEST_F(Open, ClosingReleasesInAFixedOrder) {
+  bool deleted = false;
+  document->deleted = &deleted;
+  document->layers = 2;
+  TsxFile* record = open();
+  int32_t count = 0;
+  char** names = nullptr;
+  tsxFileLayerNamesGet(record, &count, &names);
+  toolkit().log.clear();
+  toolkit().debug.clear();
+  const int32_t before = s_tsxFileCloseCount;
+  EXPECT_EQ(tsxFileClose(record), 0);
+  EXPECT_EQ(s_tsxFileCloseCount, before + 1);
+  EXPECT_EQ(toolkit().debug,
+            std::vector<std::string>{"\n s_tsxFileCloseCount: " + std::to_string(before + 1) + " \n"});
+  EXPECT_EQ(toolkit().log, (std::vector<std::string>{"gkf_fclose", "gkf_fclose",
+                                                     "gks_StringListDelete", "gkf_Close"}));
+  EXPECT_TRUE(deleted);
+  for (int32_t i = 0; i < count; ++i) gkm_HeapFree(names[i]);
+  gkm_HeapFree(names);
+}
+
+TEST_F(Open, AFailingStepEndsTheReleaseInSilence) {
+  bool deleted = false;
+  document->deleted = &deleted;
+  document->layers = 2;
+  TsxFile* record = open();
+  toolkit().fail_at["gkf_fclose"] = 1;
+  toolkit().log.clear();
+  EXPECT_EQ(tsxFileClose(record), 0);
+  EXPECT_EQ(toolkit().log, std::vector<std::string>{"gkf_fclose"});
+  EXPECT_FALSE(deleted) << "what was not yet released stays";
+  EXPECT_TRUE(toolkit().printed.empty());
+  EXPECT_EQ(toolkit().live_reports, 1) << "the report is neither printed nor deleted";
+}
+
+TEST_F(Open, EachStepOfTheReleaseCanEndIt) {
+  struct Step {
+    const char* operation;
+    const char* variant;
+    std::size_t reports;
+  };
+  for (const Step& step : {Step{"gkl_LayerClose", "GEC", 2}, Step{"gks_StringListDelete", "SSC", 2},
+                           Step{"gkf_Close", "SSC", 2}}) {
+    reset_toolkit();
+    toolkit().files[path] = annotation;
+    toolkit().files["/products/one/IMAGEDATA/image0"] = "x";
+    auto* made = new FakeDocument;
+    made->variant = step.variant;
+    toolkit().document = made;
+    TsxFile* record = open();
+    int32_t count = 0;
+    char** names = nullptr;
+    tsxFileLayerNamesGet(record, &count, &names);
+    toolkit().fail_at[step.operation] = toolkit().calls[step.operation] + 1;
+    tsxFileClose(record);
+    EXPECT_EQ(toolkit().live_reports, static_cast<int>(step.reports)) << step.operation;
+    EXPECT_TRUE(toolkit().printed.empty()) << step.operation;
+  }
+  toolkit().document = nullptr;
+}
+
+TEST_F(Open, TheReleaseCallbackAcceptsNull) { EXPECT_EQ(tsx_ReleaseRecord(nullptr), 0); }
+
+TEST_F(Open, ARecordThatWasNeverRegisteredIsNotEnded) {
+  toolkit().document_error = lmx::error_malformed;
+  TsxFile* record = open();
+  toolkit().log.clear();
+  EXPECT_EQ(tsxFileClose(record), 0);
+  EXPECT_TRUE(toolkit().log.empty());
+}
+
+TEST_F(Open, UnpublishedDataAnswersAsForAProductWithoutIt) {
+  TsxFile* record = open();
+  int32_t count = 9;
+  char** names = const_cast<char**>(reinterpret_cast<char* const*>(&count));
+  EXPECT_EQ(tsxFileRasterFormatsNonStandardDataNamesGet(record, &count, &names), 0);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(names, nullptr);
+  int32_t size = 9;
+  EXPECT_EQ(tsxFileDataRead(record, "TSX_Beta0", nullptr, &size, nullptr, nullptr), 0);
+  EXPECT_EQ(size, 9);
+  TsxLayer layer{record, 0};
+  double x = 3;
+  EXPECT_EQ(tsxLayerMapInfoRead(&layer, nullptr, &x, nullptr, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(x, 3);
+  char* name = const_cast<char*>("old");
+  MifValue values[8] = {&x, &x, &x, &x, &x, &x, &x, &x};
+  EXPECT_EQ(tsxLayerMapProjectionRead(&layer, &name, &values[0], &values[1], &values[2], &values[3],
+                                      &values[4], &values[5], &values[6], &values[7]),
+            0);
+  EXPECT_EQ(name, nullptr);
+  for (MifValue value : values) EXPECT_EQ(value, nullptr);
+  tsxFileClose(record);
+}
+
+}  // namespace

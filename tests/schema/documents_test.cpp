@@ -1,0 +1,105 @@
+// Whole annotations of each version: read, write, read again; and what the other versions make of them.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "level1bProduct34/version34.h"
+#include "level1bProduct35/version35.h"
+#include "level1bProduct40/version40.h"
+
+namespace {
+
+std::string document(const std::string& kind, const std::string& version) {
+  const char* folder = std::getenv("TSX_DOCUMENTS");
+  return std::string(folder != nullptr ? folder : ".") + '/' + kind + '-' + version + ".xml";
+}
+
+struct Outcome {
+  int code;
+  std::string name;
+  bool operator==(const Outcome&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
+  return out << outcome.code << ' ' << outcome.name;
+}
+
+template <class Root>
+Outcome bind_to(const std::string& path) {
+  Root root;
+  lmx::c_xml_reader_file reader(path.c_str());
+  const int code = root.unmarshal(reader);
+  return {code, reader.diagnostic() != nullptr ? reader.diagnostic()->name : ""};
+}
+
+// Written text stands for the tree: equal texts are equal trees, since every member present is written.
+template <class Root>
+void expect_round_trip(const std::string& path) {
+  lmx::elmx_error error{};
+  const Root read(path.c_str(), &error);
+  ASSERT_EQ(error, 0) << path;
+  std::string first;
+  ASSERT_EQ(read.marshal(&first), 0);
+  const Root again(first, &error);
+  ASSERT_EQ(error, 0) << path;
+  std::string second;
+  ASSERT_EQ(again.marshal(&second), 0);
+  EXPECT_EQ(first, second) << path;
+  EXPECT_GT(first.size(), 20000U) << "a whole annotation";
+  const Root copy(read);
+  std::string copied;
+  ASSERT_EQ(copy.marshal(&copied), 0);
+  EXPECT_EQ(first, copied) << "a copy is the same tree, " << path;
+}
+
+TEST(Documents, SurviveReadingAndWriting) {
+  for (const char* kind : {"minimal", "maximal"}) {
+    expect_round_trip<version34::c_version34>(document(kind, "3.4"));
+    expect_round_trip<version35::c_version35>(document(kind, "3.5"));
+    expect_round_trip<version40::c_version40>(document(kind, "4.0"));
+  }
+}
+
+const Outcome accepted{0, ""};
+
+// What differs between the versions decides which documents of one another binds: 3.4 lacks userData
+// and its minimal documents lack what later ones require; 4.0 adds sceneRangeExtent.
+TEST(NinePairs, MinimalDocuments) {
+  EXPECT_EQ(bind_to<version34::c_version34>(document("minimal", "3.4")), accepted);
+  EXPECT_EQ(bind_to<version34::c_version34>(document("minimal", "3.5")), accepted);
+  EXPECT_EQ(bind_to<version34::c_version34>(document("minimal", "4.0")), accepted);
+  const Outcome lacks_generation_system{21, "generationSystem"};
+  EXPECT_EQ(bind_to<version35::c_version35>(document("minimal", "3.4")), lacks_generation_system);
+  EXPECT_EQ(bind_to<version35::c_version35>(document("minimal", "3.5")), accepted);
+  EXPECT_EQ(bind_to<version35::c_version35>(document("minimal", "4.0")), accepted);
+  EXPECT_EQ(bind_to<version40::c_version40>(document("minimal", "3.4")), lacks_generation_system);
+  EXPECT_EQ(bind_to<version40::c_version40>(document("minimal", "3.5")), accepted);
+  EXPECT_EQ(bind_to<version40::c_version40>(document("minimal", "4.0")), accepted);
+}
+
+TEST(NinePairs, MaximalDocuments) {
+  EXPECT_EQ(bind_to<version34::c_version34>(document("maximal", "3.4")), accepted);
+  // userData stands last in orderInfo, so what is left over there ends the read.
+  EXPECT_EQ(bind_to<version34::c_version34>(document("maximal", "3.5")), (Outcome{10, "orderInfo"}));
+  const Outcome range_extent_out_of_place{21, "sceneCenterCoord"};
+  EXPECT_EQ(bind_to<version34::c_version34>(document("maximal", "4.0")), range_extent_out_of_place);
+  EXPECT_EQ(bind_to<version35::c_version35>(document("maximal", "3.4")), accepted);
+  EXPECT_EQ(bind_to<version35::c_version35>(document("maximal", "3.5")), accepted);
+  EXPECT_EQ(bind_to<version35::c_version35>(document("maximal", "4.0")), range_extent_out_of_place);
+  EXPECT_EQ(bind_to<version40::c_version40>(document("maximal", "3.4")), accepted);
+  // acquisitionOrderID of 3.5 is not in 4.0's userData.
+  EXPECT_EQ(bind_to<version40::c_version40>(document("maximal", "3.5")), (Outcome{10, "userData"}));
+  EXPECT_EQ(bind_to<version40::c_version40>(document("maximal", "4.0")), accepted);
+}
+
+TEST(Documents, TheRootOfAnAnnotationIsChosenEight) {
+  lmx::elmx_error error{};
+  const version40::c_version40 root(document("minimal", "4.0").c_str(), &error);
+  EXPECT_EQ(error, 0);
+  EXPECT_EQ(root.getchosen(), 8);
+  EXPECT_TRUE(root.is_occurs_ok());
+}
+
+}  // namespace

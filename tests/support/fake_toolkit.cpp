@@ -1,0 +1,343 @@
+#include "support/fake_toolkit.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <ostream>
+#include <regex>
+#include <utility>
+
+#include "debug/debug_channel.h"
+#include "gridkit/instance.h"
+#include "gridkit/memory.h"
+#include "gridkit/preference.h"
+#include "gridkit/string_list.h"
+#include "gridkit/text.h"
+#include "handlepool/handlepool.h"
+#include "plugin/document.h"
+
+struct gke_Report {
+  PrintedReport content;
+  gke_Report* previous;
+};
+struct gkf_File {
+  std::string path;
+  std::size_t position = 0;
+};
+struct gkf_Stream {
+  std::string path;
+  std::size_t position = 0;
+  bool at_end = false;
+};
+struct gkl_Layer {
+  std::string name;
+};
+struct gki_Instance {};
+
+namespace {
+
+struct PoolEntry {
+  std::string name;
+  void* handle;
+  pool_ReleaseCallback release;
+};
+
+std::unique_ptr<FakeToolkit> current = std::make_unique<FakeToolkit>();
+std::vector<PoolEntry> pool;
+std::string pattern;
+gki_Instance instance;
+
+bool fails(const char* operation) {
+  FakeToolkit& t = toolkit();
+  const int number = ++t.calls[operation];
+  const auto at = t.fail_at.find(operation);
+  if (at == t.fail_at.end()) return false;
+  const auto until = t.fail_until.find(operation);
+  return number >= at->second && number <= (until == t.fail_until.end() ? at->second : until->second);
+}
+
+// Reports a failure of an operation when its turn has come.
+bool failed(const char* operation, gke_Report** err) {
+  if (!fails(operation)) return false;
+  if (err != nullptr) {
+    ++toolkit().live_reports;
+    *err = new gke_Report{{operation, "made to fail", 2}, *err};
+  }
+  return true;
+}
+
+void report(const char* operation, gke_Report** err, const char* message) {
+  if (err == nullptr) return;
+  ++toolkit().live_reports;
+  *err = new gke_Report{{operation, message, 2}, *err};
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const PrintedReport& r) {
+  return out << r.word << ": " << r.message << " (" << r.severity << ')';
+}
+
+std::vector<std::string> FakeToolkit::messages() const {
+  std::vector<std::string> texts;
+  for (const PrintedReport& r : printed) texts.push_back(r.message);
+  return texts;
+}
+
+FakeToolkit& toolkit() { return *current; }
+
+void reset_toolkit() {
+  current = std::make_unique<FakeToolkit>();
+  pool.clear();
+  pattern.clear();
+}
+
+// --- Memory and texts ---
+
+void* gkm_HeapMalloc(size_t size) {
+  if (fails("gkm_HeapMalloc")) return nullptr;
+  ++toolkit().live_blocks;
+  return std::malloc(size == 0 ? 1 : size);
+}
+void gkm_HeapFree(void* block) {
+  if (block != nullptr) --toolkit().live_blocks;
+  std::free(block);
+}
+void* gkm_MemDup(const void* source, size_t size) {
+  if (fails("gkm_MemDup")) return nullptr;
+  ++toolkit().live_blocks;
+  void* copy = std::malloc(size);
+  std::memcpy(copy, source, size);
+  return copy;
+}
+void gkm_MemCpy(void* target, const void* source, size_t bytes) {
+  if (bytes > 0) std::memcpy(target, source, bytes);
+}
+void gkm_MemSwab(void* buffer, size_t count, size_t) {
+  auto* bytes = static_cast<char*>(buffer);
+  for (size_t i = 0; i < count; ++i) std::swap(bytes[2 * i], bytes[2 * i + 1]);
+}
+char* gks_Duplicate(const char* text) {
+  if (fails("gks_Duplicate")) return nullptr;
+  ++toolkit().live_blocks;
+  return ::strdup(text);
+}
+char* gks_Sprintf(char* buffer, const char* format, gke_Report** err, ...) {
+  if (failed("gks_Sprintf", err)) return nullptr;
+  std::va_list arguments;
+  va_start(arguments, err);
+  char text[8192];
+  std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  ++toolkit().live_blocks;
+  return buffer != nullptr ? std::strcpy(buffer, text) : ::strdup(text);
+}
+const char* gks_SubString(const char* text, const char* sought) { return std::strstr(text, sought); }
+void gks_GetPathPart(const char* path, char* buffer, size_t size) {
+  const std::string text = path;
+  const std::string directory = text.substr(0, text.rfind('/') + 1);
+  std::snprintf(buffer, size, "%s", directory.c_str());
+}
+int32_t gkt_Text_strcmp(const char* a, const char* b) { return std::strcmp(a, b); }
+size_t gkt_Text_strlen(const char* text) { return std::strlen(text); }
+const char* gkt_Text_strrchr(const char* text, int32_t c) { return std::strrchr(text, c); }
+int32_t gkt_Text_atol(const char* text) { return static_cast<int32_t>(std::atol(text)); }
+int32_t gks_REComp(const char* text) {
+  pattern = text;
+  return 0;
+}
+int32_t gks_REExec(const char* text) { return std::regex_search(text, std::regex(pattern)) ? 1 : 0; }
+
+// --- Reports ---
+
+gke_Report* gke_CreateErrorReport(const char* word, int32_t, int32_t severity, gke_Report* previous,
+                                  const char* message, int32_t) {
+  ++toolkit().live_reports;
+  return new gke_Report{{word, message, severity}, previous};
+}
+void gke_PrintErrorReport(const gke_Report* chain, int32_t, int32_t) {
+  for (; chain != nullptr; chain = chain->previous) toolkit().printed.push_back(chain->content);
+}
+void gke_DeleteErrorReportEx(gke_Report** chain) {
+  while (*chain != nullptr) {
+    gke_Report* next = (*chain)->previous;
+    delete *chain;
+    --toolkit().live_reports;
+    *chain = next;
+  }
+}
+
+// --- Files and streams ---
+
+int32_t gkf_FileExists(const char* path, gke_Report**) {
+  return toolkit().files.contains(path) ? 1 : 0;
+}
+gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t) {
+  toolkit().modes.emplace_back(mode);
+  if (failed("gkf_Open", err)) return nullptr;
+  return new gkf_File{path};
+}
+void gkf_Close(gkf_File* file, gke_Report** err) {
+  toolkit().log.emplace_back("gkf_Close");
+  if (failed("gkf_Close", err)) return;
+  delete file;
+}
+void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err) {
+  if (failed("gkf_Fgets", err)) return;
+  const std::string& bytes = toolkit().files[file->path];
+  if (file->position >= bytes.size()) {
+    report("gkf_Fgets", err, "the end");
+    return;
+  }
+  const auto end = std::min(bytes.find('\n', file->position), bytes.size() - 1) + 1;
+  const auto count = std::min<std::size_t>(end - file->position, static_cast<std::size_t>(size - 1));
+  std::snprintf(buffer, count + 1, "%s", bytes.c_str() + file->position);
+  file->position += count;
+}
+gkf_Stream* gkf_fopen(const char* path, const char*) {
+  toolkit().log.push_back(std::string("gkf_fopen ") + path);
+  if (fails("gkf_fopen") || !toolkit().files.contains(path)) return nullptr;
+  return new gkf_Stream{path};
+}
+int32_t gkf_fclose(gkf_Stream* stream) {
+  toolkit().log.emplace_back("gkf_fclose");
+  if (fails("gkf_fclose") || stream == nullptr) return -1;
+  delete stream;
+  return 0;
+}
+int32_t gkf_fseeko(gkf_Stream* stream, int64_t offset, int32_t) {
+  toolkit().seeks.push_back(offset);
+  if (fails("gkf_fseeko") || stream == nullptr) return -1;
+  stream->position = static_cast<std::size_t>(offset);
+  stream->at_end = false;
+  return 0;
+}
+size_t gkf_fread(void* buffer, size_t size, size_t count, gkf_Stream* stream) {
+  const std::string& bytes = toolkit().files[stream->path];
+  const std::size_t left = bytes.size() - std::min(stream->position, bytes.size());
+  std::size_t items = std::min(count, left / size);
+  stream->at_end = items < count;
+  const auto most = toolkit().short_reads_of;
+  if (most >= 0 && toolkit().calls["gkf_fread"]++ > 0) {
+    items = std::min(items, static_cast<std::size_t>(most));
+    stream->at_end = false;
+  }
+  std::memcpy(buffer, bytes.data() + std::min(stream->position, bytes.size()), items * size);
+  stream->position += items * size;
+  return items;
+}
+int32_t gkf_feof(gkf_Stream* stream) { return stream->at_end ? 1 : 0; }
+
+// --- Lists and preferences ---
+
+gks_StringList* gks_StringListAppend(gks_StringList* list, const char* text, gke_Report** err) {
+  if (failed("gks_StringListAppend", err)) return list;
+  if (list == nullptr) list = new gks_StringList{0, nullptr};
+  list->strings = static_cast<char**>(
+      std::realloc(list->strings, (static_cast<size_t>(list->count) + 1) * sizeof(char*)));
+  if (list->count == 0) ++toolkit().live_blocks;  // the array
+  ++toolkit().live_blocks;
+  list->strings[list->count++] = ::strdup(text);
+  return list;
+}
+void gks_StringListDelete(gks_StringList* list, gke_Report** err) {
+  toolkit().log.emplace_back("gks_StringListDelete");
+  if (failed("gks_StringListDelete", err) || list == nullptr) return;
+  if (list->count > 0) --toolkit().live_blocks;
+  for (int32_t i = 0; i < list->count; ++i) gkm_HeapFree(list->strings[i]);
+  std::free(list->strings);
+  delete list;
+}
+double gkp_GetNumberPreference(const char* group, const char* name, double value, gke_Report** err) {
+  failed("gkp_GetNumberPreference", err);
+  const auto found = toolkit().preferences.find(std::string(group) + '.' + name);
+  return found == toolkit().preferences.end() ? value : found->second;
+}
+
+// --- Layers ---
+
+gki_Instance* gki_GetInit(gke_Report**) { return &instance; }
+gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance*, gke_Report** err) {
+  toolkit().log.push_back(std::string("gkl_LayerGetNames ") + path);
+  if (failed("gkl_LayerGetNames", err)) return nullptr;
+  return gks_StringListAppend(nullptr, path, nullptr);
+}
+gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance*, gke_Report** err, ...) {
+  std::va_list options;
+  va_start(options, err);
+  const int option = va_arg(options, int);
+  const int end = va_arg(options, int);
+  va_end(options);
+  toolkit().log.push_back("gkl_LayerOpen " + std::to_string(option) + ' ' + std::to_string(end));
+  if (failed("gkl_LayerOpen", err)) return nullptr;
+  return new gkl_Layer{name};
+}
+void gkl_LayerClose(gkl_Layer* layer, gke_Report** err) {
+  toolkit().log.emplace_back("gkl_LayerClose");
+  if (failed("gkl_LayerClose", err)) return;
+  delete layer;
+}
+gkl_PixelRect* gkl_PixelRectCreate(int32_t width, int32_t height, int32_t type, gke_Report** err) {
+  if (failed("gkl_PixelRectCreate", err)) return nullptr;
+  // Pixels 16 bytes apart and lines wider than needed: strides are to be used.
+  const int64_t row = 16 * int64_t{width} + 32;
+  void* data = std::calloc(static_cast<size_t>(height), static_cast<size_t>(row));
+  return new gkl_PixelRect{data, row, 16, width, height, type};
+}
+void gkl_PixelRectDelete(gkl_PixelRect* rect, gke_Report** err) {
+  std::free(rect->data);
+  delete rect;
+  failed("gkl_PixelRectDelete", err);
+}
+void gkl_LayerRead(gkl_Layer* layer, int32_t column, int32_t line, int32_t width, int32_t height,
+                   gkl_PixelRect* rect, gke_Report** err) {
+  toolkit().log.push_back("gkl_LayerRead " + std::to_string(column) + ' ' + std::to_string(line) + ' ' +
+                          std::to_string(width) + ' ' + std::to_string(height));
+  if (failed("gkl_LayerRead", err)) return;
+  if (layer == nullptr) return report("gkl_LayerRead", err, "no layer");
+  for (int32_t i = 0; i < width * height; ++i) {
+    const double value = toolkit().pixels[static_cast<size_t>(i) % toolkit().pixels.size()];
+    std::memcpy(static_cast<char*>(rect->data) + rect->rowStride * (i / width) +
+                    rect->columnStride * (i % width),
+                &value, sizeof value);
+  }
+}
+
+// --- Registry and debug channel ---
+
+void* pool_FindFileHandleIfOpen(const char* name, int32_t) {
+  for (const PoolEntry& entry : pool) {
+    if (entry.name == name) return entry.handle;
+  }
+  return nullptr;
+}
+int32_t pool_AddFileHandleToList(void* handle, const char* name, pool_ReleaseCallback release) {
+  pool.push_back({name, handle, release});
+  return 0;
+}
+void pool_RemoveFileHandleFromList(const char* name, int32_t) {
+  for (auto entry = pool.begin(); name != nullptr && entry != pool.end(); ++entry) {
+    if (entry->name != name) continue;
+    const PoolEntry removed = *entry;
+    pool.erase(entry);
+    removed.release(removed.handle);
+    return;
+  }
+}
+void OutputDebugStringA(const char* text) {
+  toolkit().debug.emplace_back(text == nullptr ? "(null)" : text);
+}
+int32_t DisableThreadLibraryCalls(void*) { return 1; }
+
+// --- The document ---
+
+level1bProductBase* tsx_ConstructDocument(std::int32_t versionIndex, const char*,
+                                          lmx::elmx_error* error) {
+  toolkit().constructed.push_back(versionIndex);
+  if (versionIndex > 5) return nullptr;
+  *error = toolkit().document_error;
+  return std::exchange(toolkit().document, nullptr);
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "binding/level1bProductBase.h"
+#include "gridkit/file.h"
+#include "gridkit/layer.h"
+#include "gridkit/report.h"
+#include "lmx/error.h"
+
+// A toolkit of the test's own, linked in place of the host's: files live in memory, every report is
+// kept, and the n-th call of any operation can be made to fail.
+
+struct PrintedReport {
+  std::string word;
+  std::string message;
+  std::int32_t severity;
+  bool operator==(const PrintedReport&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const PrintedReport& report);
+
+struct FakeToolkit {
+  std::map<std::string, std::string> files;      // path -> bytes
+  std::map<std::string, int> fail_at;            // operation -> number of the call that fails, from 1
+  std::map<std::string, int> fail_until;         // operation -> last number that fails
+  std::map<std::string, int> calls;              // operation -> calls so far
+  std::vector<std::string> log;                  // operations whose order matters
+  std::vector<PrintedReport> printed;            // newest of a chain first
+  std::vector<std::string> debug;                // texts of the debug channel, null as "(null)"
+  std::map<std::string, double> preferences;     // "group.name" -> value
+  std::vector<std::string> modes;                // handed to gkf_Open
+  std::vector<double> pixels;                    // what gkl_LayerRead fills rectangles with, repeated
+  std::int64_t short_reads_of = -1;              // items that every read gives at most, without an end
+  std::vector<std::int64_t> seeks;
+  int live_blocks = 0;                           // allocated and not freed
+  int live_reports = 0;
+
+  // The document that the plug-in's open constructs, and the error it is constructed with.
+  level1bProductBase* document = nullptr;
+  lmx::elmx_error document_error = lmx::error_none;
+  std::vector<std::int32_t> constructed;         // version indices asked for
+
+  // The messages of all printed reports.
+  std::vector<std::string> messages() const;
+};
+
+// The toolkit of the running test; reset() gives a new one.
+FakeToolkit& toolkit();
+void reset_toolkit();
