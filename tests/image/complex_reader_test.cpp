@@ -100,8 +100,8 @@ TEST_F(ComplexReader, DoesNotClipABlockAtTheRightEdge) {
   EXPECT_EQ(pixels[6], magnitude(2, 1)) << "and its first samples";
 }
 
-// Refused when 4((r + 4)(W + 2) + 2 + c) + 4W > 4HW, here (r + 4) x 62 + 62 + c > 12000: r = 188 passes
-// with c = 34 at most, r = 189 never.
+// Refused when 4((r + 4)(W + 2) + 2 + c) + 4W > 4HW, here (r + 4) x 62 + 62 + c > 12000: r = 188
+// passes with c = 34 at most, r = 189 never.
 TEST_F(ComplexReader, RefusesBlocksThatStartNearTheBottom) {
   file.blockWidth = file.blockHeight = 1;
   EXPECT_TRUE(read(188, 34));
@@ -112,8 +112,8 @@ TEST_F(ComplexReader, RefusesBlocksThatStartNearTheBottom) {
 }
 
 TEST_F(ComplexReader, ASumBeyond32BitsCountsAsOutside) {
-  // Start of line 0: 16 W + 40 = 4000000040; a line behind it, 5000000040, is 705032744 in 32 bits and
-  // would pass the limit of 4 H W = 4000000000.
+  // Start of line 0: 16 W + 40 = 4000000040; a line behind it, 5000000040, is 705032744 in 32 bits
+  // and would pass the limit of 4 H W = 4000000000.
   file.width = 250000000;
   file.height = 4;
   file.blockWidth = file.blockHeight = 1;
@@ -166,8 +166,8 @@ TEST_F(ComplexReader, AShortReadOnTheFirstLineCopiesNothingAndSucceeds) {
   EXPECT_TRUE(toolkit().printed.empty());
 }
 
-// The second line gives 5 items: width 5 and height 8 (the place in the planes) make 40 elements, of
-// which the first line's 8 were read.
+// The second line gives 5 items: width 5 and height 8 (the place in the planes) make 40 elements,
+// of which the first line's 8 were read.
 TEST_F(ComplexReader, AShortReadLaterConvertsItemsTimesPlace) {
   toolkit().short_reads_of = 5;
   EXPECT_TRUE(read(0, 0));
@@ -193,9 +193,8 @@ TEST_F(ComplexReader, ABlockWithoutLinesReadsNothing) {
 
 TEST_F(ComplexReader, WithoutMemoryItReportsAndLeavesTheBlock) {
   for (int call = 1; call <= 4; ++call) {
-    reset_toolkit();
-    toolkit().files["image"] = cosar();
-    toolkit().fail_at["gkm_HeapMalloc"] = call;
+    toolkit().printed.clear();
+    toolkit().fail_at["gkm_HeapMalloc"] = toolkit().calls["gkm_HeapMalloc"] + call;
     read(0, 0);
     EXPECT_EQ(toolkit().messages(), std::vector<std::string>{"No memory for block buffers"});
     EXPECT_EQ(toolkit().live_blocks, 0);

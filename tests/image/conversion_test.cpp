@@ -28,8 +28,8 @@ TEST(Magnitude, IsTheTruncatedModulus) {
   EXPECT_EQ(magnitude(-32768, 0), 32768);
 }
 
-// Squares and sum round to 24 bits: 4097 x 4097 = 16785409 becomes 16785408, and so on. The pixel is
-// that of the rounded sum, also where exact arithmetic gives another.
+// Squares and sum round to 24 bits: 4097 x 4097 = 16785409 becomes 16785408, and so on. The pixel
+// is that of the rounded sum, also where exact arithmetic gives another.
 TEST(Magnitude, RoundsSquaresAndSumToSinglePrecision) {
   int differing = 0;
   for (std::int32_t i = 30000; i < 30400; ++i) {

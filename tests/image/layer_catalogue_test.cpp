@@ -70,9 +70,9 @@ TEST_F(Layers, OnlyAVIsToldApart) {
   file.productVariant = variant_mgd;
   file.layerCount = 5;
   document.polarisations = {"HV", "VH", "RH", "", "V"};
-  EXPECT_EQ(names(), (std::vector<std::string>{"X_HV_MAGNITUDE_1", "X_VH_MAGNITUDE_2",
-                                               "X_HH_MAGNITUDE_3", "X_HH_MAGNITUDE_4",
-                                               "X_VH_MAGNITUDE_5"}));
+  EXPECT_EQ(names(),
+            (std::vector<std::string>{"X_HV_MAGNITUDE_1", "X_VH_MAGNITUDE_2", "X_HH_MAGNITUDE_3",
+                                      "X_HH_MAGNITUDE_4", "X_VH_MAGNITUDE_5"}));
 }
 
 TEST_F(Layers, OfAProductWithoutImagesAreNone) {
@@ -199,10 +199,10 @@ TEST_F(Layers, CountersPrintTheirTexts) {
   const int32_t closed = s_tsxLayerCloseCount;
   const Opened o = open("X_HH_MAGNITUDE_1");
   EXPECT_EQ(tsxLayerClose(o.layer), 0);
-  EXPECT_EQ(toolkit().debug,
-            (std::vector<std::string>{
-                "\n s_tsxLayerOpenCount: " + std::to_string(opened + 1) + " \n",
-                "\n s_tsxLayerCloseCount: " + std::to_string(closed + 1) + " \n"}));
+  EXPECT_EQ(
+      toolkit().debug,
+      (std::vector<std::string>{"\n s_tsxLayerOpenCount: " + std::to_string(opened + 1) + " \n",
+                                "\n s_tsxLayerCloseCount: " + std::to_string(closed + 1) + " \n"}));
 }
 
 }  // namespace

@@ -61,8 +61,7 @@ TEST_F(RasterRead, WithoutARectangleItFails) {
 TEST_F(RasterRead, AFailingReadLeavesTheBlockAndItsOwnBuffers) {
   toolkit().fail_at["gkl_LayerRead"] = 1;
   EXPECT_EQ(read(0, 0), -1);
-  EXPECT_EQ(toolkit().printed[0],
-            (PrintedReport{"tsxLayerRasterRead", "gkl_LayerRead failed", 2}));
+  EXPECT_EQ(toolkit().printed[0], (PrintedReport{"tsxLayerRasterRead", "gkl_LayerRead failed", 2}));
   EXPECT_EQ(pixels[0], 777);
   EXPECT_EQ(toolkit().live_blocks, 1) << "the staging buffer is lost on this road, as told";
 }

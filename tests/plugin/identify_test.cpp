@@ -12,8 +12,9 @@ namespace {
 // Seven lines of an annotation with its version text.
 std::string annotation(const std::string& version, const std::string& third = "Level 1B Product",
                        const std::string& fourth = "TSX-1") {
-  return "<level1Product>\n<generalHeader>\n<itemName>" + third + "</itemName>\n<mission>" + fourth +
-         "</mission>\n<source>\n<destination>\n<generationSystem version=\"" + version + "\">\n";
+  return "<level1Product>\n<generalHeader>\n<itemName>" + third + "</itemName>\n<mission>" +
+         fourth + "</mission>\n<source>\n<destination>\n<generationSystem version=\"" + version +
+         "\">\n";
 }
 
 class Identify : public testing::Test {

@@ -16,8 +16,7 @@ namespace {
 
 constexpr const char* word = "tsxFileTitleIdentifyAndOpen";
 const std::string path = "/products/one/a.xml";
-const std::string annotation =
-    "1\n2\nLevel 1B Product\nTSX-1\n5\n6\nversion=\"3.4\"\n";
+const std::string annotation = "1\n2\nLevel 1B Product\nTSX-1\n5\n6\nversion=\"3.4\"\n";
 
 class Open : public testing::Test {
  protected:
@@ -34,7 +33,15 @@ class Open : public testing::Test {
 
   TsxFile* open(const char* mode = "r") {
     title = 77;
-    return tsxFileTitleIdentifyAndOpen(path.c_str(), &title, mode);
+    TsxFile* record = tsxFileTitleIdentifyAndOpen(path.c_str(), &title, mode);
+    if (record != nullptr) kept_records().push_back(record);
+    return record;
+  }
+  // Records that an open leaves unfinished, and those whose release fails, are never ended. They
+  // stay reachable here, so that a leak checker sees only losses that are not meant.
+  static std::vector<TsxFile*>& kept_records() {
+    static auto& records = *new std::vector<TsxFile*>;  // outlives the leak check
+    return records;
   }
   bool registered(TsxFile* record) {
     return record != nullptr && pool_FindFileHandleIfOpen(path.c_str(), 0) == record;
@@ -182,14 +189,14 @@ TEST_F(Open, AFailingOpenOfTheAnnotationGivesNoRecord) {
 }
 
 // An unfinished record is handed out, the error printed, and the registry does not know it.
-#define EXPECT_UNFINISHED(record, message)                             \
-  do {                                                                 \
-    ASSERT_NE(record, nullptr);                                        \
-    EXPECT_FALSE(registered(record));                                  \
-    EXPECT_EQ(title, 0);                                               \
-    ASSERT_FALSE(toolkit().printed.empty());                           \
+#define EXPECT_UNFINISHED(record, message)                              \
+  do {                                                                  \
+    ASSERT_NE(record, nullptr);                                         \
+    EXPECT_FALSE(registered(record));                                   \
+    EXPECT_EQ(title, 0);                                                \
+    ASSERT_FALSE(toolkit().printed.empty());                            \
     EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, message, 2})); \
-    EXPECT_EQ(toolkit().live_reports, 0);                              \
+    EXPECT_EQ(toolkit().live_reports, 0);                               \
   } while (false)
 
 TEST_F(Open, WithoutAVersionTextTheSchemaIsWrong) {
@@ -233,6 +240,7 @@ TEST_F(Open, AFailingLayerOpenHasItsWords) {
 
 TEST_F(Open, MoreThanFourImagesAreRefusedBeforeAnyIsOpened) {
   for (const int layers : {5, 2147483647, -1}) {
+    delete toolkit().document;
     toolkit().document = document = new FakeDocument;
     document->layers = layers;
     toolkit().printed.clear();
@@ -311,8 +319,8 @@ TEST_F(Open, ClosingReleasesInAFixedOrder) {
   const int32_t before = s_tsxFileCloseCount;
   EXPECT_EQ(tsxFileClose(record), 0);
   EXPECT_EQ(s_tsxFileCloseCount, before + 1);
-  EXPECT_EQ(toolkit().debug,
-            std::vector<std::string>{"\n s_tsxFileCloseCount: " + std::to_string(before + 1) + " \n"});
+  EXPECT_EQ(toolkit().debug, std::vector<std::string>{
+                                 "\n s_tsxFileCloseCount: " + std::to_string(before + 1) + " \n"});
   EXPECT_EQ(toolkit().log, (std::vector<std::string>{"gkf_fclose", "gkf_fclose",
                                                      "gks_StringListDelete", "gkf_Close"}));
   EXPECT_TRUE(deleted);
@@ -342,6 +350,7 @@ TEST_F(Open, EachStepOfTheReleaseCanEndIt) {
   };
   for (const Step& step : {Step{"gkl_LayerClose", "GEC", 2}, Step{"gks_StringListDelete", "SSC", 2},
                            Step{"gkf_Close", "SSC", 2}}) {
+    delete toolkit().document;
     reset_toolkit();
     toolkit().files[path] = annotation;
     toolkit().files["/products/one/IMAGEDATA/image0"] = "x";
@@ -360,7 +369,9 @@ TEST_F(Open, EachStepOfTheReleaseCanEndIt) {
   toolkit().document = nullptr;
 }
 
-TEST_F(Open, TheReleaseCallbackAcceptsNull) { EXPECT_EQ(tsx_ReleaseRecord(nullptr), 0); }
+TEST_F(Open, TheReleaseCallbackAcceptsNull) {
+  EXPECT_EQ(tsx_ReleaseRecord(nullptr), 0);
+}
 
 TEST_F(Open, ARecordThatWasNeverRegisteredIsNotEnded) {
   toolkit().document_error = lmx::error_malformed;

@@ -1,4 +1,5 @@
-// Whole annotations of each version: read, write, read again; and what the other versions make of them.
+// Whole annotations of each version: read, write, read again; and what the other versions make of
+// them.
 
 #include <gtest/gtest.h>
 
@@ -34,7 +35,8 @@ Outcome bind_to(const std::string& path) {
   return {code, reader.diagnostic() != nullptr ? reader.diagnostic()->name : ""};
 }
 
-// Written text stands for the tree: equal texts are equal trees, since every member present is written.
+// Written text stands for the tree: equal texts are equal trees, since every member present is
+// written.
 template <class Root>
 void expect_round_trip(const std::string& path) {
   lmx::elmx_error error{};
@@ -64,8 +66,8 @@ TEST(Documents, SurviveReadingAndWriting) {
 
 const Outcome accepted{0, ""};
 
-// What differs between the versions decides which documents of one another binds: 3.4 lacks userData
-// and its minimal documents lack what later ones require; 4.0 adds sceneRangeExtent.
+// What differs between the versions decides which documents of one another binds: 3.4 lacks
+// userData and its minimal documents lack what later ones require; 4.0 adds sceneRangeExtent.
 TEST(NinePairs, MinimalDocuments) {
   EXPECT_EQ(bind_to<version34::c_version34>(document("minimal", "3.4")), accepted);
   EXPECT_EQ(bind_to<version34::c_version34>(document("minimal", "3.5")), accepted);
@@ -82,7 +84,8 @@ TEST(NinePairs, MinimalDocuments) {
 TEST(NinePairs, MaximalDocuments) {
   EXPECT_EQ(bind_to<version34::c_version34>(document("maximal", "3.4")), accepted);
   // userData stands last in orderInfo, so what is left over there ends the read.
-  EXPECT_EQ(bind_to<version34::c_version34>(document("maximal", "3.5")), (Outcome{10, "orderInfo"}));
+  EXPECT_EQ(bind_to<version34::c_version34>(document("maximal", "3.5")),
+            (Outcome{10, "orderInfo"}));
   const Outcome range_extent_out_of_place{21, "sceneCenterCoord"};
   EXPECT_EQ(bind_to<version34::c_version34>(document("maximal", "4.0")), range_extent_out_of_place);
   EXPECT_EQ(bind_to<version35::c_version35>(document("maximal", "3.4")), accepted);

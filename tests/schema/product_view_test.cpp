@@ -17,7 +17,8 @@ class View : public testing::Test {
   level1bProductBase& view = root;
 };
 
-using Roots = testing::Types<version34::c_version34, version35::c_version35, version40::c_version40>;
+using Roots =
+    testing::Types<version34::c_version34, version35::c_version35, version40::c_version40>;
 TYPED_TEST_SUITE(View, Roots);
 
 TYPED_TEST(View, ReadsDefaultsFromAnEmptyDocumentAndChoosesTheProduct) {

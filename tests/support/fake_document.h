@@ -5,8 +5,8 @@
 
 #include "binding/level1bProductBase.h"
 
-// A product view with settable values, in place of a bound annotation. What a test does not set is 0 or
-// empty.
+// A product view with settable values, in place of a bound annotation. What a test does not set is
+// 0 or empty.
 struct FakeDocument : level1bProductBase {
   std::string variant = "SSC";
   std::string format = "COSAR";

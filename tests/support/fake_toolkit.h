@@ -23,25 +23,25 @@ struct PrintedReport {
 std::ostream& operator<<(std::ostream& out, const PrintedReport& report);
 
 struct FakeToolkit {
-  std::map<std::string, std::string> files;      // path -> bytes
-  std::map<std::string, int> fail_at;            // operation -> number of the call that fails, from 1
-  std::map<std::string, int> fail_until;         // operation -> last number that fails
-  std::map<std::string, int> calls;              // operation -> calls so far
-  std::vector<std::string> log;                  // operations whose order matters
-  std::vector<PrintedReport> printed;            // newest of a chain first
-  std::vector<std::string> debug;                // texts of the debug channel, null as "(null)"
-  std::map<std::string, double> preferences;     // "group.name" -> value
-  std::vector<std::string> modes;                // handed to gkf_Open
-  std::vector<double> pixels;                    // what gkl_LayerRead fills rectangles with, repeated
-  std::int64_t short_reads_of = -1;              // items that every read gives at most, without an end
+  std::map<std::string, std::string> files;   // path -> bytes
+  std::map<std::string, int> fail_at;         // operation -> number of the call that fails, from 1
+  std::map<std::string, int> fail_until;      // operation -> last number that fails
+  std::map<std::string, int> calls;           // operation -> calls so far
+  std::vector<std::string> log;               // operations whose order matters
+  std::vector<PrintedReport> printed;         // newest of a chain first
+  std::vector<std::string> debug;             // texts of the debug channel, null as "(null)"
+  std::map<std::string, double> preferences;  // "group.name" -> value
+  std::vector<std::string> modes;             // handed to gkf_Open
+  std::vector<double> pixels;                 // what gkl_LayerRead fills rectangles with, repeated
+  std::int64_t short_reads_of = -1;           // items that every read gives at most, without an end
   std::vector<std::int64_t> seeks;
-  int live_blocks = 0;                           // allocated and not freed
+  int live_blocks = 0;  // allocated and not freed
   int live_reports = 0;
 
   // The document that the plug-in's open constructs, and the error it is constructed with.
   level1bProductBase* document = nullptr;
   lmx::elmx_error document_error = lmx::error_none;
-  std::vector<std::int32_t> constructed;         // version indices asked for
+  std::vector<std::int32_t> constructed;  // version indices asked for
 
   // The messages of all printed reports.
   std::vector<std::string> messages() const;

@@ -1,5 +1,7 @@
 #include "tools/annotation/check.h"
 
+#include <filesystem>
+
 #include "tools/annotation/annotation_file.h"
 
 std::string CheckResult::text() const {
@@ -29,4 +31,19 @@ CheckResult check_annotation(const std::string& path, const std::optional<std::s
     result.message = "valid";
   }
   return result;
+}
+
+std::vector<std::string> missing_images(const std::string& path, const std::string& schema) {
+  std::vector<std::string> missing;
+  with_root(schema, [&](auto& root) {
+    root.unmarshal(path.c_str());
+    const auto folder = std::filesystem::path(path).parent_path();
+    const auto images = root.get_level1Product().get_productComponents().size_imageData();
+    for (std::uint32_t i = 0; i < images; ++i) {
+      const auto image = folder / root.imageDataPath(i) / root.imageDataFilename(i);
+      std::error_code failed;
+      if (!std::filesystem::exists(image, failed)) missing.push_back(image.string());
+    }
+  });
+  return missing;
 }

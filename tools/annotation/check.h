@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 // The result of binding an annotation strictly.
 struct CheckResult {
@@ -23,3 +24,6 @@ struct CheckResult {
 // Binds the file to the classes of `schema`, or of the schema that its version line asks for.
 CheckResult check_annotation(const std::string& path,
                              const std::optional<std::string>& schema = {});
+
+// The image files that a valid annotation names and that are not there.
+std::vector<std::string> missing_images(const std::string& path, const std::string& schema);

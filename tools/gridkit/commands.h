@@ -21,6 +21,7 @@ struct ReadRequest {
   std::string output;                // GeoTIFF, or PNG where the name ends in .png
   std::string format;                // "", "GTiff" or "PNG"
   std::vector<std::int32_t> window;  // column, line, width, height; empty: the whole layer
+  bool stretch = false;              // 8 bits for the eye instead of the pixels' own values
   bool quiet = false;
 };
 

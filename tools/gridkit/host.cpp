@@ -17,10 +17,15 @@ void load_preferences(const std::string& path) {
   throw gridkit::Error(message);
 }
 
-// Why a plug-in refused a file, with the place in the annotation where that is the reason.
+// Why a plug-in refused a file: the place in the annotation, or the image files that it misses.
 std::string explain(const std::string& path, const char* refusal) {
   const CheckResult check = check_annotation(path);
-  return check.error == 0 ? refusal : std::string(refusal) + "\n  " + check.text();
+  std::string text = refusal;
+  if (check.error != 0) return text + "\n  " + check.text();
+  for (const std::string& image : missing_images(path, check.schema)) {
+    text += "\n  " + image + ": no such image file";
+  }
+  return text;
 }
 
 }  // namespace

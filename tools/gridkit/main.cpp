@@ -41,6 +41,7 @@ int run(int argc, char** argv) {
   read->add_option("-f,--format", request.format, "Format; without it by the output's ending")
       ->check(CLI::IsMember(std::vector<std::string>{"GTiff", "PNG"}));
   read->add_option("--window", request.window, "Column, line, width and height")->expected(4);
+  read->add_flag("--stretch", request.stretch, "8 bits for the eye, not the pixels' own values");
   read->add_flag("-q,--quiet", request.quiet, "No progress bar");
   auto* raw_flag = read->add_flag("--raw", raw, "One block's pixels to standard output");
   auto* block_option =

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "gridkit/image_reader.h"
@@ -67,6 +68,37 @@ std::string lines_as_text(const std::vector<gridkit::LineRange>& ranges) {
   return text;
 }
 
+// Pixels for the eye, 8 bits: phases over a full turn, magnitudes from 0 to three times their mean.
+class Stretch {
+ public:
+  Stretch(const gridkit::Product& product, const std::string& layer, const gridkit::Window& window,
+          bool is_phase)
+      : is_phase_(is_phase) {
+    if (is_phase) return;
+    double sum = 0;
+    gridkit::read_window(product, layer, window,
+                         [&](std::span<const std::uint16_t> pixels, std::int32_t) {
+                           for (const std::uint16_t pixel : pixels) sum += pixel;
+                         });
+    const double mean = sum / window.width / window.height;
+    if (mean > 0) gain_ = 255 / (3 * mean);
+  }
+
+  std::span<const std::byte> operator()(std::span<const std::uint16_t> pixels) {
+    bytes_.resize(pixels.size());
+    std::transform(pixels.begin(), pixels.end(), bytes_.begin(), [&](std::uint16_t pixel) {
+      if (is_phase_) return static_cast<std::byte>((pixel ^ 0x8000U) >> 8U);
+      return static_cast<std::byte>(std::min(255.0, pixel * gain_));
+    });
+    return bytes_;
+  }
+
+ private:
+  bool is_phase_;
+  double gain_ = 0;
+  std::vector<std::byte> bytes_;
+};
+
 std::string metadata_as_text(std::int32_t column, std::int32_t line) {
   return std::to_string(column) + ' ' + std::to_string(line);
 }
@@ -83,6 +115,11 @@ int read_image(const Host& host, const ReadRequest& request) {
     options.type =
         layer.pixel_type() == "s16" ? gridkit::SampleType::s16 : gridkit::SampleType::u16;
   }
+  std::optional<Stretch> stretch;
+  if (request.stretch) {
+    stretch.emplace(product, request.layer, window, options.type == gridkit::SampleType::s16);
+    options.type = gridkit::SampleType::u8;
+  }
   std::unique_ptr<gridkit::RasterWriter> writer;
   Progress progress(std::max(window.height, 1), request.quiet);
   const auto write = [&](std::span<const std::uint16_t> pixels, std::int32_t lines) {
@@ -90,7 +127,7 @@ int read_image(const Host& host, const ReadRequest& request) {
       const auto create = wants_png(request) ? gridkit::create_png : gridkit::create_geotiff;
       writer = create(request.output, window.width, window.height, options);
     }
-    writer->write_lines(std::as_bytes(pixels), lines);
+    writer->write_lines(stretch ? (*stretch)(pixels) : std::as_bytes(pixels), lines);
     progress.advance(lines);
   };
   const auto missing = gridkit::read_window(product, request.layer, window, write);

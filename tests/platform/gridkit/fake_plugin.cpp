@@ -1,8 +1,9 @@
-// A format plug-in for the host's tests. A file named *.fake is its own; what else stands in the name
-// chooses how it behaves: "late" hands out an unfinished record, "early" none with a report, "throw"
-// throws. Images are 10 wide and H high, H being the number behind "h" in the name; pixel = line number
-// + 1. Blocks that start at or behind line H - 7 are refused, and those that reach past the last line or,
-// with the last line, past the right edge.
+// A format plug-in for the host's tests. A file named *.fake is its own; what else stands in the
+// name chooses how it behaves: "late" hands out an unfinished record, "early" none with a report,
+// "throw" throws. Images are 10 wide and H high, H being the number behind "h" in the name; pixel =
+// line number
+// + 1. Blocks that start at or behind line H - 7 are refused, and those that reach past the last
+// line or, with the last line, past the right edge.
 
 #include <cstdint>
 #include <cstdlib>
@@ -44,7 +45,9 @@ int32_t one_text(char*** list, const char* text) {
   return 0;
 }
 
-bool has(const std::string& path, const char* part) { return path.find(part) != std::string::npos; }
+bool has(const std::string& path, const char* part) {
+  return path.find(part) != std::string::npos;
+}
 
 void report(const char* message) {
   gke_Report* made = gke_CreateErrorReport("fake", 1, 2, nullptr, message, 0);
@@ -54,7 +57,9 @@ void report(const char* message) {
 
 }  // namespace
 
-FAKE_EXPORT int32_t fakeCloses() { return closes; }
+FAKE_EXPORT int32_t fakeCloses() {
+  return closes;
+}
 
 FAKE_EXPORT int32_t fakeInstanceDescriptionGet(char** text) {
   *text = gks_Duplicate("made for tests");
@@ -68,8 +73,12 @@ FAKE_EXPORT int32_t fakeInstanceTemplateListGet(char*** list, unsigned char** fl
   *flags = static_cast<unsigned char*>(gkm_HeapMalloc(1));
   return one_text(list, "*.fake");
 }
-FAKE_EXPORT int32_t fakeInstanceExtListGet(char*** list) { return one_text(list, ".fake"); }
-FAKE_EXPORT int32_t fakeInstanceShortNameListGet(char*** list) { return one_text(list, "fake"); }
+FAKE_EXPORT int32_t fakeInstanceExtListGet(char*** list) {
+  return one_text(list, ".fake");
+}
+FAKE_EXPORT int32_t fakeInstanceShortNameListGet(char*** list) {
+  return one_text(list, "fake");
+}
 FAKE_EXPORT int32_t fakeInstancePixelTypesGet(int32_t* count, char*** list) {
   *count = 1;
   return one_text(list, "u16");
@@ -82,7 +91,8 @@ FAKE_EXPORT int32_t fakeInstanceMapProjectionIsSupported(void*, const char*, voi
                                                          void*, void*, void*, void*, void*) {
   return 0;
 }
-FAKE_EXPORT Record* fakeFileTitleIdentifyAndOpen(const char* file, int32_t* title, const char* mode) {
+FAKE_EXPORT Record* fakeFileTitleIdentifyAndOpen(const char* file, int32_t* title,
+                                                 const char* mode) {
   const std::string path = file;
   *title = path.ends_with(".fake") ? 0 : -1;
   if (*title < 0 || mode == nullptr) return nullptr;
@@ -103,7 +113,9 @@ FAKE_EXPORT int32_t fakeFileClose(Record* record) {
   pool_RemoveFileHandleFromList(record->path.c_str(), 0);
   return 0;
 }
-FAKE_EXPORT int32_t fakeFileDataModTimeGet(Record*, const char*, int64_t*) { return 0; }
+FAKE_EXPORT int32_t fakeFileDataModTimeGet(Record*, const char*, int64_t*) {
+  return 0;
+}
 FAKE_EXPORT int32_t fakeFileLayerNamesGet(Record* record, int32_t* count, char*** names) {
   if (has(record->path, "nolayers")) {
     report("cannot list");

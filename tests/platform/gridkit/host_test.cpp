@@ -158,8 +158,8 @@ class WholeImage : public Host, public testing::WithParamInterface<int> {
   }
 };
 
-// With a height that has a divisor of 7 to 10, one block size ends with the image and starts above the
-// refused lines. With 10, or 5 samples a block, its columns end with the image too.
+// With a height that has a divisor of 7 to 10, one block size ends with the image and starts above
+// the refused lines. With 10, or 5 samples a block, its columns end with the image too.
 TEST_P(WholeImage, LosesNoLineThatTheFormatCanDeliver) {
   const int height = GetParam();
   const Image image = read(height, {0, 0, 10, height});
@@ -205,8 +205,11 @@ TEST_F(WholeImage, WindowsAreCropped) {
 }
 
 TEST_F(WholeImage, WindowsOutsideAreRefused) {
-  for (const gridkit::Window window :
-       {gridkit::Window{-1, 0, 5, 5}, {6, 0, 5, 5}, {0, 36, 5, 5}, {0, 0, 0, 5}, {0, 0, 5, 2147483647}}) {
+  for (const gridkit::Window window : {gridkit::Window{-1, 0, 5, 5},
+                                       {6, 0, 5, 5},
+                                       {0, 36, 5, 5},
+                                       {0, 0, 0, 5},
+                                       {0, 0, 5, 2147483647}}) {
     EXPECT_THROW(read(40, window), Error);
   }
 }

@@ -25,7 +25,8 @@ class Layers : public testing::Test {
     path = folder / "image.tif";
     const auto writer = gridkit::create_geotiff(path, width, height, {});
     std::vector<std::uint16_t> pixels;
-    for (std::uint16_t i = 0; i < width * height; ++i) pixels.push_back(static_cast<std::uint16_t>(i + 1));
+    for (std::uint16_t i = 0; i < width * height; ++i)
+      pixels.push_back(static_cast<std::uint16_t>(i + 1));
     writer->write_lines(std::as_bytes(std::span<const std::uint16_t>(pixels)), height);
     writer->finish();
   }
@@ -76,7 +77,8 @@ TEST_F(Layers, GiveWindowsWithZerosOutside) {
         const bool inside = x + c >= 0 && x + c < width && y + r >= 0 && y + r < height;
         const double expected = inside ? (y + r) * width + x + c + 1 : 0;
         double value = -1;
-        std::memcpy(&value, static_cast<char*>(rect->data) + rect->rowStride * r + rect->columnStride * c,
+        std::memcpy(&value,
+                    static_cast<char*>(rect->data) + rect->rowStride * r + rect->columnStride * c,
                     sizeof value);
         EXPECT_EQ(value, expected) << x << ' ' << y << ' ' << r << ' ' << c;
       }
@@ -88,11 +90,13 @@ TEST_F(Layers, GiveWindowsWithZerosOutside) {
 
 TEST_F(Layers, AnswerNullHandlesWithAReport) {
   gkl_PixelRect* rect = gkl_PixelRectCreate(1, 1, gkl_PixelF64, nullptr);
-  EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(nullptr, 0, 0, 1, 1, rect, err); }), "no layer");
+  EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(nullptr, 0, 0, 1, 1, rect, err); }),
+            "no layer");
   gkl_PixelRectDelete(rect, nullptr);
   EXPECT_NE(report_of([](auto* err) { gkl_LayerClose(nullptr, err); }), "");
   EXPECT_NE(report_of([](auto* err) { gkl_PixelRectDelete(nullptr, err); }), "");
-  EXPECT_NE(report_of([](auto* err) { gkl_LayerOpen(nullptr, gki_GetInit(nullptr), err, 25, 0); }), "");
+  EXPECT_NE(report_of([](auto* err) { gkl_LayerOpen(nullptr, gki_GetInit(nullptr), err, 25, 0); }),
+            "");
 }
 
 TEST_F(Layers, RefuseWhatIsNoGeoTiffInsideTheReport) {
@@ -105,8 +109,8 @@ TEST_F(Layers, RefuseWhatIsNoGeoTiffInsideTheReport) {
   png->finish();
   testing::internal::CaptureStderr();
   for (const std::string& file : {text, picture, std::string("/nonexistent.tif")}) {
-    const std::string message = report_of(
-        [&](auto* err) { gkl_LayerGetNames(file.c_str(), gki_GetInit(nullptr), err); });
+    const std::string message =
+        report_of([&](auto* err) { gkl_LayerGetNames(file.c_str(), gki_GetInit(nullptr), err); });
     EXPECT_TRUE(message.starts_with(file)) << message;
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "nothing is printed past the report";
@@ -117,7 +121,8 @@ TEST_F(Layers, ATruncatedFileFailsWhenItIsRead) {
   gkl_Layer* layer = open(path);
   if (layer == nullptr) return;  // refused at once is as good
   gkl_PixelRect* rect = gkl_PixelRectCreate(width, height, gkl_PixelU16, nullptr);
-  EXPECT_NE(report_of([&](auto* err) { gkl_LayerRead(layer, 0, 0, width, height, rect, err); }), "");
+  EXPECT_NE(report_of([&](auto* err) { gkl_LayerRead(layer, 0, 0, width, height, rect, err); }),
+            "");
   gkl_PixelRectDelete(rect, nullptr);
   gkl_LayerClose(layer, nullptr);
 }

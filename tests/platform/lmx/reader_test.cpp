@@ -55,8 +55,7 @@ struct Value {
   elmx_error error;
 };
 
-Value simple_value(const std::string& document,
-                   elmx_whitespace whitespace = whitespace_preserve) {
+Value simple_value(const std::string& document, elmx_whitespace whitespace = whitespace_preserve) {
   c_xml_reader_memory reader(document.data(), document.size());
   enter(reader);
   Value value{};
@@ -214,7 +213,8 @@ TEST(InnerMarkup, NeedsAUtf8Document) {
 }
 
 TEST(Encodings, BecomeUtf8) {
-  EXPECT_EQ(simple_value("<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>").text, "\xC3\xA4");
+  EXPECT_EQ(simple_value("<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>").text,
+            "\xC3\xA4");
   const char utf16[] = "\xFF\xFE<\0a\0>\0x\0<\0/\0a\0>\0";
   EXPECT_EQ(simple_value(std::string(utf16, sizeof utf16 - 1)).text, "x");
 }
@@ -306,8 +306,8 @@ TEST(StringStack, KeepsANameWhereItIs) {
 }
 
 TEST(Meaning, EveryCodeOfTheTableHasWords) {
-  for (const int code : {0,  1,  3,  7,  10, 16, 19, 21, 25, 26,  28,  29,  31,  32,  35,
-                         36, 37, 38, 39, 42, 45, 100, 101, 102, 103, 104, 105, 106}) {
+  for (const int code : {0,  1,  3,  7,  10, 16, 19, 21,  25,  26,  28,  29,  31,  32,
+                         35, 36, 37, 38, 39, 42, 45, 100, 101, 102, 103, 104, 105, 106}) {
     EXPECT_STRNE(meaning(elmx_error(code)), "unknown fault") << code;
   }
   EXPECT_STREQ(meaning(elmx_error(999)), "unknown fault");

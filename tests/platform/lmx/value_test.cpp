@@ -117,8 +117,7 @@ TEST(Writing, GivesNumbersThatReadBackToTheBit) {
 }
 
 TEST(Writing, EscapesMarkupAndLineBreaks) {
-  EXPECT_EQ(written(std::string("a<b>&\"c\"\r\n\t")),
-            "a&lt;b&gt;&amp;&quot;c&quot;&#13;&#10;&#9;");
+  EXPECT_EQ(written(std::string("a<b>&\"c\"\r\n\t")), "a&lt;b&gt;&amp;&quot;c&quot;&#13;&#10;&#9;");
 }
 
 TEST(Collapse, StripsEndsAndReducesRuns) {
@@ -153,8 +152,8 @@ TEST(DateTime, TakesTheLexicalForms) {
 TEST(DateTime, RefusesWhatIsNoTime) {
   for (const char* text :
        {"", "2008-03-10", "2008-03-10 13:32:20", "2007-02-29T00:00:00", "1900-02-29T00:00:00",
-        "2008-13-01T00:00:00", "2008-04-31T00:00:00", "2008-03-10T24:00:01",
-        "2008-03-10T13:60:00", "2008-03-10T13:32:60", "2008-03-10T13:32:20.", "208-03-10T13:32:20",
+        "2008-13-01T00:00:00", "2008-04-31T00:00:00", "2008-03-10T24:00:01", "2008-03-10T13:60:00",
+        "2008-03-10T13:32:60", "2008-03-10T13:32:20.", "208-03-10T13:32:20",
         "2008-03-10T13:32:20+15:00", "2008-03-10T13:32:20z", "0000-01-01T00:00:00",
         "02008-01-01T00:00:00", "2008-03-10T13:32:20 "}) {
     EXPECT_FALSE(c_datetime::is_valid(text)) << text;

@@ -1,0 +1,294 @@
+"""The three programs from the outside: what they print, what they leave and how they exit.
+
+    commands_test.py BUILD FOLDER
+"""
+import json
+import math
+import os
+import shutil
+import struct
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+BUILD, FOLDER = Path(sys.argv[1]), Path(sys.argv[2])
+GRIDKIT, ANNOTATION, SIMULATE = (BUILD / "bin" / n for n in
+                                 ("gridkit", "tsx-annotation", "tsx-simulate"))
+LINES, SAMPLES = 300, 260
+
+
+def run(*command, status=0):
+    done = subprocess.run([str(c) for c in command], capture_output=True)
+    if done.returncode != status:
+        raise AssertionError(f"{command} gave {done.returncode}: {done.stderr.decode()}")
+    return done
+
+
+def text(*command, status=0):
+    return run(*command, status=status).stdout.decode()
+
+
+def complaint(*command, status=1):
+    done = run(*command, status=status)
+    assert done.stdout == b"", done.stdout
+    return done.stderr.decode()
+
+
+def simulate(name, *options, lines=LINES, samples=SAMPLES):
+    folder = FOLDER / name
+    shutil.rmtree(folder, ignore_errors=True)
+    printed = text(SIMULATE, folder, "--lines", lines, "--samples", samples, *options)
+    return Path(printed.strip())
+
+
+def cosar_sample(annotation, line, sample):
+    image = sorted((annotation.parent / "IMAGEDATA").glob("*.cos"))[0]
+    offset = 4 * ((line + 4) * (SAMPLES + 2) + 2 + sample)
+    return struct.unpack(">hh", image.read_bytes()[offset:offset + 4])
+
+
+def single(value):
+    return struct.unpack("f", struct.pack("f", value))[0]
+
+
+def magnitude(i, q):
+    return int(single(math.sqrt(single(single(i * i) + single(q * q)))))
+
+
+def phase(i, q):
+    return 0 if i == 0 or q == 0 else int(single(math.atan2(q, i)) * 10430.3783505)
+
+
+class Formats(unittest.TestCase):
+    def test_lists_the_format(self):
+        self.assertEqual("TerraSAR-X  TSX1*.xml  Raster DLL for TerraSAR-X Radar Sensor, "
+                         "launched: June 15, 2007\n", text(GRIDKIT, "formats"))
+
+    def test_a_folder_without_plugins_is_refused(self):
+        FOLDER.mkdir(parents=True, exist_ok=True)
+        self.assertIn("no format plug-in in", complaint(GRIDKIT, "--plugins", FOLDER, "formats"))
+
+
+class WrongUse(unittest.TestCase):
+    def test_exits_with_two(self):
+        for command in ([GRIDKIT], [GRIDKIT, "nonsense"], [GRIDKIT, "info"], [ANNOTATION, "check"],
+                        [ANNOTATION, "check", "x", "--schema", "3.6"], [SIMULATE],
+                        [SIMULATE, FOLDER, "--variant", "XXX"],
+                        [GRIDKIT, "read", "a", "b"], [GRIDKIT, "read", "a", "b", "--raw"],
+                        [GRIDKIT, "read", "a", "b", "c", "--block", "1", "2"]):
+            run(*command, status=2)
+
+    def test_help_is_no_failure(self):
+        for program in (GRIDKIT, ANNOTATION, SIMULATE):
+            self.assertIn("Usage", text(program, "--help"))
+
+
+class Complex(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.product = simulate("ssc", "--polarisations", "HH,VV", "--version-text", "3.4")
+
+    def test_info_as_json(self):
+        info = json.loads(text(GRIDKIT, "info", "--json", self.product))
+        self.assertEqual("TerraSAR-X", info["format"])
+        self.assertEqual(str(self.product), info["file"])
+        self.assertEqual(["X_HH_MAGNITUDE_1", "X_HH_PHASE_2", "X_VV_MAGNITUDE_3", "X_VV_PHASE_4"],
+                         [layer["name"] for layer in info["layers"]])
+        self.assertEqual({"name": "X_HH_PHASE_2", "pixelType": "s16", "layerType": "athematic",
+                          "width": SAMPLES, "height": LINES, "blockWidth": 64, "blockHeight": 64,
+                          "mapInfo": None}, info["layers"][1])
+
+    def test_a_raw_block_holds_the_formulas_pixels(self):
+        for layer, formula, code in (("X_HH_MAGNITUDE_1", magnitude, "H"), ("X_HH_PHASE_2", phase, "h")):
+            block = run(GRIDKIT, "read", "--raw", self.product, layer, "--block", 2, 1).stdout
+            pixels = struct.unpack(f"={64 * 64}{code}", block)
+            for line, sample in ((0, 0), (5, 63), (63, 17)):
+                i, q = cosar_sample(self.product, 128 + line, 64 + sample)
+                self.assertEqual(formula(i, q), pixels[line * 64 + sample], (layer, line, sample))
+
+    def test_a_raw_block_without_data_is_status_three(self):
+        done = run(GRIDKIT, "read", "--raw", self.product, "X_HH_MAGNITUDE_1", "--block", 4, 0, status=3)
+        self.assertEqual(b"", done.stdout)
+
+    def test_block_size_follows_the_preferences(self):
+        preferences = FOLDER / "preferences"
+        preferences.write_text("import.default_block_size = 100.9\n")
+        info = json.loads(text(GRIDKIT, "--preferences", preferences, "info", "--json", self.product))
+        self.assertEqual(100, info["layers"][0]["blockWidth"])
+
+    def test_the_whole_layer_loses_no_line(self):
+        # 300 lines have the divisors 20 and 60; 260 samples 20: the last line comes whole.
+        output = FOLDER / "whole.tif"
+        done = run(GRIDKIT, "read", self.product, "X_HH_MAGNITUDE_1", output)
+        self.assertEqual(b"", done.stderr)
+        self.assertEqual(b"", done.stdout)
+        tail = run(GRIDKIT, "read", self.product, "X_HH_MAGNITUDE_1", FOLDER / "tail.png", "--window",
+                   0, LINES - 1, SAMPLES, 1)
+        self.assertEqual(b"", tail.stderr)
+        row = [magnitude(*cosar_sample(self.product, LINES - 1, s)) for s in range(SAMPLES)]
+        self.assertTrue(struct.pack(f"={SAMPLES}H", *row) in output.read_bytes())
+
+    def test_a_layer_past_the_images_is_refused(self):
+        message = complaint(GRIDKIT, "read", self.product, "X_VV_PHASE_8", FOLDER / "no.tif")
+        self.assertIn("gkf_fseeko failed", message)
+        self.assertFalse((FOLDER / "no.tif").exists())
+
+    def test_an_unknown_layer_is_refused(self):
+        self.assertIn("tsx_LayerCheck failed",
+                      complaint(GRIDKIT, "read", self.product, "layer", FOLDER / "no.tif"))
+
+    def test_the_debug_channel_shows_the_counters_when_asked(self):
+        done = run(GRIDKIT, "--debug", "info", self.product)
+        self.assertIn(b"\n s_tsxLayerOpenCount: 4 \n", done.stderr)
+
+
+class PrimeHeight(unittest.TestCase):
+    def test_what_no_block_reaches_is_told_and_marked(self):
+        product = simulate("prime", lines=293)
+        output = FOLDER / "prime.tif"
+        done = run(GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", output)
+        self.assertIn(b"lines of the image without data, in part or in whole: 292\n", done.stderr)
+        self.assertTrue(b"LINES_WITHOUT_DATA" in output.read_bytes())
+
+
+class Detected(unittest.TestCase):
+    def test_pixels_of_every_variant_are_the_files_own(self):
+        for variant, options in (("MGD", ()), ("GEC", ()), ("EEC", ()),
+                                 ("GEC", ("--projection", "UPS", "--centre", "78,15"))):
+            product = simulate("det" + variant + str(len(options)), "--variant", variant, *options)
+            image = next((product.parent / "IMAGEDATA").glob("*.tif")).read_bytes()
+            block = run(GRIDKIT, "read", "--raw", product, "X_HH_MAGNITUDE_1", "--block", 4, 4).stdout
+            pixels = struct.unpack(f"={64 * 64}H", block)
+            # The image's last line stands at the file's end or before its trailer: look it up whole.
+            row = struct.pack(f"={SAMPLES - 256}H", *pixels[:SAMPLES - 256])
+            self.assertTrue(row in image)
+            self.assertEqual(0, pixels[SAMPLES - 256], "zeros right of the image")
+            self.assertEqual((0,) * 64, pixels[-64:], "zeros below the image")
+
+
+class EveryVersion(unittest.TestCase):
+    def test_products_open_whatever_their_version(self):
+        for version in ("3.4", "3.5", "3.6", "3.7", "4.0", "4.1", "4.11"):
+            product = simulate("version", "--version-text", version, lines=64, samples=64)
+            info = json.loads(text(GRIDKIT, "info", "--json", product))
+            self.assertEqual(2, len(info["layers"]))
+
+
+class Refusals(unittest.TestCase):
+    def test_faults_are_told_with_their_place(self):
+        product = simulate("faulty")
+        annotation = product.read_text()
+        product.write_text(annotation.replace("<orbitCycle>25<", "<orbitCycle>2x5<"))
+        line = annotation[:annotation.index("<orbitCycle>")].count("\n") + 1
+        message = complaint(GRIDKIT, "info", product)
+        self.assertIn("Wrong XML schema file detected", message)
+        place = f"{product}:{line}:"
+        self.assertIn(place, message)
+        self.assertIn("/level1Product/productInfo/missionInfo/orbitCycle", message)
+        self.assertIn('found "2x5", expected an integer\n', message)
+
+    def test_missing_images_are_named(self):
+        product = simulate("noimage")
+        image = next((product.parent / "IMAGEDATA").glob("*.cos"))
+        image.unlink()
+        message = complaint(GRIDKIT, "info", product)
+        self.assertIn("gkf_fopen failed", message)
+        self.assertIn(f"{image}: no such image file", message)
+
+    def test_foreign_and_missing_files(self):
+        foreign = FOLDER / "foreign.xml"
+        foreign.write_text("<a/>")
+        self.assertEqual(f"gridkit: {foreign}: of none of the known formats; see `gridkit formats`\n",
+                         complaint(GRIDKIT, "info", foreign))
+        self.assertEqual("gridkit: /nonexistent.xml: no such file\n",
+                         complaint(GRIDKIT, "info", "/nonexistent.xml"))
+        self.assertIn("not a regular file", complaint(GRIDKIT, "info", FOLDER))
+
+
+class Check(unittest.TestCase):
+    def test_valid_and_faulty_files_in_one_list(self):
+        product = simulate("check", "--version-text", "3.6")
+        broken = FOLDER / "broken.xml"
+        broken.write_text("\n\n\n\n\n\n<!-- 3.5 --><level1Product><x/></level1Product>")
+        done = run(ANNOTATION, "check", "--json", product, broken, "/nonexistent.xml", status=1)
+        good, bad, missing = json.loads(done.stdout)
+        self.assertEqual((0, None, "3.6", "3.5"),
+                         (good["error"], good["name"], good["version"], good["schema"]))
+        self.assertEqual((21, "generalHeader", "3.5", "/level1Product", 7, 28),
+                         (bad["error"], bad["name"], bad["version"], bad["path"], bad["line"],
+                          bad["column"]))
+        self.assertEqual((1, None), (missing["error"], missing["version"]))
+
+    def test_the_schema_can_be_overridden(self):
+        product = simulate("override", "--version-text", "4.0")
+        run(ANNOTATION, "check", product)
+        done = run(ANNOTATION, "check", "--json", "--schema", "3.4", product, status=1)
+        [result] = json.loads(done.stdout)
+        self.assertEqual(("3.4", 21, "sceneCenterCoord"),
+                         (result["schema"], result["error"], result["name"]))
+
+
+class View(unittest.TestCase):
+    def test_shows_all_accessors_in_their_order(self):
+        product = simulate("view", "--polarisations", "HH,VV")
+        view = json.loads(text(ANNOTATION, "view", "--json", product))
+        truth = json.loads((product.parent / "truth.json").read_text())
+        self.assertEqual(47, len(view))
+        self.assertEqual(["productVariant", "imageDataFormat", "numberOfLayers"], list(view)[:3])
+        self.assertEqual("polLayer", list(view)[-1])
+        self.assertEqual(["HH", "VV"], view["polLayer"])
+        self.assertIsNone(view["mapProjection"])
+        self.assertEqual(truth["firstRangeTime"], view["firstPixelRangeTime"])
+        self.assertEqual([state["position"][0] for state in truth["orbit"]], view["stateVecPosX"])
+        self.assertEqual(len(view["stateVecVelZ"]), view["numStateVectors"])
+        self.assertEqual([], view["slantToGroundCoefficient"])
+
+    def test_is_the_same_in_every_schema(self):
+        views = []
+        for version in ("3.4", "3.5", "4.0"):
+            product = simulate("views", "--version-text", version, "--variant", "MGD")
+            views.append(text(ANNOTATION, "view", "--json", product))
+        self.assertEqual(1, len(set(views)))
+        self.assertEqual(6, len(json.loads(views[0])["slantToGroundCoefficient"]))
+
+
+class Rewrite(unittest.TestCase):
+    def test_what_is_written_back_is_the_same(self):
+        product = simulate("rewrite", "--profile", "maximal")
+        output = FOLDER / "rewritten.xml"
+        run(ANNOTATION, "rewrite", product, output)
+        self.assertEqual(product.read_bytes(), output.read_bytes())
+
+    def test_a_faulty_file_is_refused_and_nothing_left(self):
+        faulty = FOLDER / "faulty.xml"
+        faulty.write_text("<level1Product/>")
+        output = FOLDER / "never.xml"
+        self.assertIn("/level1Product", complaint(ANNOTATION, "rewrite", faulty, output))
+        self.assertFalse(output.exists())
+
+    def test_an_output_that_cannot_be_written_is_refused(self):
+        product = simulate("unwritable")
+        self.assertIn("cannot be written", complaint(ANNOTATION, "rewrite", product, "/nonexistent/x"))
+
+
+class RealAnnotations(unittest.TestCase):
+    """Annotations of real products, where some are at hand: TSX_REAL_ANNOTATIONS names their folder."""
+
+    def test_bind_and_open_once_images_are_made(self):
+        folder = os.environ.get("TSX_REAL_ANNOTATIONS")
+        files = sorted(Path(folder).glob("*.xml")) if folder else []
+        if not files:
+            self.skipTest("none at hand")
+        for file in files:
+            copy = text(SIMULATE, "--images-for", file, FOLDER / "real").strip()
+            info = json.loads(text(GRIDKIT, "info", "--json", copy))
+            self.assertGreaterEqual(len(info["layers"]), 1)
+            layer = info["layers"][0]["name"]
+            block = run(GRIDKIT, "read", "--raw", copy, layer, "--block", 3, 2).stdout
+            self.assertEqual(b"\0" * 8192, block)
+
+
+if __name__ == "__main__":
+    FOLDER.mkdir(parents=True, exist_ok=True)
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,222 @@
+// Complete simulated products, written to disk.
+
+#include "tools/simulate/product.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "tools/annotation/annotation_file.h"
+#include "tools/annotation/check.h"
+
+namespace {
+
+using namespace simulate;
+namespace fs = std::filesystem;
+
+std::string bytes_of(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::uint32_t word_at(const std::string& bytes, std::size_t offset) {
+  std::uint32_t word = 0;
+  for (std::size_t i = 0; i < 4; ++i)
+    word = word << 8U | static_cast<unsigned char>(bytes[offset + i]);
+  return word;
+}
+
+std::int16_t half_at(const std::string& bytes, std::size_t offset) {
+  return static_cast<std::int16_t>(static_cast<unsigned char>(bytes[offset]) << 8 |
+                                   static_cast<unsigned char>(bytes[offset + 1]));
+}
+
+class Product : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder =
+        fs::temp_directory_path() /
+        ("simulate_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    fs::remove_all(folder);
+    options.lines = 100;
+    options.samples = 120;
+  }
+  void TearDown() override { fs::remove_all(folder); }
+  fs::path write() { return annotation = write_product_folder(options, folder); }
+  fs::path image(const std::string& name) { return annotation.parent_path() / "IMAGEDATA" / name; }
+  fs::path folder;
+  fs::path annotation;
+  Options options;
+};
+
+TEST_F(Product, BindsInEveryVersionProfileModeAndVariant) {
+  for (const char* text : {"3.4", "3.5", "3.6", "3.7", "4.0", "4.1", "4.11"}) {
+    for (const Profile profile : {Profile::minimal, Profile::typical, Profile::maximal}) {
+      for (const Variant variant : {Variant::ssc, Variant::mgd, Variant::gec, Variant::eec}) {
+        options.version_text = text;
+        options.profile = profile;
+        options.variant = variant;
+        options.mode = variant == Variant::mgd ? Mode::scansar : Mode::spotlight;
+        if (variant == Variant::ssc) options.mode = Mode::stripmap;
+        const CheckResult check = check_annotation(write());
+        EXPECT_EQ(check.error, 0) << text << ' ' << check.text();
+        EXPECT_TRUE(std::string(text).starts_with(*check.version));
+        fs::remove_all(annotation.parent_path());
+      }
+    }
+  }
+}
+
+TEST_F(Product, LaysItsFirstLinesOutForRecognition) {
+  std::ifstream in(write());
+  std::vector<std::string> lines(7);
+  for (std::string& line : lines) std::getline(in, line);
+  EXPECT_TRUE(lines[0].starts_with("<level1Product xmlns:xsi=")) << lines[0];
+  EXPECT_NE(lines[0].find("xsi:noNamespaceSchemaLocation=\"SUPPORT/level1Product.xsd\""),
+            std::string::npos);
+  EXPECT_NE(lines[1].find("<generalHeader fileName="), std::string::npos);
+  EXPECT_NE(lines[2].find("Level 1B Product"), std::string::npos);
+  EXPECT_NE(lines[3].find("TSX-1"), std::string::npos);
+  EXPECT_NE(lines[6].find("generationSystem version=\"4.1\""), std::string::npos);
+}
+
+TEST_F(Product, HasTheFoldersAndFilesItsAnnotationNames) {
+  options.polarisations = {"HH", "VV"};
+  write();
+  for (const char* part : {"IMAGEDATA", "ANNOTATION", "PREVIEW", "AUXRASTER", "SUPPORT"}) {
+    EXPECT_TRUE(fs::is_directory(annotation.parent_path() / part)) << part;
+  }
+  version40::c_version40 root;
+  ASSERT_EQ(root.unmarshal(annotation.c_str()), 0);
+  auto& components = root.get_level1Product().get_productComponents();
+  ASSERT_EQ(components.size_imageData(), 2U);
+  for (std::size_t i = 0; i < 2; ++i) {
+    const auto& file = components.get_imageData(i).get_file();
+    EXPECT_EQ(fs::file_size(image(file.get_location().get_filename())),
+              static_cast<std::uintmax_t>(file.get_size()));
+  }
+  EXPECT_EQ(components.get_annotation(0).get_file().get_size(), -1);
+}
+
+TEST_F(Product, WritesCosarByteByByte) {
+  write();
+  const std::string bytes = bytes_of(image("IMAGE_HH_SRA_strip_005.cos"));
+  constexpr std::size_t record = 4 * (120 + 2);
+  ASSERT_EQ(bytes.size(), record * (100 + 4));
+  EXPECT_EQ(word_at(bytes, 0), bytes.size()) << "bytes in burst";
+  EXPECT_EQ(word_at(bytes, 8), 120U) << "range samples";
+  EXPECT_EQ(word_at(bytes, 12), 100U) << "azimuth samples";
+  EXPECT_EQ(word_at(bytes, 20), record) << "bytes per range line";
+  EXPECT_EQ(word_at(bytes, 24), 104U) << "lines with annotation";
+  EXPECT_EQ(bytes.substr(28, 4), "CSAR");
+  EXPECT_EQ(word_at(bytes, record + 8), 1U) << "first sample's relative index";
+  EXPECT_EQ(word_at(bytes, 3 * record + 8), 100U) << "last valid line";
+  for (std::size_t line = 0; line < 100; ++line) {
+    const std::size_t start = (line + 4) * record;
+    const std::uint32_t first_valid = word_at(bytes, start);
+    EXPECT_EQ(word_at(bytes, start + 4), 120U);
+    for (std::uint32_t s = 1; s < first_valid; ++s) {
+      EXPECT_EQ(word_at(bytes, start + 4 + 4 * s), 0U) << "invalid samples are zero";
+    }
+  }
+}
+
+TEST_F(Product, DrawsEachTargetWhereTheTruthSays) {
+  options.lines = options.samples = 300;
+  write();
+  const std::string bytes = bytes_of(image("IMAGE_HH_SRA_strip_005.cos"));
+  const auto truth = nlohmann::json::parse(bytes_of(annotation.parent_path() / "truth.json"));
+  ASSERT_EQ(truth["targets"].size(), 9U);
+  const auto power = [&](int line, int sample) {
+    const std::size_t at = static_cast<std::size_t>(((line + 4) * 302 + 2 + sample) * 4);
+    const double i = half_at(bytes, at);
+    const double q = half_at(bytes, at + 2);
+    return i * i + q * q;
+  };
+  for (const auto& target : truth["targets"]) {
+    const int line = static_cast<int>(std::lround(target["line"].get<double>()));
+    const int sample = static_cast<int>(std::lround(target["sample"].get<double>()));
+    double most = 0;
+    int at_line = 0;
+    int at_sample = 0;
+    for (int l = line - 20; l <= line + 20; ++l) {
+      for (int s = sample - 20; s <= sample + 20; ++s) {
+        if (power(l, s) <= most) continue;
+        most = power(l, s);
+        at_line = l;
+        at_sample = s;
+      }
+    }
+    EXPECT_EQ(at_line, line) << target["name"];
+    EXPECT_EQ(at_sample, sample) << target["name"];
+    EXPECT_GT(std::sqrt(most), 3000) << "well above the clutter of about 110";
+  }
+}
+
+TEST_F(Product, ComesOutTheSameForASeedAndDiffersForAnother) {
+  write();
+  const std::string first = bytes_of(image("IMAGE_HH_SRA_strip_005.cos"));
+  const std::string text = bytes_of(annotation);
+  write();
+  EXPECT_EQ(bytes_of(image("IMAGE_HH_SRA_strip_005.cos")), first);
+  EXPECT_EQ(bytes_of(annotation), text);
+  options.seed = 2;
+  write();
+  EXPECT_NE(bytes_of(image("IMAGE_HH_SRA_strip_005.cos")), first);
+}
+
+TEST_F(Product, PolarisationsHaveSpeckleOfTheirOwn) {
+  options.polarisations = {"HH", "VV"};
+  write();
+  EXPECT_NE(bytes_of(image("IMAGE_HH_SRA_strip_005.cos")),
+            bytes_of(image("IMAGE_VV_SRA_strip_005.cos")));
+}
+
+TEST_F(Product, GrowsItsAnnotationToTheSizeAskedFor) {
+  options.annotation_megabytes = 3;
+  write();
+  EXPECT_NEAR(static_cast<double>(fs::file_size(annotation)), 3e6, 2e5);
+  EXPECT_EQ(check_annotation(annotation).error, 0);
+}
+
+// The centre and corners of the annotation lie where its own state vectors, times and ranges put
+// them.
+TEST_F(Product, AnnotatesCornersThatItsGeometrySees) {
+  write();
+  version40::c_version40 root;
+  ASSERT_EQ(root.unmarshal(annotation.c_str()), 0);
+  const auto truth = nlohmann::json::parse(bytes_of(annotation.parent_path() / "truth.json"));
+  auto& info = root.get_level1Product().get_productInfo().get_sceneInfo();
+  ASSERT_EQ(info.size_sceneCornerCoord(), 4U);
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_NEAR(info.get_sceneCornerCoord(i).get_lat(), truth["corners"][i]["latitude"], 5e-6);
+    EXPECT_NEAR(info.get_sceneCornerCoord(i).get_lon(), truth["corners"][i]["longitude"], 5e-6);
+    EXPECT_EQ(info.get_sceneCornerCoord(i).get_rangeTime(), truth["corners"][i]["rangeTime"]);
+  }
+}
+
+TEST_F(Product, MakesImagesForAnAnnotationThatExists) {
+  options.polarisations = {"HH", "VV"};
+  write();
+  const auto size = fs::file_size(image("IMAGE_VV_SRA_strip_005.cos"));
+  fs::remove_all(annotation.parent_path() / "IMAGEDATA");
+  EXPECT_EQ(fs::path(write_images_for(annotation, "")), fs::absolute(annotation));
+  EXPECT_EQ(fs::file_size(image("IMAGE_VV_SRA_strip_005.cos")), size);
+  const fs::path elsewhere = folder / "elsewhere";
+  const fs::path copy = write_images_for(annotation, elsewhere);
+  EXPECT_TRUE(fs::exists(elsewhere / "IMAGEDATA" / "IMAGE_HH_SRA_strip_005.cos"));
+  EXPECT_EQ(copy.filename(), annotation.filename());
+  std::ofstream(annotation) << "<level1Product/>";
+  EXPECT_THROW(write_images_for(annotation, ""), std::runtime_error);
+}
+
+TEST_F(Product, RefusesAVersionTextThatNoSchemaServes) {
+  options.version_text = "2.0";
+  EXPECT_THROW(write(), std::invalid_argument);
+}
+
+}  // namespace
