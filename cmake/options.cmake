@@ -33,12 +33,20 @@ function(tsx_add_objects name)
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
-# A test executable whose cases ctest lists one by one.
-#   tsx_add_test(NAME LIBRARIES ... SOURCES ...)
+# A test executable whose cases ctest lists one by one. LOSES marks tests that bring about losses on
+# purpose, by the hundred and through stand-ins, so that no leak check can tell them apart.
+#   tsx_add_test(NAME [LOSES] LIBRARIES ... SOURCES ...)
 function(tsx_add_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "LOSES" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE tsx_options ${ARG_LIBRARIES} GTest::gtest GTest::gtest_main)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  # Allocations that are too large are to fail as they do without the sanitizer.
+  set(environment ASAN_OPTIONS=allocator_may_return_null=1
+    LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp)
+  if(ARG_LOSES)
+    set(environment ASAN_OPTIONS=detect_leaks=0)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300 ENVIRONMENT "${environment}")
 endfunction()

@@ -14,6 +14,10 @@ constexpr std::uint32_t sample_bytes = 4;
 constexpr std::uint32_t head_samples = 2;        // of each line's record
 constexpr std::uint32_t annotation_records = 4;  // at the start of the file
 
+// The block size is a preference, which may hold anything: a buffer of 2 GiB or more is refused
+// like one that there is no memory for.
+constexpr std::size_t most_items = INT32_MAX / sizeof(std::int16_t);
+
 template <class T>
 struct heap_deleter {
   void operator()(T* block) const { gkm_HeapFree(block); }
@@ -21,9 +25,13 @@ struct heap_deleter {
 template <class T>
 using heap_array = std::unique_ptr<T[], heap_deleter<T>>;
 
+// Cleared, so that what a short read leaves unread converts to pixels of 0 and not to what the heap
+// held before.
 template <class T>
 heap_array<T> allocate(std::size_t count) {
-  return heap_array<T>(static_cast<T*>(gkm_HeapMalloc(count * sizeof(T))));
+  heap_array<T> block(static_cast<T*>(gkm_HeapMalloc(count * sizeof(T))));
+  if (block != nullptr) std::fill_n(block.get(), count, T{0});
+  return block;
 }
 
 // Byte of a sample, as the unsigned 32-bit product that the format's readers agreed on; offsets
@@ -58,6 +66,7 @@ struct Block {
     // Lines stand h apart in the planes, not w. Blocks are square; were they not, a plane would
     // still hold its last line.
     const std::size_t plane = h == 0 ? 0 : std::max(pixels, (h - 1) * h + w);
+    if (std::max(plane, 2 * w) > most_items) return;
     line = allocate<std::int16_t>(2 * w);
     i = allocate<std::int16_t>(plane);
     q = allocate<std::int16_t>(plane);

@@ -28,11 +28,12 @@ void tsx_ConvertPhase(const std::int16_t* i, const std::int16_t* q, std::uint16_
   }
 }
 
-void tsx_NarrowPixels(const gkl_PixelRect& rect, std::uint16_t* pixels) {
+void tsx_NarrowPixels(const gkl_PixelRect& rect, std::int32_t width, std::int32_t height,
+                      std::uint16_t* pixels) {
   constexpr double limit = 9223372036854775808.0;
-  for (std::int32_t line = 0; line < rect.height; ++line) {
+  for (std::int32_t line = 0; line < height; ++line) {
     const char* pixel = static_cast<const char*>(rect.data) + rect.rowStride * line;
-    for (std::int32_t column = 0; column < rect.width; ++column, pixel += rect.columnStride) {
+    for (std::int32_t column = 0; column < width; ++column, pixel += rect.columnStride) {
       double value = 0;
       std::memcpy(&value, pixel, sizeof value);
       const bool is_integer = value > -limit && value < limit;

@@ -49,7 +49,8 @@ void delete_list(gks_StringList* list, ReportFrame& frame) {
 // The preferred block size, truncated toward zero; what 32 bits cannot hold is no size.
 std::int32_t preferred_block_size(ReportFrame& frame) {
   const double size = gkp_GetNumberPreference("import", "default_block_size", 64.0, frame.slot());
-  return size > INT32_MIN && size < INT32_MAX ? static_cast<std::int32_t>(size) : 0;
+  constexpr double limit = 2147483648.0;
+  return size >= -limit && size < limit ? static_cast<std::int32_t>(size) : 0;
 }
 
 }  // namespace

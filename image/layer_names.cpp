@@ -19,7 +19,7 @@ char* tsx_FileLayerNamesGet(TsxFile* file, std::int32_t index, gke_Report** err)
 
 std::int32_t tsx_LayerCheck(const TsxFile* file, const char* layerName) {
   if (layerName == nullptr) return -1;
-  if (gks_REComp("^[A-Z]_[A-Z][A-Z]_[A-Z]*_[1-9][0-9]*$") != 0) return -1;
+  gks_REComp("^[A-Z]_[A-Z][A-Z]_[A-Z]*_[1-9][0-9]*$");
   if (gks_REExec(layerName) == 0) return -1;
   const char* number = gkt_Text_strrchr(layerName, '_') + 1;
   const std::int32_t index = gkt_Text_atol(number) - 1;

@@ -41,7 +41,7 @@ std::int32_t read_detected(const TsxLayer& layer, std::int32_t blockRow, std::in
                 w, h, rect, frame.slot());
   // The rectangle and the staging buffer stay allocated here; that loss belongs to a failing read.
   if (frame.failed("gkl_LayerRead failed")) return failure;
-  tsx_NarrowPixels(*rect, staging);
+  tsx_NarrowPixels(*rect, w, h, staging);
   gkm_MemCpy(pixels, staging, bytes);
   gkm_HeapFree(staging);
   // A failure of this is printed and changes nothing: the pixels are there.

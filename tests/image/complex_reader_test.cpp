@@ -172,6 +172,8 @@ TEST_F(ComplexReader, AShortReadLaterConvertsItemsTimesPlace) {
   toolkit().short_reads_of = 5;
   EXPECT_TRUE(read(0, 0));
   EXPECT_EQ(pixels[7], magnitude(1, 8));
+  EXPECT_EQ(pixels[8], 0) << "converted, but never read";
+  EXPECT_EQ(pixels[39], 0);
   EXPECT_EQ(pixels[40], 777) << "beyond the 40";
 }
 
@@ -187,6 +189,25 @@ TEST_F(ComplexReader, ABlockWithoutLinesReadsNothing) {
     file.blockWidth = file.blockHeight = size;
     EXPECT_TRUE(read(0, 0));
     EXPECT_TRUE(toolkit().seeks.empty());
+    EXPECT_EQ(pixels[0], 777);
+  }
+}
+
+TEST_F(ComplexReader, RefusesBlocksBeyondTwoGibibytesUnallocated) {
+  // 32768 x 32768 x 2 bytes are 2 GiB to the byte; a line of 2^30 samples is 4 GiB.
+  struct Size {
+    int width, height;
+  };
+  for (const Size size :
+       {Size{32768, 32768}, Size{2147483647, 2147483647}, Size{1 << 30, 0}, Size{0, 2147483647}}) {
+    toolkit().printed.clear();
+    file.blockWidth = size.width;
+    file.blockHeight = size.height;
+    EXPECT_TRUE(read(0, 0)) << "the pointer stays";
+    EXPECT_EQ(
+        toolkit().printed,
+        (std::vector<PrintedReport>{{"tsx_ReadLineComplex", "No memory for block buffers", 2}}));
+    EXPECT_EQ(toolkit().calls["gkm_HeapMalloc"], 0);
     EXPECT_EQ(pixels[0], 777);
   }
 }

@@ -4,7 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <random>
 #include <string>
+#include <string_view>
 
 #include "level1bProduct34/version34.h"
 #include "level1bProduct35/version35.h"
@@ -95,6 +99,59 @@ TEST(NinePairs, MaximalDocuments) {
   // acquisitionOrderID of 3.5 is not in 4.0's userData.
   EXPECT_EQ(bind_to<version40::c_version40>(document("maximal", "3.5")), (Outcome{10, "userData"}));
   EXPECT_EQ(bind_to<version40::c_version40>(document("maximal", "4.0")), accepted);
+}
+
+// Damaged documents: each ends in a fault with a place, or binds to something that can be written
+// and bound again. Run under the sanitizers this replays a small, fixed set of hostile inputs.
+template <class Root>
+void expect_defined_end(const std::string& text) {
+  Root root;
+  lmx::c_xml_reader_memory reader(text.data(), text.size());
+  if (root.unmarshal(reader) != 0) {
+    ASSERT_NE(reader.diagnostic(), nullptr);
+    EXPECT_GE(reader.diagnostic()->line, 1U);
+    EXPECT_LE(reader.diagnostic()->offset, text.size());
+    EXPECT_FALSE(reader.diagnostic()->message().empty());
+    return;
+  }
+  if (root.getchosen() != Root::e_level1Product) return;
+  std::string written;
+  ASSERT_EQ(root.marshal(&written), 0);
+  Root again;
+  EXPECT_EQ(again.unmarshal(written), 0);
+}
+
+TEST(Documents, DamagedOnesEndDefined) {
+  std::ifstream file(document("minimal", "4.0"));
+  const std::string whole{std::istreambuf_iterator<char>(file), {}};
+  ASSERT_GT(whole.size(), 15000U);
+  constexpr std::string_view bytes =
+      "<>/&;\"'= \n\0\xFF"
+      "0aZ-";
+  std::mt19937 random(20080310);  // the same damage on every run
+  const auto below = [&](std::size_t n) { return random() % n; };
+  for (int i = 0; i < 1500; ++i) {
+    std::string damaged = whole;
+    switch (below(4)) {
+      case 0:
+        damaged.resize(below(damaged.size()));
+        break;
+      case 1:
+        for (std::size_t n = 1 + below(4); n > 0; --n) {
+          damaged[below(damaged.size())] = bytes[below(bytes.size())];
+        }
+        break;
+      case 2:
+        damaged.erase(below(damaged.size()), below(200));
+        break;
+      default: {
+        const std::string piece = damaged.substr(below(damaged.size()), below(300));
+        damaged.insert(below(damaged.size()), piece);
+      }
+    }
+    expect_defined_end<version40::c_version40>(damaged);
+    if (i % 10 == 0) expect_defined_end<version34::c_version34>(damaged);
+  }
 }
 
 TEST(Documents, TheRootOfAnAnnotationIsChosenEight) {

@@ -53,6 +53,11 @@ struct Place {
   const char* start;
 };
 
+// For the listing of tests.
+void PrintTo(const Place& place, std::ostream* out) {
+  *out << place.what;
+}
+
 class Worldwide : public testing::TestWithParam<Place> {
  protected:
   Options options(Variant variant) const {
