@@ -193,7 +193,7 @@ class object_list : public object_entries {
     if (full()) return lmx::elmx_error{lmx::error_too_many_occurrences};
     auto object = std::make_unique<T>();
     pointers.insert(pointers.begin() + static_cast<std::ptrdiff_t>(index), object.get());
-    object.release();
+    static_cast<void>(object.release());
     return lmx::elmx_error{};
   }
 
@@ -216,7 +216,7 @@ class object_list : public object_entries {
   void add() {
     auto object = std::make_unique<T>();
     pointers.push_back(object.get());
-    object.release();
+    static_cast<void>(object.release());
   }
   void check(std::size_t index, const char* text, const char* source_tag) const {
     if (index >= size()) fail_assertion(text, source_tag);

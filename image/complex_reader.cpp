@@ -48,8 +48,9 @@ bool is_outside(const TsxFile& file, std::uint32_t start) {
   const auto width = static_cast<std::uint32_t>(file.width);
   const std::uint32_t line_bytes = sample_bytes * width;
   const std::uint32_t image_bytes = line_bytes * static_cast<std::uint32_t>(file.height);
+  // In 64 bits, so that a sum beyond 32 counts as outside.
   const std::uint64_t end = std::uint64_t{start} + line_bytes;
-  return end > UINT32_MAX || end > image_bytes;
+  return end > image_bytes;
 }
 
 // The working buffers of one block of w by h pixels.

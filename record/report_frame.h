@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <source_location>
 
 #include "gridkit/report.h"
 
@@ -30,15 +29,14 @@ class ReportFrame {
 
   // Reports a failure over whatever is pending.
   void report(const char* message, std::int32_t severity = gke_SeverityError,
-              std::source_location place = std::source_location::current()) {
-    *slot_ = gke_CreateErrorReport(word_, static_cast<std::int32_t>(place.line()), severity, *slot_,
-                                   message, 0);
+              std::int32_t line = __builtin_LINE()) {
+    *slot_ = gke_CreateErrorReport(word_, line, severity, *slot_, message, 0);
   }
 
   // True, and the failure reported, when the toolkit operation before it failed.
-  bool failed(const char* message, std::source_location place = std::source_location::current()) {
+  bool failed(const char* message, std::int32_t line = __builtin_LINE()) {
     if (!pending()) return false;
-    report(message, gke_SeverityError, place);
+    report(message, gke_SeverityError, line);
     return true;
   }
 

@@ -2,7 +2,6 @@
 
 #include <initializer_list>
 #include <new>
-#include <source_location>
 #include <string>
 #include <string_view>
 
@@ -13,9 +12,8 @@ namespace gridkit {
 // Stores a report of an operation's failure in its slot, if there is one. The word is the
 // operation's own name; the message is put together from its parts. Never throws.
 inline void fail(gke_Report** err, const char* word, std::initializer_list<std::string_view> parts,
-                 std::source_location place = std::source_location::current()) noexcept {
+                 int line = __builtin_LINE()) noexcept {
   if (err == nullptr) return;
-  const auto line = static_cast<int32_t>(place.line());
   try {
     std::string message;
     for (const std::string_view part : parts) message += part;

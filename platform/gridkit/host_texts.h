@@ -11,7 +11,7 @@ namespace gridkit {
 
 // Takes over a text that a plug-in handed out: an empty one for null.
 inline std::string take_text(char* text) {
-  const std::string copy = text == nullptr ? "" : text;
+  std::string copy = text == nullptr ? "" : text;
   gkm_HeapFree(text);
   return copy;
 }

@@ -53,7 +53,7 @@ struct text_position {
 // chunk parsed last, and that chunk's bytes, are held.
 class token_stream {
  public:
-  static constexpr std::size_t default_chunk = 32 * 1024;
+  static constexpr std::size_t default_chunk = 32768;
   static constexpr std::size_t deepest = 256;  // open elements; one more is a fault
 
   token_stream(std::unique_ptr<byte_source> source, std::size_t chunk_size);

@@ -87,6 +87,17 @@ TEST_F(ComplexReader, ReadsAnyBlockAndTheSameTwice) {
   EXPECT_EQ(pixels, first);
 }
 
+// Lines stand blockHeight apart in the planes, whatever the width: what makes square blocks a need.
+TEST_F(ComplexReader, LinesOfABlockStandItsHeightApart) {
+  file.blockWidth = 4;
+  ASSERT_TRUE(read(0, 0));
+  EXPECT_EQ(pixels[3], magnitude(1, 4));
+  EXPECT_EQ(pixels[4], 0) << "between the lines";
+  EXPECT_EQ(pixels[8], magnitude(2, 1));
+  EXPECT_EQ(pixels[27], magnitude(4, 4));
+  EXPECT_EQ(pixels[32], 777) << "4 x 8 pixels and no more";
+}
+
 TEST_F(ComplexReader, AnOddLayerIsThePhase) {
   ASSERT_TRUE(read(0, 0, 1));
   EXPECT_EQ(pixels[0], 8192) << "I = Q = 1";
@@ -118,6 +129,37 @@ TEST_F(ComplexReader, ASumBeyond32BitsCountsAsOutside) {
   file.height = 4;
   file.blockWidth = file.blockHeight = 1;
   EXPECT_FALSE(read(0, 0));
+}
+
+// The limit 4 H W and the start offset are 32-bit products. For W = H = 40000 the limit is
+// 6400000000 mod 2^32 = 2105032704. Line 20000 starts at 3200960168, beyond it. Line 30000 starts
+// at 4 x (30004 x 40002 + 2) = 4800880040, which is 505912744 in 32 bits, within it, and is read
+// there.
+TEST_F(ComplexReader, OffsetAndLimitAre32BitProducts) {
+  file.width = file.height = 40000;
+  file.blockWidth = file.blockHeight = 1;
+  EXPECT_FALSE(read(20000, 0));
+  EXPECT_TRUE(toolkit().seeks.empty());
+  read(30000, 0);
+  EXPECT_EQ(toolkit().seeks, std::vector<std::int64_t>{505912744});
+}
+
+// Line 65519 of W = 16384 starts at 4 x (65523 x 16386 + 2) = 4294639520; lines are 65544 bytes
+// apart, so the seventh lies at 4295032784, past 2^32 = 4294967296.
+TEST_F(ComplexReader, OffsetsGrowPast32BitsWithinABlock) {
+  file.width = 16384;
+  file.height = 65535;
+  file.blockHeight = 7;
+  file.blockWidth = 7;
+  toolkit().endless = true;
+  TsxLayer layer{&file, 0};
+  void* block = pixels.data();
+  tsx_ReadLineComplex(&layer, 0, 0, &block, 65519, nullptr);
+  ASSERT_EQ(toolkit().seeks.size(), 7U);
+  EXPECT_EQ(toolkit().seeks[0], 4294639520);
+  EXPECT_EQ(toolkit().seeks[6], 4295032784);
+  EXPECT_NE(block, nullptr);
+  EXPECT_EQ(pixels[48], 0);
 }
 
 TEST_F(ComplexReader, DeliversNothingOfABlockThatRunsPastTheEnd) {

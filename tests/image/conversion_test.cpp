@@ -61,11 +61,20 @@ TEST(Phase, OfBothAxesIsZero) {
   EXPECT_EQ(phase(0, 0), 0);
 }
 
-// atan2(1, -32768) rounds to the single-precision pi: 3.14159274 x 10430.3783505 = 32768.0009.
-TEST(Phase, WrapsWhereTheRoundedAngleReachesHalfATurn) {
-  const auto angle = static_cast<float>(std::atan2(1.0, -32768.0));
-  const auto scaled = static_cast<std::int32_t>(static_cast<double>(angle) * 10430.3783505);
-  EXPECT_EQ(phase(-32768, 1), static_cast<std::int16_t>(static_cast<std::uint16_t>(scaled)));
+// The angle is rounded to single precision before it is scaled, and the product is a double. The
+// angle of (-3000, -2513) is -2.4443024444, or -25494.9993 steps; rounded to single precision it
+// passes -25495. A product in single precision would give (-2996, -2431) the pixel -25657.
+TEST(Phase, RoundsTheAngleAndNotTheProduct) {
+  EXPECT_EQ(phase(-3000, -2513), -25495);
+  EXPECT_EQ(phase(-3000, -1804), -27120);
+  EXPECT_EQ(phase(-2996, -2431), -25658);
+  EXPECT_EQ(phase(-2996, 2431), 25658);
+}
+
+// The angle nearest to half a turn is pi - 1/32768, which is 32768 - 0.318 steps.
+TEST(Phase, ComesNearestToHalfATurnBesideTheAxis) {
+  EXPECT_EQ(phase(-32768, 1), 32767);
+  EXPECT_EQ(phase(-32768, -1), -32767);
 }
 
 TEST(Narrowing, TruncatesAndKeepsTheLowBits) {

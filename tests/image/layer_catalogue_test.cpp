@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -98,6 +99,14 @@ TEST_F(Layers, WithoutADocumentThereIsNoName) {
   EXPECT_EQ(report, nullptr);
 }
 
+TEST_F(Layers, TheNameBuilderClearsTheCallersReport) {
+  gke_Report* stale = gke_CreateErrorReport("before", 0, 2, nullptr, "stale", 0);
+  gke_Report* slot = stale;
+  gkm_HeapFree(tsx_FileLayerNamesGet(&file, 0, &slot));
+  EXPECT_EQ(slot, nullptr);
+  gke_DeleteErrorReportEx(&stale);
+}
+
 TEST_F(Layers, AFailingNameHasItsWords) {
   toolkit().fail_at["gks_Sprintf"] = 2;
   EXPECT_TRUE(names(-1).empty());
@@ -106,13 +115,20 @@ TEST_F(Layers, AFailingNameHasItsWords) {
   EXPECT_EQ(toolkit().live_reports, 0);
 }
 
+// Each name goes to the record's own list first, then to the host's. Of the appends of four names
+// the first to third fail in turn: what the record's list holds then stays, all else is freed.
 TEST_F(Layers, AFailingAppendHasItsWords) {
-  for (const int call : {1, 2}) {
+  for (const int call : {1, 2, 3}) {
     toolkit().printed.clear();
+    gks_StringListDelete(file.layerNames, nullptr);
+    file.layerNames = nullptr;
     toolkit().fail_at["gks_StringListAppend"] = toolkit().calls["gks_StringListAppend"] + call;
     EXPECT_TRUE(names(-1).empty());
     EXPECT_EQ(toolkit().printed[0],
               (PrintedReport{"tsxFileLayerNamesGet", "gks_StringListAppend failed", 2}));
+    const int kept = file.layerNames == nullptr ? 0 : file.layerNames->count;
+    EXPECT_EQ(kept, call / 2) << call;
+    EXPECT_EQ(toolkit().live_blocks, kept == 0 ? 0 : kept + 1) << "texts and their array";
   }
 }
 
@@ -139,6 +155,8 @@ TEST_F(Layers, NumbersGoUpToTwiceTheLayerCount) {
   file.layerCount = 2;
   EXPECT_EQ(tsx_LayerCheck(&file, "X_HH_PHASE_4"), 3);
   EXPECT_EQ(tsx_LayerCheck(&file, "X_HH_PHASE_5"), -1);
+  file.layerCount = 2147483647;
+  EXPECT_EQ(tsx_LayerCheck(&file, "X_HH_PHASE_2147483647"), 2147483646);
 }
 
 TEST_F(Layers, OpeningTellsTypeSizeAndBlocks) {
@@ -168,6 +186,22 @@ TEST_F(Layers, ABlockSizePreferenceIsTruncated) {
   EXPECT_EQ(file.blockWidth, 100);
   EXPECT_EQ(file.blockHeight, 100);
   tsxLayerClose(o.layer);
+}
+
+TEST_F(Layers, ABlockSizeThatNoNumberHoldsIsNone) {
+  const struct {
+    double preference;
+    int32_t size;
+  } cases[] = {{-100.9, -100},    {2147483647.5, 2147483647},
+               {2147483648.0, 0}, {-2147483648.0, -2147483647 - 1},
+               {-3e9, 0},         {std::nan(""), 0}};
+  for (const auto& set : cases) {
+    toolkit().preferences["import.default_block_size"] = set.preference;
+    const Opened o = open("X_HH_MAGNITUDE_1");
+    EXPECT_EQ(o.blockWidth, set.size) << set.preference;
+    EXPECT_EQ(o.blockHeight, set.size) << set.preference;
+    tsxLayerClose(o.layer);
+  }
 }
 
 TEST_F(Layers, AFailingPreferenceIsPrintedAndTheHandleDelivered) {

@@ -86,6 +86,7 @@ TEST_F(RasterRead, WithoutMemoryItFails) {
   toolkit().fail_at["gkm_HeapMalloc"] = 1;
   EXPECT_EQ(read(0, 0), -1);
   EXPECT_EQ(toolkit().messages(), std::vector<std::string>{"No memory for block buffers"});
+  EXPECT_EQ(toolkit().calls["gkl_PixelRectDelete"], 1) << "the rectangle is given back";
 }
 
 TEST_F(RasterRead, AComplexFailureIsWrapped) {
@@ -96,6 +97,18 @@ TEST_F(RasterRead, AComplexFailureIsWrapped) {
             (PrintedReport{"tsxLayerRasterRead", "tsx_ReadLineComplex failed", 2}));
   EXPECT_EQ(toolkit().printed[1], (PrintedReport{"tsx_ReadLineComplex", "gkf_fseeko failed", 2}));
   EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+// Block (1, 2) of 2 x 2: line 2, column 4, so byte 4 x ((2 + 4) x (10 + 2) + 2 + 4) = 312.
+TEST_F(RasterRead, AComplexBlockStartsAtItsRowAndColumn) {
+  file.productVariant = variant_ssc;
+  file.blockWidth = file.blockHeight = 2;
+  toolkit().files["image"] = std::string(4 * 12 * 14, 'x');
+  file.cosarFiles[0] = gkf_fopen("image", "r");
+  EXPECT_EQ(read(1, 2), 0);
+  EXPECT_NE(block, nullptr);
+  EXPECT_EQ(toolkit().seeks[0], 312);
+  gkf_fclose(file.cosarFiles[0]);
 }
 
 TEST_F(RasterRead, AComplexBlockPastTheEndIsNoDataAndSuccess) {

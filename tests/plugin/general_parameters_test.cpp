@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 
 #include "gridkit/memory.h"
 #include "plugin/product_record.h"
+#include "plugin/text_equality.h"
 #include "support/fake_document.h"
 #include "support/fake_toolkit.h"
 
@@ -66,6 +68,13 @@ TEST_F(GeneralParameters, TheDoublingDependsOnTheFormatAlone) {
   EXPECT_EQ(record->layerCount, 3);
 }
 
+TEST_F(GeneralParameters, ADoubledCountThatNoNumberHoldsIsTheLargest) {
+  document.layers = 2147483647;
+  tsx_ReadGeneralParms(record.get());
+  EXPECT_EQ(record->imageCount, 2147483647);
+  EXPECT_EQ(record->layerCount, 2147483647);
+}
+
 TEST_F(GeneralParameters, AnotherVariantTextIsUnknown) {
   for (const char* text : {"UNDEFINED", "ssc", ""}) {
     document.variant = text;
@@ -76,6 +85,16 @@ TEST_F(GeneralParameters, AnotherVariantTextIsUnknown) {
   }
 }
 
+TEST(TextEquality, HoldsForTheSamePointerAndTheSameCharacters) {
+  const std::string one = "SSC";
+  const std::string other = "SSC";
+  EXPECT_TRUE(tsx_TextEqual(one.c_str(), other.c_str()));
+  EXPECT_FALSE(tsx_TextEqual("SSC", "ssc")) << "case counts";
+  EXPECT_TRUE(tsx_TextEqual(nullptr, nullptr)) << "null equals itself";
+  EXPECT_FALSE(tsx_TextEqual(nullptr, ""));
+  EXPECT_FALSE(tsx_TextEqual("", nullptr));
+}
+
 TEST(DayOfYear, FollowsTheGregorianRule) {
   EXPECT_EQ(tsx_DayOfYear(2000, 3, 1), 61);
   EXPECT_EQ(tsx_DayOfYear(1900, 3, 1), 60);
@@ -84,6 +103,7 @@ TEST(DayOfYear, FollowsTheGregorianRule) {
   EXPECT_EQ(tsx_DayOfYear(2007, 12, 31), 365);
   EXPECT_EQ(tsx_DayOfYear(2008, 12, 31), 366);
   EXPECT_EQ(tsx_DayOfYear(2008, 0, 5), 5) << "a month of 1 or less adds nothing";
+  EXPECT_EQ(tsx_DayOfYear(2007, 14, 1), 366) << "and one past the last adds no more than all";
 }
 
 }  // namespace

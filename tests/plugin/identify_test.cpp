@@ -56,6 +56,8 @@ TEST_F(Identify, RecognisesAFileWithoutAVersionTextAndLeavesTheIndex) {
 TEST_F(Identify, RefusesAnotherLevelOrMissionInSilence) {
   EXPECT_EQ(identify(annotation("3.4", "Level 1A Product")), -1);
   EXPECT_EQ(identify(annotation("3.4", "Level 1B Product", "ERS-1")), -1);
+  const PrintedReport foreign = {"tsx_FileIdentify", "This is not a TerraSAR-X file.", 2};
+  EXPECT_EQ(toolkit().created, (std::vector<PrintedReport>{foreign, foreign}));
   EXPECT_TRUE(toolkit().printed.empty());
   EXPECT_EQ(toolkit().live_reports, 0);
 }
@@ -79,11 +81,35 @@ TEST_F(Identify, RefusesAFileThatEndsEarlyAndClosesIt) {
   }
 }
 
+// A read takes 254 characters with the line's end. A longer line counts as two reads, and
+// everything behind it stands one read too late.
 TEST_F(Identify, ReadsALongLineInPieces) {
-  // 300 characters count as two reads, so everything behind stands one read too late.
-  std::string bytes = annotation("3.4");
-  bytes.insert(0, std::string(300, ' '));
-  EXPECT_EQ(identify(bytes), -1);
+  const std::string rest = annotation("3.4").substr(annotation("3.4").find('\n') + 1);
+  EXPECT_EQ(identify(std::string(253, ' ') + '\n' + rest), 0);
+  EXPECT_EQ(identify(std::string(254, ' ') + '\n' + rest), -1);
+}
+
+// The words of what is dropped in silence.
+TEST_F(Identify, WrapsEachFailureInItsWords) {
+  const struct {
+    const char* operation;
+    int call;
+    const char* message;
+  } cases[] = {{"gkf_Open", 1, "gkf_Open fail"},
+               {"gkf_Fgets", 1, "gkf_Fgets failure in tsx_FileIdentify"},
+               {"gkf_Fgets", 2, "gkf_Fgets failure in tsx_FileIdentify"},
+               {"gkf_Fgets", 3, "gkf_ReadDirect failure in tsx_FileIdentify"},
+               {"gkf_Fgets", 4, "gkf_ReadDirect failure in tsx_FileIdentify"},
+               {"gkf_Fgets", 7, "gkf_ReadDirect failure in tsx_FileIdentify"}};
+  for (const auto& failing : cases) {
+    reset_toolkit();
+    toolkit().fail_at[failing.operation] = failing.call;
+    EXPECT_EQ(identify(annotation("3.4")), -1);
+    EXPECT_EQ(toolkit().created,
+              (std::vector<PrintedReport>{{"tsx_FileIdentify", failing.message, 2}}));
+    EXPECT_TRUE(toolkit().printed.empty());
+    EXPECT_EQ(toolkit().live_reports, 0);
+  }
 }
 
 TEST_F(Identify, PrintsAFailingCloseAsAWarning) {

@@ -49,16 +49,54 @@ TEST_F(Instance, DescribesTheFormat) {
   EXPECT_EQ(toolkit().live_blocks, 0);
 }
 
-TEST_F(Instance, HandsOutIndependentCopies) {
-  char* first = nullptr;
-  char* second = nullptr;
-  tsxInstanceDescriptionGet(&first);
-  tsxInstanceDescriptionGet(&second);
-  EXPECT_NE(first, second);
-  first[0] = '?';
-  EXPECT_STREQ(second, "Raster DLL for TerraSAR-X Radar Sensor, launched: June 15, 2007");
-  gkm_HeapFree(first);
-  gkm_HeapFree(second);
+TEST_F(Instance, EveryGetterHandsOutIndependentCopies) {
+  // Each hands out a list, and its one or two texts are its own at each call.
+  using Getter = void (*)(char*** list);
+  const Getter getters[] = {[](char*** list) {
+                              *list = static_cast<char**>(gkm_HeapMalloc(sizeof(char*)));
+                              tsxInstanceDescriptionGet(*list);
+                            },
+                            [](char*** list) {
+                              int32_t count = 0;
+                              tsxInstanceTitleListGet(&count, list);
+                            },
+                            [](char*** list) {
+                              unsigned char* flags = nullptr;
+                              tsxInstanceTemplateListGet(list, &flags);
+                              gkm_HeapFree(flags);
+                            },
+                            [](char*** list) { tsxInstanceExtListGet(list); },
+                            [](char*** list) { tsxInstanceShortNameListGet(list); },
+                            [](char*** list) {
+                              int32_t count = 0;
+                              tsxInstanceLayerTypesGet(&count, list);
+                            }};
+  for (const Getter get : getters) {
+    char** first = nullptr;
+    char** second = nullptr;
+    get(&first);
+    get(&second);
+    ASSERT_NE(first, second);
+    const std::string text = first[0];
+    first[0][0] = '?';
+    EXPECT_EQ(text, second[0]);
+    tsx_StringListFree(&first, 1);
+    tsx_StringListFree(&second, 1);
+  }
+  EXPECT_EQ(toolkit().live_blocks, 0);
+}
+
+TEST_F(Instance, EveryTemplateListHasItsOwnByte) {
+  unsigned char* flags[2];
+  char** lists[2];
+  for (int i = 0; i < 2; ++i) tsxInstanceTemplateListGet(&lists[i], &flags[i]);
+  EXPECT_NE(flags[0], flags[1]);
+  flags[0][0] = 7;
+  EXPECT_EQ(flags[1][0], 0);
+}
+
+TEST_F(Instance, TheLibraryAsksForNoThreadNotificationsAtLoad) {
+  EXPECT_EQ(library_calls_disabled(), 1);
 }
 
 TEST_F(Instance, ADescriptionWithoutMemoryIsNullAndFails) {
@@ -126,6 +164,10 @@ TEST_F(Instance, StringListCopySkipsNullTextsAndUndoesAFailure) {
   tsx_StringListFree(&copy, 3);
   toolkit().fail_at["gks_Duplicate"] = toolkit().calls["gks_Duplicate"] + 2;
   EXPECT_EQ(tsx_StringListCopy(&copy, source, 3), -1);
+  EXPECT_EQ(copy, nullptr);
+  const char* five[] = {"a", "b", "c", "d", "e"};
+  toolkit().fail_at["gks_Duplicate"] = toolkit().calls["gks_Duplicate"] + 2;
+  EXPECT_EQ(tsx_StringListCopy(&copy, five, 5), -1) << "frees what it reached, no more";
   EXPECT_EQ(copy, nullptr);
   EXPECT_EQ(toolkit().live_blocks, 0);
 }

@@ -139,7 +139,7 @@ TEST_F(Open, OpensDetectedImagesThroughTheHostsLayers) {
   TsxFile* record = open();
   ASSERT_TRUE(registered(record));
   EXPECT_NE(record->tiffLayers[0], nullptr);
-  EXPECT_EQ(toolkit().log.back(), "gkl_LayerOpen 25 0");
+  EXPECT_EQ(toolkit().log.back(), "gkl_LayerOpen /products/one/IMAGEDATA/image0 25 0");
   EXPECT_EQ(toolkit().log[toolkit().log.size() - 2],
             "gkl_LayerGetNames /products/one/IMAGEDATA/image0");
   tsxFileClose(record);
@@ -162,6 +162,36 @@ TEST_F(Open, ASecondOpenSharesTheRecordAndParsesNothing) {
   EXPECT_EQ(toolkit().constructed.size(), 1U);
   EXPECT_EQ(s_tsxFileTitleIdentifyAndOpenCount, opened_before + 2);
   tsxFileClose(first);
+}
+
+TEST_F(Open, IdentifyingAnOpenProductGivesNoRecord) {
+  TsxFile* record = open();
+  EXPECT_EQ(open(nullptr), nullptr);
+  EXPECT_EQ(title, 0);
+  EXPECT_TRUE(registered(record));
+  tsxFileClose(record);
+}
+
+TEST_F(Open, TheErrorWordOfTheDocumentStartsAsOne) {
+  TsxFile* record = open();
+  EXPECT_EQ(toolkit().error_at_entry, 1);
+  tsxFileClose(record);
+}
+
+// The path's copy, and a text of each counter: one open, one close.
+TEST_F(Open, ALifeOfAComplexProductLosesThreeTexts) {
+  TsxFile* record = open();
+  tsxFileClose(record);
+  EXPECT_EQ(toolkit().live_blocks, 3);
+}
+
+// The same, the map projection's name, and the list of layer names: two texts and their array.
+TEST_F(Open, ALifeOfAGeocodedProductLosesItsListOfLayersToo) {
+  document->variant = "GEC";
+  document->format = "GEOTIFF";
+  TsxFile* record = open();
+  tsxFileClose(record);
+  EXPECT_EQ(toolkit().live_blocks, 3 + 1 + 3);
 }
 
 TEST_F(Open, EachVersionTextAsksForItsClasses) {
@@ -198,6 +228,29 @@ TEST_F(Open, AFailingOpenOfTheAnnotationGivesNoRecord) {
     EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, message, 2})); \
     EXPECT_EQ(toolkit().live_reports, 0);                               \
   } while (false)
+
+TEST_F(Open, WithoutMemoryForItsTextsTheRecordIsUnfinished) {
+  const struct {
+    const char* operation;
+    const char* message;
+  } cases[] = {{"gks_Duplicate", "No memory for the product's path"},
+               {"gkm_HeapMalloc", "No memory for the product's directory"}};
+  for (const auto& failing : cases) {
+    delete toolkit().document;
+    toolkit().document = new FakeDocument;
+    toolkit().printed.clear();
+    toolkit().fail_at.clear();
+    toolkit().fail_at[failing.operation] = toolkit().calls[failing.operation] + 1;
+    TsxFile* record = open();
+    EXPECT_UNFINISHED(record, failing.message);
+  }
+}
+
+TEST_F(Open, AnUnformattedPathOfAnImageEndsInAFailedOpen) {
+  toolkit().fail_at["gks_Sprintf"] = 2;  // the first is the counter's text
+  TsxFile* record = open();
+  EXPECT_UNFINISHED(record, "gkf_fopen failed");
+}
 
 TEST_F(Open, WithoutAVersionTextTheSchemaIsWrong) {
   toolkit().files[path] = "1\n2\nLevel 1B Product\nTSX-1\n5\n6\n7\n";
@@ -271,7 +324,7 @@ TEST_F(Open, AnUnknownVariantTakesTheDetectedPath) {
   TsxFile* record = open();
   ASSERT_TRUE(registered(record));
   EXPECT_EQ(record->productVariant, -1);
-  EXPECT_EQ(toolkit().log.back(), "gkl_LayerOpen 25 0");
+  EXPECT_EQ(toolkit().log.back(), "gkl_LayerOpen /products/one/IMAGEDATA/image0 25 0");
   int32_t count = 5;
   char** names = nullptr;
   EXPECT_EQ(tsxFileRasterFormatsNonStandardDataNamesGet(record, &count, &names), -1);
@@ -289,6 +342,13 @@ TEST_F(Open, TheAnnotationIsClosedUntilThatSucceeds) {
   ASSERT_EQ(toolkit().printed.size(), 6U) << "three chains of two";
   EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, "gkf_Close failed", 2}));
   EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+TEST_F(Open, AnAnnotationThatDidNotOpenIsClosedAllTheSame) {
+  toolkit().fail_at["gkf_Open"] = 2;
+  EXPECT_EQ(open(nullptr), nullptr);
+  EXPECT_EQ(toolkit().messages()[0], "gkf_Open failed");
+  EXPECT_EQ(toolkit().log, (std::vector<std::string>{"gkf_Close", "gkf_Close"}));
 }
 
 TEST_F(Open, AnUnformattedCounterPassesANullText) {

@@ -88,6 +88,7 @@ class Ledger {
   std::map<void*, void (*)(void*)> lent_;
 };
 Ledger ledger;
+int disabled = 0;  // counted before the program's own initialisation may have run
 
 void* new_block(size_t size) {
   ++toolkit().live_blocks;
@@ -132,6 +133,10 @@ std::vector<std::string> FakeToolkit::messages() const {
   std::vector<std::string> texts;
   for (const PrintedReport& r : printed) texts.push_back(r.message);
   return texts;
+}
+
+int library_calls_disabled() {
+  return disabled;
 }
 
 FakeToolkit& toolkit() {
@@ -216,6 +221,7 @@ int32_t gks_REExec(const char* text) {
 
 gke_Report* gke_CreateErrorReport(const char* word, int32_t, int32_t severity, gke_Report* previous,
                                   const char* message, int32_t) {
+  toolkit().created.push_back({word, message, severity});
   return new_report({word, message, severity}, previous);
 }
 void gke_PrintErrorReport(const gke_Report* chain, int32_t, int32_t) {
@@ -259,8 +265,8 @@ void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err) {
   file->position += count;
 }
 gkf_Stream* gkf_fopen(const char* path, const char*) {
-  toolkit().log.push_back(std::string("gkf_fopen ") + path);
-  if (fails("gkf_fopen") || !toolkit().files.contains(path)) return nullptr;
+  toolkit().log.push_back(std::string("gkf_fopen ") + (path != nullptr ? path : "(null)"));
+  if (fails("gkf_fopen") || path == nullptr || !toolkit().files.contains(path)) return nullptr;
   return ledger.lend(new gkf_Stream{path});
 }
 int32_t gkf_fclose(gkf_Stream* stream) {
@@ -277,6 +283,10 @@ int32_t gkf_fseeko(gkf_Stream* stream, int64_t offset, int32_t) {
   return 0;
 }
 size_t gkf_fread(void* buffer, size_t size, size_t count, gkf_Stream* stream) {
+  if (toolkit().endless) {
+    std::memset(buffer, 0, size * count);
+    return count;
+  }
   const std::string& bytes = toolkit().files[stream->path];
   const std::size_t left = bytes.size() - std::min(stream->position, bytes.size());
   std::size_t items = std::min(count, left / size);
@@ -328,9 +338,14 @@ gki_Instance* gki_GetInit(gke_Report**) {
   return &instance;
 }
 gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance*, gke_Report** err) {
-  toolkit().log.push_back(std::string("gkl_LayerGetNames ") + path);
+  toolkit().log.push_back(std::string("gkl_LayerGetNames ") + (path != nullptr ? path : "(null)"));
   if (failed("gkl_LayerGetNames", err)) return nullptr;
-  return gks_StringListAppend(nullptr, path, nullptr);
+  if (path == nullptr) {
+    report("gkl_LayerGetNames", err, "no path");
+    return nullptr;
+  }
+  gks_StringList* names = gks_StringListAppend(nullptr, path, nullptr);
+  return gks_StringListAppend(names, "a second layer", nullptr);
 }
 gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance*, gke_Report** err, ...) {
   std::va_list options;
@@ -338,7 +353,8 @@ gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance*, gke_Report** err, ...)
   const int option = va_arg(options, int);
   const int end = va_arg(options, int);
   va_end(options);
-  toolkit().log.push_back("gkl_LayerOpen " + std::to_string(option) + ' ' + std::to_string(end));
+  toolkit().log.push_back(std::string("gkl_LayerOpen ") + name + ' ' + std::to_string(option) +
+                          ' ' + std::to_string(end));
   if (failed("gkl_LayerOpen", err)) return nullptr;
   return ledger.lend(new gkl_Layer{name});
 }
@@ -398,6 +414,7 @@ void OutputDebugStringA(const char* text) {
   toolkit().debug.emplace_back(text == nullptr ? "(null)" : text);
 }
 int32_t DisableThreadLibraryCalls(void*) {
+  ++disabled;
   return 1;
 }
 
@@ -406,6 +423,7 @@ int32_t DisableThreadLibraryCalls(void*) {
 level1bProductBase* tsx_ConstructDocument(std::int32_t versionIndex, const char*,
                                           lmx::elmx_error* error) {
   toolkit().constructed.push_back(versionIndex);
+  toolkit().error_at_entry = *error;
   if (versionIndex > 5) return nullptr;
   *error = toolkit().document_error;
   return std::exchange(toolkit().document, nullptr);

@@ -29,11 +29,13 @@ struct FakeToolkit {
   std::map<std::string, int> calls;           // operation -> calls so far
   std::vector<std::string> log;               // operations whose order matters
   std::vector<PrintedReport> printed;         // newest of a chain first
+  std::vector<PrintedReport> created;         // by the plug-in, printed or not, in order
   std::vector<std::string> debug;             // texts of the debug channel, null as "(null)"
   std::map<std::string, double> preferences;  // "group.name" -> value
   std::vector<std::string> modes;             // handed to gkf_Open
   std::vector<double> pixels;                 // what gkl_LayerRead fills rectangles with, repeated
   std::int64_t short_reads_of = -1;           // items that every read gives at most, without an end
+  bool endless = false;                       // every stream gives as many zeros as asked
   std::vector<std::int64_t> seeks;
   int live_blocks = 0;  // allocated and not freed
   int live_reports = 0;
@@ -41,7 +43,8 @@ struct FakeToolkit {
   // The document that the plug-in's open constructs, and the error it is constructed with.
   level1bProductBase* document = nullptr;
   lmx::elmx_error document_error = lmx::error_none;
-  std::vector<std::int32_t> constructed;  // version indices asked for
+  std::vector<std::int32_t> constructed;             // version indices asked for
+  lmx::elmx_error error_at_entry = lmx::error_none;  // what the error word held then
 
   // The messages of all printed reports.
   std::vector<std::string> messages() const;
@@ -50,3 +53,6 @@ struct FakeToolkit {
 // The toolkit of the running test; reset() gives a new one.
 FakeToolkit& toolkit();
 void reset_toolkit();
+
+// How often DisableThreadLibraryCalls was called since the program was loaded.
+int library_calls_disabled();

@@ -132,7 +132,7 @@ void fill_attitude(const AnnotationSource& source, Attitude& attitude) {
     const Utc time = first.after(spacing * i);
     attitude.append_attitudeData();
     auto& data = attitude.back_attitudeData();
-    data.set_num(static_cast<std::uint64_t>(i + 1));
+    data.set_num(static_cast<std::uint64_t>(i) + 1);
     data.set_maneuver("NO");
     data.set_qualInd(1);
     data.set_antsteerInd("boresightAzimuth");

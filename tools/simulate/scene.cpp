@@ -32,6 +32,7 @@ Orbit make_orbit(const State& at_epoch, const Utc& epoch, double start) {
   const int count = std::max(
       state_count, static_cast<int>(std::ceil((2 * lead_time - 2 * start) / state_spacing)));
   std::vector<State> states;
+  states.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) states.push_back(propagate(at_epoch, first + state_spacing * i));
   return {first, state_spacing, std::move(states)};
 }
@@ -290,7 +291,8 @@ std::vector<Target> place_targets(const Scene& scene) {
   const Options& o = scene.options;
   const auto side = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(o.targets))));
   for (int i = 0; i < o.targets; ++i) {
-    const double row = (i / side + 0.5) / side;
+    const int target_row = i / side;
+    const double row = (target_row + 0.5) / side;
     const double column = (i % side + 0.5) / side;
     // Off the grid by a part of a pixel that differs from target to target.
     const Pixel pixel{std::floor(row * o.lines) + 0.37 * (i % 3 - 1),
