@@ -41,12 +41,13 @@ function(tsx_add_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE tsx_options ${ARG_LIBRARIES} GTest::gtest GTest::gtest_main)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
-  # Allocations that are too large are to fail as they do without the sanitizer.
-  set(environment ASAN_OPTIONS=allocator_may_return_null=1
-    LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp)
+  if(TSX_SANITIZE)
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/sanitizer_defaults.cpp)
+  endif()
+  set(environment "")
   if(ARG_LOSES)
-    set(environment ASAN_OPTIONS=detect_leaks=0)
+    set(environment ENVIRONMENT ASAN_OPTIONS=detect_leaks=0)
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 300 ENVIRONMENT "${environment}")
+    PROPERTIES TIMEOUT 300 ${environment})
 endfunction()

@@ -3,10 +3,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <new>
 #include <string_view>
+
+#include <unistd.h>
 
 #include "gridkit/fail.h"
 #include "gridkit/regular_file.h"
@@ -32,8 +33,7 @@ struct gkf_File {
 };
 
 int32_t gkf_FileExists(const char* path, gke_Report**) {
-  std::error_code failed;
-  return path != nullptr && std::filesystem::exists(path, failed) && !failed ? 1 : 0;
+  return path != nullptr && ::access(path, F_OK) == 0 ? 1 : 0;
 }
 
 gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t) {
@@ -59,11 +59,12 @@ gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t
 }
 
 void gkf_Close(gkf_File* file, gke_Report** err) {
-  const std::unique_ptr<gkf_File> ended(file);
-  if (ended == nullptr) return;
-  if (std::fclose(ended->file.release()) != 0) {
+  if (file == nullptr) return;
+  if (file->file != nullptr && std::fclose(file->file.release()) != 0) {
     gridkit::fail(err, "gkf_Close", {std::strerror(errno)});
+    return;
   }
+  delete file;
 }
 
 void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err) {

@@ -25,7 +25,8 @@ typedef struct gkf_File gkf_File;
 GRIDKIT_API gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err,
                                int32_t reserved);
 
-// Closes; a null handle is accepted without a report. The handle is gone in any case.
+// Closes; a null handle is accepted without a report. A handle whose closing failed holds no open
+// file any more and is good for nothing but another gkf_Close, which ends it.
 GRIDKIT_API void gkf_Close(gkf_File* file, gke_Report** err);
 
 // One line of at most size - 1 characters, its line end included, into `buffer`, zero-ended. A line

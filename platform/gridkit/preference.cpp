@@ -1,8 +1,10 @@
 #include "gridkit/preference.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <fstream>
+#include <cstring>
 #include <map>
 #include <mutex>
 #include <new>
@@ -11,9 +13,14 @@
 #include <string_view>
 #include <utility>
 
+#include <unistd.h>
+
 #include "gridkit/fail.h"
+#include "gridkit/regular_file.h"
 
 namespace {
+
+constexpr const char* load_word = "gkp_LoadPreferences";
 
 using key = std::pair<std::string, std::string>;
 
@@ -54,30 +61,50 @@ std::optional<std::pair<key, double>> entry_in(std::string_view line) {
   return std::pair{key{name.substr(0, dot), name.substr(dot + 1)}, *value};
 }
 
-int32_t load(const char* path, gke_Report** err) {
-  constexpr const char* word = "gkp_LoadPreferences";
-  std::ifstream file(path);
-  if (!file.is_open()) {
-    gridkit::fail(err, word, {path, ": cannot be opened"});
-    return -1;
+// The whole of a file of at most `limit` bytes; nothing, and a report, where that cannot be had.
+std::optional<std::string> small_text(const char* path, std::size_t limit, gke_Report** err) {
+  const gridkit::descriptor file = gridkit::open_regular_file(path, false);
+  std::string text(limit + 1, '\0');
+  std::size_t got = 0;
+  ssize_t n = file.is_open() ? 1 : -1;
+  while (n > 0 && got < text.size()) {
+    n = ::read(file.get(), text.data() + got, text.size() - got);
+    if (n > 0) got += static_cast<std::size_t>(n);
   }
+  if (n < 0) {
+    gridkit::fail(err, load_word, {path, ": ", std::strerror(errno)});
+    return std::nullopt;
+  }
+  if (got > limit) {
+    gridkit::fail(err, load_word,
+                  {path, ": a preferences file has at most ", std::to_string(limit), " bytes"});
+    return std::nullopt;
+  }
+  text.resize(got);
+  return text;
+}
+
+int32_t load(const char* path, gke_Report** err) {
+  constexpr std::size_t largest = 1 << 20;
+  const std::optional<std::string> text = small_text(path, largest, err);
+  if (!text) return -1;
   std::map<key, double> read;
-  std::string line;
-  for (std::size_t number = 1; std::getline(file, line); ++number) {
-    const std::string_view text = trimmed(std::string_view(line).substr(0, line.find('#')));
-    if (text.empty()) continue;
-    const auto entry = entry_in(text);
+  std::size_t number = 0;
+  for (std::string_view rest = *text; !rest.empty();) {
+    const auto end = std::min(rest.find('\n'), rest.size());
+    const std::string_view line = rest.substr(0, end);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+    ++number;
+    const std::string_view content = trimmed(line.substr(0, line.find('#')));
+    if (content.empty()) continue;
+    const auto entry = entry_in(content);
     if (!entry) {
-      gridkit::fail(err, word,
+      gridkit::fail(err, load_word,
                     {path, ":", std::to_string(number), ": expected `group.name = number`, found `",
-                     text, "`"});
+                     content.substr(0, 80), "`"});
       return -1;
     }
     read.insert_or_assign(entry->first, entry->second);
-  }
-  if (file.bad()) {
-    gridkit::fail(err, word, {path, ": cannot be read"});
-    return -1;
   }
   const std::lock_guard lock(store().mutex);
   read.merge(store().numbers);
@@ -122,9 +149,9 @@ void gkp_ClearNumberPreference(const char* group, const char* name) {
 
 int32_t gkp_LoadPreferences(const char* path, gke_Report** err) try {
   if (path != nullptr) return load(path, err);
-  gridkit::fail(err, "gkp_LoadPreferences", {"no path"});
+  gridkit::fail(err, load_word, {"no path"});
   return -1;
 } catch (const std::bad_alloc&) {
-  gridkit::fail(err, "gkp_LoadPreferences", {"out of memory"});
+  gridkit::fail(err, load_word, {"out of memory"});
   return -1;
 }

@@ -23,8 +23,8 @@ GRIDKIT_API int32_t gkp_SetNumberPreference(const char* group, const char* name,
 GRIDKIT_API void gkp_ClearNumberPreference(const char* group, const char* name);
 
 // Sets the preferences of a file: lines of the form `group.name = number`, blank lines, and
-// comments from `#` to the line's end. 0, or -1 and a report that names file and line; then none of
-// the file's values is set.
+// comments from `#` to the line's end; at most 1 MiB of a regular file. 0, or -1 and a report that
+// names file and line; then none of the file's values is set.
 GRIDKIT_API int32_t gkp_LoadPreferences(const char* path, gke_Report** err);
 
 #ifdef __cplusplus

@@ -25,9 +25,9 @@ class compiled {
   bool valid_;
 };
 
-// The service has one current pattern by its nature.
+// The service has one current pattern by its nature; each thread has its own.
 std::unique_ptr<compiled>& current_pattern() {
-  static std::unique_ptr<compiled> pattern;
+  thread_local std::unique_ptr<compiled> pattern;
   return pattern;
 }
 

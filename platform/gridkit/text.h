@@ -44,7 +44,7 @@ GRIDKIT_API const char* gkt_Text_strrchr(const char* text, int32_t character);
 GRIDKIT_API int32_t gkt_Text_atol(const char* text);
 
 // Compiles a POSIX extended regular expression into the toolkit's current pattern; 0 on success,
-// else -1 and no pattern is current. There is one current pattern in a process.
+// else -1 and no pattern is current. Each thread has one current pattern.
 GRIDKIT_API int32_t gks_REComp(const char* pattern);
 
 // Non-zero when the text matches the current pattern; 0 without one.

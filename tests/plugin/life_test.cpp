@@ -1,5 +1,6 @@
 // Whole lives of simulated products, from the open to the close, on the host's own toolkit. Under
-// LeakSanitizer this shows that nothing is lost but what tests/support/lsan.supp names.
+// LeakSanitizer this shows that nothing is lost but what tests/support/sanitizer_defaults.cpp
+// names.
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,7 @@
 #include "handlepool/handlepool.h"
 #include "record/exports.h"
 #include "record/tsx_file.h"
+#include "tests/support/scratch_folder.h"
 #include "tools/simulate/product.h"
 
 namespace {
@@ -23,8 +25,6 @@ using simulate::Variant;
 class Life : public testing::Test {
  protected:
   void SetUp() override {
-    folder = fs::temp_directory_path() /
-             ("life_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
     options.lines = options.samples = 150;
     before = gke_SetReportSink({[](const gke_Report* report, void* kept) {
                                   for (; report != nullptr; report = gke_ReportPrevious(report)) {
@@ -34,10 +34,7 @@ class Life : public testing::Test {
                                 },
                                 &messages});
   }
-  void TearDown() override {
-    gke_SetReportSink(before);
-    fs::remove_all(folder);
-  }
+  void TearDown() override { gke_SetReportSink(before); }
 
   std::vector<std::string> names(TsxFile* file) {
     int32_t count = 0;
@@ -64,7 +61,8 @@ class Life : public testing::Test {
     return {result, block != nullptr};
   }
 
-  fs::path folder;
+  const ScratchFolder scratch;
+  const fs::path& folder = scratch.path();
   simulate::Options options;
   std::vector<std::string> messages;
   gke_ReportSinkSetting before{};

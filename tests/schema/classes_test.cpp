@@ -11,6 +11,7 @@
 #include "level1bProduct34/version34.h"
 #include "level1bProduct35/version35.h"
 #include "level1bProduct40/version40.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -389,12 +390,12 @@ TEST(Writing, ToAFileThatCannotBeOpenedIsOne) {
 }
 
 TEST(Writing, ToAFileReadsBack) {
-  const auto path = std::filesystem::temp_directory_path() / "classes_test.xml";
+  const ScratchFolder folder;
+  const auto path = folder / "header.xml";
   EXPECT_EQ(header().marshal(path.c_str()), 0);
   c_generalHeader back;
   EXPECT_EQ(back.unmarshal(path.c_str()), 0);
   EXPECT_EQ(back.get_destination(), "d");
-  std::filesystem::remove(path);
 }
 
 TEST(AnyContent, IsTakenAndGivenBackAsItStands) {

@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
+
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -14,12 +17,9 @@ namespace fs = std::filesystem;
 class Files : public testing::Test {
  protected:
   void SetUp() override {
-    folder = fs::temp_directory_path() / "gridkit file test 100%";
-    fs::create_directories(folder);
     path = folder / "a file.txt";
     std::ofstream(path) << "first\nsecond line\nlast";
   }
-  void TearDown() override { fs::remove_all(folder); }
 
   std::string line(gkf_File* file, int32_t size = 255) {
     char buffer[256];
@@ -37,7 +37,8 @@ class Files : public testing::Test {
     gke_DeleteErrorReportEx(&report);
     return refused;
   }
-  fs::path folder;
+  const ScratchFolder scratch;
+  const fs::path& folder = scratch.path();
   std::string path;
 };
 
@@ -79,6 +80,19 @@ TEST_F(Files, OpeningForWritingNeitherCreatesNorEmpties) {
   EXPECT_EQ(line(file), "first\n");
   gkf_Close(file, nullptr);
   EXPECT_EQ(fs::file_size(path), 22U);
+}
+
+TEST_F(Files, AFailedCloseLeavesAHandleThatClosesOnceMore) {
+  const int next = ::dup(0);
+  ::close(next);
+  gkf_File* file = gkf_Open(path.c_str(), "r", nullptr, 0);
+  ASSERT_EQ(::close(next), 0) << "the handle's own descriptor, closed behind its back";
+  gke_Report* report = nullptr;
+  gkf_Close(file, &report);
+  EXPECT_NE(report, nullptr);
+  gke_DeleteErrorReportEx(&report);
+  gkf_Close(file, &report);
+  EXPECT_EQ(report, nullptr);
 }
 
 TEST_F(Files, NullHandlesAreAnswered) {

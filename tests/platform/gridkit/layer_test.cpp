@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "gridkit/raster_writer.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -20,8 +21,6 @@ constexpr int height = 5;
 class Layers : public testing::Test {
  protected:
   void SetUp() override {
-    folder = fs::temp_directory_path() / "gridkit:layer test";
-    fs::create_directories(folder);
     path = folder / "image.tif";
     const auto writer = gridkit::create_geotiff(path, width, height, {});
     std::vector<std::uint16_t> pixels;
@@ -30,7 +29,6 @@ class Layers : public testing::Test {
     writer->write_lines(std::as_bytes(std::span<const std::uint16_t>(pixels)), height);
     writer->finish();
   }
-  void TearDown() override { fs::remove_all(folder); }
 
   // What an operation reported, empty for nothing.
   template <class Operation>
@@ -49,7 +47,8 @@ class Layers : public testing::Test {
     gks_StringListDelete(names, nullptr);
     return layer;
   }
-  fs::path folder;
+  const ScratchFolder scratch;
+  const fs::path& folder = scratch.path();
   std::string path;
 };
 

@@ -5,22 +5,20 @@
 #include <filesystem>
 #include <vector>
 
+#include "tests/support/scratch_folder.h"
+
 namespace {
 
 namespace fs = std::filesystem;
 
 class Writer : public testing::Test {
  protected:
-  void SetUp() override {
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-  }
-  void TearDown() override { fs::remove_all(folder); }
   static std::span<const std::byte> line() {
     static const std::vector<std::uint16_t> pixels = {1, 2, 3};
     return std::as_bytes(std::span<const std::uint16_t>(pixels));
   }
-  const fs::path folder = fs::temp_directory_path() / "gridkit_writer_test";
+  const ScratchFolder scratch;
+  const fs::path& folder = scratch.path();
 };
 
 TEST_F(Writer, LeavesNoFileWithoutFinishing) {

@@ -10,6 +10,7 @@
 #include "debug/debug_channel.h"
 #include "gridkit/preference.h"
 #include "handlepool/handlepool.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -74,11 +75,9 @@ class PreferencesFile : public testing::Test {
     gke_DeleteErrorReportEx(&report);
     return message;
   }
-  void TearDown() override {
-    std::filesystem::remove(path);
-    gkp_ClearNumberPreference("import", "default_block_size");
-  }
-  const std::string path = std::filesystem::temp_directory_path() / "gridkit_preferences_test";
+  void TearDown() override { gkp_ClearNumberPreference("import", "default_block_size"); }
+  const ScratchFolder folder;
+  const std::string path = folder / "preferences";
 };
 
 TEST_F(PreferencesFile, SetsItsValues) {
@@ -93,6 +92,12 @@ TEST_F(PreferencesFile, IsRefusedAsAWholeWithItsLine) {
   EXPECT_NE(load("a.b = 1x\n"), "");
   EXPECT_NE(load("a.b = inf\n"), "");
   EXPECT_NE(load("a.b\n"), "");
+}
+
+TEST_F(PreferencesFile, HasAtMostAMebibyte) {
+  EXPECT_EQ(load(std::string((1 << 20) - 1, '#') + "\n"), "");
+  EXPECT_EQ(load(std::string(1 << 20, '#') + "\n"),
+            path + ": a preferences file has at most 1048576 bytes");
 }
 
 TEST_F(PreferencesFile, MustExist) {

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/scratch_folder.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
 
@@ -38,17 +39,13 @@ std::int16_t half_at(const std::string& bytes, std::size_t offset) {
 class Product : public testing::Test {
  protected:
   void SetUp() override {
-    folder =
-        fs::temp_directory_path() /
-        ("simulate_" + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(folder);
     options.lines = 100;
     options.samples = 120;
   }
-  void TearDown() override { fs::remove_all(folder); }
   fs::path write() { return annotation = write_product_folder(options, folder); }
   fs::path image(const std::string& name) { return annotation.parent_path() / "IMAGEDATA" / name; }
-  fs::path folder;
+  const ScratchFolder scratch;
+  const fs::path& folder = scratch.path();
   fs::path annotation;
   Options options;
 };
