@@ -4,10 +4,10 @@
 #include <cstdint>
 
 #include "binding/level1bProductBase.h"
-#include "geometry/radar_generic_model.h"
 #include "gridkit/file.h"
 #include "gridkit/layer.h"
 #include "gridkit/string_list.h"
+#include "rmdllib/radar_generic_model.h"
 
 // Variants of a product; every decision that depends on the variant tests these.
 enum ProductVariant : std::int32_t {
@@ -20,6 +20,11 @@ enum ProductVariant : std::int32_t {
 
 // The most image files that a product may have.
 inline constexpr std::int32_t most_images = 4;
+
+// The calibration record: the factor from squared digital numbers to radar brightness.
+struct TsxBeta0 {
+  double calibration_factor;
+};
 
 // The record of one open product: what every tsxFile and tsxLayer function works from. It is
 // cleared at construction, so every field has a defined value from the start; see

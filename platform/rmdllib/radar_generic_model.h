@@ -2,8 +2,9 @@
 
 #include <cstdint>
 
-// The records behind the non-standard data. Order and widths of the fields are those of their
-// designs, because the host's encoding walks the record by the design.
+// The record of the generic sensor model, shared by whoever fills it, models its orbit or publishes
+// it. Order and widths of the fields are those of the design "RADAR_Generic_v2.2", because the
+// host's encoding walks the record by the design.
 
 // A variable array of doubles, allocated with gkm_HeapMalloc and owned by its record.
 struct RadarArray {
@@ -62,9 +63,4 @@ struct RadarGenericModel {
   std::int32_t sub_azimuth_end;
   std::int32_t sub_azimuth_degrade;
   std::int32_t sub_azimuth_num_lines;
-};
-
-// The calibration record: from squared digital numbers to radar brightness.
-struct TsxBeta0 {
-  double calibration_factor;
 };
