@@ -7,6 +7,7 @@
 #include <mutex>
 #include <utility>
 
+#include "gridkit/dictionary.h"
 #include "gridkit/exports.h"
 #include "gridkit/host_texts.h"
 
@@ -52,6 +53,14 @@ const std::string& entry(const std::vector<std::string>& list, std::int32_t inde
   }
   return list[static_cast<std::size_t>(index)];
 }
+
+// Ends the dictionaries that plug-ins leave to the toolkit.
+struct dictionary_release {
+  dictionary_release() = default;
+  dictionary_release(const dictionary_release&) = delete;
+  dictionary_release& operator=(const dictionary_release&) = delete;
+  ~dictionary_release() { gkd_ReleaseDictionaries(); }
+};
 
 [[noreturn]] void refuse(const std::string& what, const ReportCollector& reports) {
   throw Error(reports.text().empty() ? what : what + ": " + reports.text());
@@ -103,6 +112,7 @@ std::vector<std::string> Product::data_names() const {
 
 std::optional<NonStandardData> Product::read_data(const std::string& name) const {
   const ReportCollector reports;
+  const dictionary_release release;
   void* data = nullptr;
   std::int32_t size = 0;
   char* dictionary = nullptr;
