@@ -19,12 +19,14 @@ namespace {
 
 using gridkit::dataset;
 
-// Opens a GeoTIFF by itself: files that lie beside it have no say in its pixels.
+// Opens a GeoTIFF by itself: files that lie beside it have no say in its pixels nor
+// in where they lie.
 dataset open_geotiff(const char* path) {
   gridkit::register_geotiff();
   constexpr const char* drivers[] = {"GTiff", nullptr};
+  constexpr const char* options[] = {"GEOREF_SOURCES=INTERNAL", nullptr};
   constexpr const char* siblings[] = {nullptr};
-  return dataset(GDALOpenEx(path, GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, nullptr, siblings));
+  return dataset(GDALOpenEx(path, GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, options, siblings));
 }
 
 struct layer_name {
