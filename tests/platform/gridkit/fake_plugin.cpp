@@ -188,7 +188,19 @@ FAKE_EXPORT int32_t fakeLayerMapInfoRead(OpenLayer* layer, char** projection, do
   *x = *y = *w = *h = 2;
   return 0;
 }
-FAKE_EXPORT int32_t fakeLayerMapProjectionRead(OpenLayer*, char**, void**, void**, void**, void**,
-                                               void**, void**, void**, void**) {
+FAKE_EXPORT int32_t fakeLayerMapProjectionRead(OpenLayer* layer, char** projection, void** v2,
+                                               void** v3, void** v4, void** v5, void** v6,
+                                               void** v7, void** v8, void** v9) {
+  *projection = nullptr;
+  for (void** value : {v2, v3, v4, v5, v6, v7, v8, v9}) *value = nullptr;
+  const std::string& path = layer->record->path;
+  if (!has(path, "map")) return 0;
+  *projection = gks_Duplicate("UTM");
+  if (has(path, "unsaid")) return -1;
+  if (has(path, "unknown")) report("no such map");
+  if (has(path, "unknown")) return -1;
+  *v2 = gks_Duplicate("WGS 84");
+  *v6 = gks_Duplicate("");
+  *v9 = gks_Duplicate("0");
   return 0;
 }
