@@ -5,7 +5,7 @@
 
 #include "gridkit/error.h"
 
-namespace rmdl {
+namespace rmdllib {
 
 namespace {
 
@@ -70,4 +70,4 @@ double Ellipsoid::radius_below(Vector3 position) const {
   return 1 / std::sqrt(across2 + along.z * along.z / (semiminor_ * semiminor_));
 }
 
-}  // namespace rmdl
+}  // namespace rmdllib

@@ -3,7 +3,7 @@
 #include "gridkit/export.h"
 #include "rmdllib/vector3.h"
 
-namespace rmdl {
+namespace rmdllib {
 
 // A place on Earth: geodetic latitude and longitude in degrees, height above the ellipsoid in
 // metres.
@@ -41,4 +41,4 @@ class GRIDKIT_API Ellipsoid {
   double eccentricity2_;
 };
 
-}  // namespace rmdl
+}  // namespace rmdllib

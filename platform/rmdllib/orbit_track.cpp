@@ -8,7 +8,7 @@
 
 #include "gridkit/error.h"
 
-namespace rmdl {
+namespace rmdllib {
 
 namespace {
 
@@ -74,4 +74,4 @@ Motion OrbitTrack::at(double time) const {
   return {value, (1 / interval_) * slope, (2 / (interval_ * interval_)) * half_curvature};
 }
 
-}  // namespace rmdl
+}  // namespace rmdllib

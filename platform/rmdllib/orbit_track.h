@@ -5,7 +5,7 @@
 #include "gridkit/export.h"
 #include "rmdllib/vector3.h"
 
-namespace rmdl {
+namespace rmdllib {
 
 // A satellite's motion at one moment, Earth-fixed: metres and seconds.
 struct Motion {
@@ -38,4 +38,4 @@ class GRIDKIT_API OrbitTrack {
   std::vector<Vector3> velocities_;
 };
 
-}  // namespace rmdl
+}  // namespace rmdllib

@@ -12,7 +12,7 @@
 #include "rmdllib/model_ephemeris.h"
 #include "rmdllib/radar_generic_model.h"
 
-namespace rmdl {
+namespace rmdllib {
 
 namespace {
 
@@ -151,4 +151,4 @@ Pixel RadarGeometry::pixel_of(const Geodetic& place) const {
   return pixel_of(seen);
 }
 
-}  // namespace rmdl
+}  // namespace rmdllib

@@ -9,7 +9,7 @@
 #include "rmdllib/orbit_track.h"
 #include "rmdllib/range_doppler.h"
 
-namespace rmdl {
+namespace rmdllib {
 
 // A place in an image. Whole numbers are the centres of pixels; line 0 and sample 0 are the first.
 struct Pixel {
@@ -42,10 +42,10 @@ class GRIDKIT_API RadarGeometry {
   RadarPoint radar_of(Pixel pixel) const;
   Pixel pixel_of(RadarPoint point) const;
 
-  // The place at a height that is seen at a pixel. Throws gridkit::Error as rmdl::to_ground does.
+  // The place at a height that is seen at a pixel. Throws gridkit::Error as rmdllib::to_ground does.
   Geodetic ground_of(Pixel pixel, double height) const;
 
-  // Where a place is seen, also outside the image. Throws gridkit::Error as rmdl::to_radar does, and
+  // Where a place is seen, also outside the image. Throws gridkit::Error as rmdllib::to_radar does, and
   // for a place on the other side of the track.
   Pixel pixel_of(const Geodetic& place) const;
 
@@ -69,4 +69,4 @@ class GRIDKIT_API RadarGeometry {
   OrbitTrack orbit_;
 };
 
-}  // namespace rmdl
+}  // namespace rmdllib

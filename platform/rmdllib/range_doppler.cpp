@@ -4,7 +4,7 @@
 
 #include "gridkit/error.h"
 
-namespace rmdl {
+namespace rmdllib {
 
 namespace {
 
@@ -77,4 +77,4 @@ Geodetic to_ground(const OrbitTrack& orbit, const Ellipsoid& earth, LookSide sid
   throw gridkit::Error("the slant range does not reach that height");
 }
 
-}  // namespace rmdl
+}  // namespace rmdllib

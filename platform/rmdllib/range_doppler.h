@@ -4,7 +4,7 @@
 #include "rmdllib/ellipsoid.h"
 #include "rmdllib/orbit_track.h"
 
-namespace rmdl {
+namespace rmdllib {
 
 // Zero-Doppler coordinates: when a place is abeam of the satellite, in seconds of the orbit's time,
 // and its slant range in metres.
@@ -26,4 +26,4 @@ GRIDKIT_API RadarPoint to_radar(const OrbitTrack& orbit, const Ellipsoid& earth,
 GRIDKIT_API Geodetic to_ground(const OrbitTrack& orbit, const Ellipsoid& earth, LookSide side,
                                RadarPoint point, double height);
 
-}  // namespace rmdl
+}  // namespace rmdllib

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace rmdl {
+namespace rmdllib {
 
 // A vector of three-dimensional space.
 struct Vector3 {
@@ -33,4 +33,4 @@ inline Vector3 unit(Vector3 a) {
   return (1 / length(a)) * a;
 }
 
-}  // namespace rmdl
+}  // namespace rmdllib
