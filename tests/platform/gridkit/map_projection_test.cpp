@@ -1,5 +1,6 @@
 #include "gridkit/map_projection.h"
 
+#include <cpl_conv.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -91,7 +92,7 @@ class MapProjections : public testing::Test {
     write_map_image(path, image);
     const OpenLayer layer = open_layer(path);
     gkj_Projection* projection = nullptr;
-    const std::string told =
+    std::string told =
         report_of([&](auto* err) { gkl_LayerMapProjectionRead(layer.get(), &projection, err); });
     EXPECT_EQ(projection, nullptr);
     return told;
@@ -274,6 +275,33 @@ TEST_F(MapProjections, ADatumThatIsNotWhatItsNameSaysIsNotTold) {
   EXPECT_EQ(refusal_to(false_name),
             "gkj_ProjectionConvertToMIF: the datum \"WGS 84\" is not the one of this name in the "
             "PROJ database");
+}
+
+TEST_F(MapProjections, AShiftOfDatumOfTheFilesOwnIsNotLeftOut) {
+  const std::string ed50 = R"("ED50",DATUM["European_Datum_1950",SPHEROID["International 1924",)"
+                           R"(6378388,297])";
+  EXPECT_EQ(to_mif(read({utm_wkt(ed50 + "]", "0.9996")}).get())[1], "ED50");
+  // GDAL takes a shift for no part of a known datum unless it is told otherwise.
+  CPLSetThreadLocalConfigOption("OSR_STRIP_TOWGS84", "NO");
+  const Projection shifted = read({utm_wkt(ed50 + ",TOWGS84[10,20,30,0,0,0,0]]", "0.9996")});
+  CPLSetThreadLocalConfigOption("OSR_STRIP_TOWGS84", nullptr);
+  EXPECT_EQ(mark_of(shifted), 1);
+  EXPECT_EQ(refusal_to(shifted),
+            "gkj_ProjectionConvertToMIF: the datum \"ED50\" is not the one of this name in the "
+            "PROJ database");
+}
+
+TEST_F(MapProjections, APolarStereographicScaledTwiceIsNotTold) {
+  const Projection twice = read({
+      R"(PROJCS["own",GEOGCS["WGS 84",DATUM["WGS_1984",SPHEROID["WGS 84",6378137,298.257223563]],
+      PRIMEM["Greenwich",0],UNIT["degree",0.0174532925199433]],PROJECTION["Polar_Stereographic"],
+      PARAMETER["latitude_of_origin",71],PARAMETER["central_meridian",0],
+      PARAMETER["scale_factor",0.994],PARAMETER["false_easting",0],PARAMETER["false_northing",0],
+      UNIT["metre",1]])"});
+  EXPECT_EQ(mark_of(twice), 1);
+  EXPECT_EQ(refusal_to(twice),
+            "gkj_ProjectionConvertToMIF: the projection \"own\" is none of UTM and Polar "
+            "Stereographic in metres");
 }
 
 TEST_F(MapProjections, LayersWithoutOneAreReported) {
