@@ -1,6 +1,6 @@
 #include <array>
 #include <cmath>
-#include <cstring>
+#include <new>
 #include <string>
 
 #include "gridkit/error.h"

@@ -43,10 +43,10 @@ MapProjection whole_mif_of(const OGRSpatialReference& reference) {
     throw Error("the projection \"" + map_name(reference) +
                 "\" is none of UTM and Polar Stereographic in metres");
   }
-  constexpr const char* names_aside[] = {"IGNORE_DATA_AXIS_TO_SRS_AXIS_MAPPING=YES", nullptr};
+  constexpr const char* axes_aside[] = {"IGNORE_DATA_AXIS_TO_SRS_AXIS_MAPPING=YES", nullptr};
   double shift[7] = {};
   const OGRSpatialReference again = reference_of(*form);
-  if (reference.GetTOWGS84(shift, 7) == OGRERR_NONE || !reference.IsSame(&again, names_aside)) {
+  if (reference.GetTOWGS84(shift, 7) == OGRERR_NONE || !reference.IsSame(&again, axes_aside)) {
     throw Error("the datum \"" + form->datum +
                 "\" is not the one of this name in the PROJ database");
   }

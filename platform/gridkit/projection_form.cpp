@@ -1,12 +1,12 @@
 #include "gridkit/projection_form.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <iterator>
 #include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include <ogr_srs_api.h>
 

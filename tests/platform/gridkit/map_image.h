@@ -72,9 +72,9 @@ template <class Operation>
 std::string report_of(Operation operation) {
   gke_Report* report = nullptr;
   operation(&report);
-  const std::string text =
-      report == nullptr ? ""
-                        : std::string(gke_ReportWord(report)) + ": " + gke_ReportMessage(report);
+  std::string text = report == nullptr
+                         ? ""
+                         : std::string(gke_ReportWord(report)) + ": " + gke_ReportMessage(report);
   gke_DeleteErrorReportEx(&report);
   return text;
 }
