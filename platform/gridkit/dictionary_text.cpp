@@ -98,7 +98,7 @@ class parser {
   std::string_view next_line() {
     ++line_;
     const std::size_t end = rest_.find('\n');
-    if (rest_.empty()) throw Error("expected " + quoted(last_line) + ", the text stops");
+    if (rest_.empty()) throw Error("the text stops before " + quoted(last_line));
     if (end == std::string_view::npos) throw Error("expected a line feed at the line's end");
     const std::string_view line = rest_.substr(0, end);
     if (line.ends_with('\r')) throw Error("expected a line feed alone, without carriage return");

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "gridkit/dictionary.h"
 #include "gridkit/memory.h"
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
@@ -132,6 +133,13 @@ FAKE_EXPORT int32_t fakeFileRasterFormatsNonStandardDataNamesGet(Record*, int32_
 }
 FAKE_EXPORT int32_t fakeFileDataRead(Record*, const char* name, void** data, int32_t* size,
                                      char** dictionary, char** type) {
+  if (has(name, "dictionary")) {
+    // Both are left to the toolkit.
+    gkd_Dictionary* left = gkd_DictionaryCreate(nullptr);
+    gkd_DesignCreate(left, "LEFT", nullptr, gkd_Double, "value", 0);
+    if (has(name, "failing")) report("no data");
+    return has(name, "failing") ? -1 : 0;
+  }
   if (std::string(name) != "known") return 0;
   *data = gkm_MemDup("\1\2", 2);
   *size = 2;
