@@ -52,9 +52,23 @@ void save(const fs::path& path, const std::string& text) {
   if (!out) throw std::runtime_error(path.string() + ": cannot be written");
 }
 
+void write_empty_image(const fs::path& path, bool is_complex, std::int32_t lines,
+                       std::int32_t samples, const std::optional<MapGrid>& map) {
+  if (is_complex) {
+    write_sparse_cosar(path.string(), lines, samples);
+  } else {
+    write_sparse_geotiff(path.string(), lines, samples, map);
+  }
+}
+
 void write_image(const fs::path& path, const Scene& scene, const std::vector<Target>& targets,
                  std::int32_t image) {
-  const Synthesis synthesis(scene, targets, scene.options.seed, image);
+  const Options& o = scene.options;
+  if (o.empty_images) {
+    write_empty_image(path, scene.is_complex(), o.lines, o.samples, scene.map);
+    return;
+  }
+  const Synthesis synthesis(scene, targets, o.seed, image);
   if (scene.is_complex()) {
     write_cosar(path.string(), scene, synthesis);
   } else {
@@ -70,7 +84,7 @@ std::string write_product_folder(const Options& options, const std::string& fold
   }
   const Scene scene = make_scene(options);
   const std::vector<Target> targets = place_targets(scene);
-  AnnotationSource source{scene, {}, scene.epoch.after(86400), {}, {}, 1};
+  AnnotationSource source{scene, {}, scene.epoch.after(86400).whole_second(), {}, {}, 1};
   source.name = product_name(scene, source);
   const fs::path product = fs::path(folder) / source.name;
   for (const char* part : {"IMAGEDATA", "ANNOTATION", "PREVIEW", "AUXRASTER", "SUPPORT"}) {
@@ -118,8 +132,7 @@ std::string write_images_for(const std::string& annotation, const std::string& f
       const fs::path image = own.parent_path() / root.imageDataPath(i) / root.imageDataFilename(i);
       if (fs::exists(image)) continue;
       fs::create_directories(image.parent_path());
-      const auto write = is_complex ? write_sparse_cosar : write_sparse_geotiff;
-      write(image.string(), lines, samples);
+      write_empty_image(image, is_complex, lines, samples, std::nullopt);
     }
   });
   return own.string();
