@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/simulate/annotation_common.h"
+#include "tools/simulate/auxiliary_files.h"
 
 // The branch productInfo, with the scene's times, corners and previews.
 
@@ -220,10 +221,10 @@ void fill_preview(const AnnotationSource& source, Preview& preview) {
   }
   quicklooks.append_imageRaster();
   auto& raster = quicklooks.back_imageRaster();
-  constexpr int reduction = 16;
+  constexpr int reduction = preview_reduction;
   if (source.has_all()) raster.set_beamID(source.beam());
-  raster.set_numberOfRows(scene.options.lines / reduction);
-  raster.set_numberOfColumns(scene.options.samples / reduction);
+  raster.set_numberOfRows(preview_size(scene.options.lines));
+  raster.set_numberOfColumns(preview_size(scene.options.samples));
   raster.set_columnBlockLength(reduction);
   raster.set_rowBlockLength(reduction);
   raster.get_rowSpacing().set_rowSpacing(as_float(scene.sample_spacing * reduction));

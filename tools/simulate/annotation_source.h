@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
-#include <vector>
 
 #include "tools/simulate/scene.h"
 
@@ -11,10 +11,9 @@ namespace simulate {
 // What the annotation tells beside the scene itself.
 struct AnnotationSource {
   const Scene& scene;
-  std::string name;                      // of the product: folder and main file
-  Utc generated;                         // when the product was made
-  std::vector<std::string> image_files;  // by polarisation, in IMAGEDATA
-  std::vector<std::uint64_t> image_bytes;
+  std::string name;                                   // of the product: folder and main file
+  Utc generated;                                      // when the product was made
+  std::map<std::string, std::uint64_t> file_bytes{};  // sizes by path below the product's folder
   std::int32_t repeats = 1;  // grows the repeating records of large annotations
 
   const Options& options() const { return scene.options; }
@@ -23,6 +22,9 @@ struct AnnotationSource {
   std::string beam() const {
     constexpr const char* texts[] = {"strip_005", "spot_010", "scan_003"};
     return texts[static_cast<int>(options().mode)];
+  }
+  std::string image_name(const std::string& polarisation) const {
+    return "IMAGE_" + polarisation + "_SRA_" + beam() + (scene.is_complex() ? ".cos" : ".tif");
   }
   std::string variant_text() const {
     constexpr const char* texts[] = {"SSC", "MGD", "GEC", "EEC"};

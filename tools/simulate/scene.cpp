@@ -118,12 +118,17 @@ Geodetic Scene::to_average_ground(Pixel pixel) const {
                                       map->upper_left.northing - pixel.line * map->spacing},
                                      options.height);
   }
+  return simulate::to_ground(orbit, seen_in(pixel), options.height, centre);
+}
+
+RadarPoint Scene::seen_in(Pixel pixel) const {
+  if (map) return to_radar(orbit, to_ground(pixel));
   const double line = late(options.start_with) ? options.lines - 1 - pixel.line : pixel.line;
   const double sample = far(options.start_with) ? options.samples - 1 - pixel.sample : pixel.sample;
   const double time = start + line * (stop - start) / (options.lines - 1);
   const double delay = ground_range ? ground_range->slant_time(sample * sample_spacing)
                                     : near_time + sample * sample_spacing;
-  return simulate::to_ground(orbit, {time, range_of(delay)}, options.height, centre);
+  return {time, range_of(delay)};
 }
 
 Pixel Scene::to_pixel(const Geodetic& place) const {

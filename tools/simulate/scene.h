@@ -69,6 +69,9 @@ struct Scene {
   // The place that a pixel would show if the terrain lay at the average height everywhere.
   Geodetic to_average_ground(Pixel pixel) const;
 
+  // When and how far away what a pixel shows was seen.
+  RadarPoint seen_in(Pixel pixel) const;
+
   // Height of the terrain: the average everywhere but in terrain-corrected products.
   double terrain_height(double latitude, double longitude) const;
 
