@@ -110,8 +110,20 @@ TEST_F(Product, WritesCosarByteByByte) {
   EXPECT_EQ(word_at(bytes, 20), record) << "bytes per range line";
   EXPECT_EQ(word_at(bytes, 24), 104U) << "lines with annotation";
   EXPECT_EQ(bytes.substr(28, 4), "CSAR");
-  EXPECT_EQ(word_at(bytes, record + 8), 1U) << "first sample's relative index";
-  EXPECT_EQ(word_at(bytes, 3 * record + 8), 100U) << "last valid line";
+  EXPECT_EQ(word_at(bytes, 32), 1U) << "version of the format";
+  // Each sample's first and last valid line, from 1, as the heads of the lines tell them.
+  for (std::size_t s = 1; s <= 120; ++s) {
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+    for (std::uint32_t line = 1; line <= 100; ++line) {
+      if (word_at(bytes, (line + 3) * record) > s) continue;
+      if (first == 0) first = line;
+      last = line;
+    }
+    EXPECT_EQ(word_at(bytes, record + 4 + 4 * s), 1U) << "index of the burst's first line";
+    EXPECT_EQ(word_at(bytes, 2 * record + 4 + 4 * s), first) << s;
+    EXPECT_EQ(word_at(bytes, 3 * record + 4 + 4 * s), last) << s;
+  }
   for (std::size_t line = 0; line < 100; ++line) {
     const std::size_t start = (line + 4) * record;
     const std::uint32_t first_valid = word_at(bytes, start);
