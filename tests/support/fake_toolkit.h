@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct FakeToolkit {
   std::map<std::string, std::string> files;   // path -> bytes
   std::map<std::string, int> fail_at;         // operation -> number of the call that fails, from 1
   std::map<std::string, int> fail_until;      // operation -> last number that fails
+  std::set<std::string> silent;               // operations whose failures leave no report
+  std::map<std::string, int> exists;          // path -> answer of gkf_FileExists, over `files`
   std::map<std::string, int> calls;           // operation -> calls so far
   std::vector<std::string> log;               // operations whose order matters
   std::vector<PrintedReport> printed;         // newest of a chain first
@@ -37,7 +40,8 @@ struct FakeToolkit {
   std::int64_t short_reads_of = -1;           // items that every read gives at most, without an end
   bool endless = false;                       // every stream gives as many zeros as asked
   std::vector<std::int64_t> seeks;
-  int live_blocks = 0;  // allocated and not freed
+  std::vector<const void*> freed;  // blocks given back, in order
+  int live_blocks = 0;             // allocated and not freed
   int live_reports = 0;
 
   // The document that the plug-in's open constructs, and the error it is constructed with.
