@@ -32,6 +32,8 @@ class Classes {
     return found == by_name_.end() ? nullptr : found->second;
   }
 
+  const std::map<std::string, const class_description*>& all() const { return by_name_; }
+
  private:
   std::map<std::string, const class_description*> by_name_;
 };
