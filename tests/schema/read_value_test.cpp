@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -163,6 +165,59 @@ TEST(Value, AStoredTextKeepsItsBlanks) {
   EXPECT_EQ(h.get_itemName(), " i\n");
   EXPECT_EQ(h.get_mission(), "");
   EXPECT_EQ(h.get_generationSystem().get_generationSystem(), " g ");
+}
+
+template <class Class>
+Class read_of(const std::string& document) {
+  Class object;
+  lmx::c_xml_reader_memory reader(document.data(), document.size());
+  EXPECT_EQ(binding::read_document(Class::s_description, &object, reader), 0) << document;
+  return object;
+}
+
+TEST(Value, EveryIntegerTypeHoldsItsEnds) {
+  const auto size_of = [](const std::string& size) {
+    c_file file;
+    EXPECT_EQ(file.unmarshal("<file><location><host/><path/><filename/></location><size>" + size +
+                             "</size></file>"),
+              0);
+    return file.get_size();
+  };
+  EXPECT_EQ(size_of("9223372036854775807"), INT64_MAX);
+  EXPECT_EQ(size_of("-9223372036854775808"), INT64_MIN);
+  EXPECT_EQ(size_of("\t+00012\n"), 12);
+  using Coefficient = c_dblPolynom::c_dblPolynom_coefficient;
+  EXPECT_EQ(
+      read_of<Coefficient>("<coefficient exponent='4294967295'>1</coefficient>").get_exponent(),
+      4294967295U);
+  EXPECT_EQ(read_of<MissionInfo>(mission("1", "-2147483648")).get_orbitPhase(), INT32_MIN);
+  EXPECT_EQ(read_of<MissionInfo>(mission("1", "2147483647")).get_orbitPhase(), INT32_MAX);
+  using StateVector = c_level1Product::c_platform::c_orbit::c_stateVec;
+  const auto vector = read_of<StateVector>(
+      "<stateVec num='18446744073709551615' maneuver='NO' qualInd='1'>"
+      "<timeUTC>2008-03-10T13:32:20Z</timeUTC><timeGPS>18446744073709551614</timeGPS>"
+      "<timeGPSFraction>0.5</timeGPSFraction><posX>1.5e6</posX><posY>-2.25</posY><posZ>INF</posZ>"
+      "<velX>1</velX><velY>2</velY><velZ>3</velZ></stateVec>");
+  EXPECT_EQ(vector.get_num(), 18446744073709551615U);
+  EXPECT_EQ(vector.get_qualInd(), 1);
+  EXPECT_EQ(vector.get_timeGPS(), 18446744073709551614U);
+  EXPECT_EQ(vector.get_posX(), 1.5e6);
+  EXPECT_EQ(vector.get_posY(), -2.25);
+  EXPECT_TRUE(std::isinf(vector.get_posZ()));
+  // An unsigned byte is written as a number, not as a character.
+  std::ostringstream out;
+  lmx::c_xml_writer writer(out, 0, "", "");
+  EXPECT_EQ(vector.marshal(writer, "stateVec"), 0);
+  EXPECT_NE(out.str().find(" qualInd=\"1\""), std::string::npos) << out.str();
+}
+
+TEST(Value, OneThatFailsItsCheckIsNotPresent) {
+  c_generalHeader h;
+  const std::string document =
+      "<generalHeader fileName='f' status='" + std::string(21, 'x') + "'></generalHeader>";
+  EXPECT_EQ(h.unmarshal(document), 19);
+  EXPECT_FALSE(h.isset_status());
+  EXPECT_EQ(h.get_status(), "");
 }
 
 TEST(Value, AFailedReadKeepsWhatWasReadBefore) {
