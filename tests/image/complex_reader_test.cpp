@@ -129,6 +129,7 @@ TEST_F(ComplexReader, ASumBeyond32BitsCountsAsOutside) {
   file.height = 4;
   file.blockWidth = file.blockHeight = 1;
   EXPECT_FALSE(read(0, 0));
+  EXPECT_TRUE(toolkit().seeks.empty()) << "refused unread";
 }
 
 // The limit 4 H W and the start offset are 32-bit products. For W = H = 40000 the limit is
@@ -187,6 +188,48 @@ TEST_F(ComplexReader, AnImageThatWasNeverOpenedEndsInAFailedSeek) {
     ASSERT_EQ(toolkit().printed.size(), 1U) << layer;
     EXPECT_EQ(toolkit().printed[0].message, "gkf_fseeko failed");
   }
+}
+
+// The image behind the fourth is none, whatever stands behind the streams in the record.
+TEST_F(ComplexReader, ThereIsNoFifthImage) {
+  file.tiffLayers[0] = reinterpret_cast<gkl_Layer*>(file.cosarFiles[0]);
+  read(0, 0, 8);
+  EXPECT_EQ(toolkit().messages(), std::vector<std::string>{"gkf_fseeko failed"});
+}
+
+TEST_F(ComplexReader, DropsWhatTheCallersSlotHeld) {
+  gke_Report* slot = gke_CreateErrorReport("before", 0, 2, nullptr, "stale", 0);
+  TsxLayer layer{&file, 0};
+  void* block = pixels.data();
+  tsx_ReadLineComplex(&layer, 0, 0, &block, 0, &slot);
+  EXPECT_EQ(slot, nullptr);
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+TEST_F(ComplexReader, GivesItsBuffersBackOnEveryWayOut) {
+  EXPECT_TRUE(read(0, 0));
+  EXPECT_EQ(toolkit().live_blocks, 0) << "pixels";
+  EXPECT_FALSE(read(1000, 0));
+  EXPECT_EQ(toolkit().live_blocks, 0) << "outside";
+  toolkit().files["image"].resize(4 * (W + 2) * 50);
+  EXPECT_FALSE(read(10, 0));
+  EXPECT_EQ(toolkit().live_blocks, 0) << "past the end";
+  toolkit().short_reads_of = 3;
+  EXPECT_TRUE(read(0, 0));
+  EXPECT_EQ(toolkit().live_blocks, 0) << "a short read";
+}
+
+// A short read of the third line gives 3 items at place 16: 48 elements, of which two lines of 8
+// were read. The phase of what was not read is that of I = Q = 0.
+TEST_F(ComplexReader, AShortReadConvertsThePhaseLikewise) {
+  toolkit().short_reads_of = 3;
+  toolkit().calls["gkf_fread"] = -1;  // the first two reads are whole
+  EXPECT_TRUE(read(0, 0, 1));
+  EXPECT_EQ(pixels[0], 8192) << "I = Q = 1";
+  EXPECT_EQ(pixels[9], 8192) << "I = Q = 2";
+  EXPECT_EQ(pixels[16], 0);
+  EXPECT_EQ(pixels[47], 0);
+  EXPECT_EQ(pixels[48], 777) << "beyond the 48";
 }
 
 TEST_F(ComplexReader, LeavesItsReportInTheCallersSlot) {

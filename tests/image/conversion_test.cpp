@@ -78,16 +78,17 @@ TEST(Phase, ComesNearestToHalfATurnBesideTheAxis) {
 }
 
 TEST(Narrowing, TruncatesAndKeepsTheLowBits) {
-  const std::vector<double> values = {65535.0, 70000.9, 0.99, -1.5, 1e300, std::nan("")};
-  gkl_PixelRect rect{const_cast<double*>(values.data()), 48, 8, 6, 1, gkl_PixelF64};
-  std::vector<std::uint16_t> pixels(6, 7);
-  tsx_NarrowPixels(rect, 6, 1, pixels.data());
+  const std::vector<double> values = {65535.0, 70000.9, 0.99, -1.5, 1e300, std::nan(""), -1e300};
+  gkl_PixelRect rect{const_cast<double*>(values.data()), 56, 8, 7, 1, gkl_PixelF64};
+  std::vector<std::uint16_t> pixels(7, 7);
+  tsx_NarrowPixels(rect, 7, 1, pixels.data());
   EXPECT_EQ(pixels[0], 65535);
   EXPECT_EQ(pixels[1], 4464) << "70000 - 65536";
   EXPECT_EQ(pixels[2], 0);
   EXPECT_EQ(pixels[3], 65535) << "-1 in 16 bits";
   EXPECT_EQ(pixels[4], 0) << "no integer of 64 bits";
   EXPECT_EQ(pixels[5], 0);
+  EXPECT_EQ(pixels[6], 0);
 }
 
 }  // namespace

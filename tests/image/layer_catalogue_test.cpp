@@ -99,6 +99,15 @@ TEST_F(Layers, WithoutADocumentThereIsNoName) {
   EXPECT_EQ(report, nullptr);
 }
 
+TEST_F(Layers, WithoutAPolarisationThereIsNoName) {
+  struct Silent : FakeDocument {
+    const char* polLayer(std::uint32_t) override { return nullptr; }
+  } silent;
+  file.product = &silent;
+  EXPECT_EQ(tsx_FileLayerNamesGet(&file, 0, nullptr), nullptr);
+  EXPECT_EQ(toolkit().calls["gks_Sprintf"], 0);
+}
+
 TEST_F(Layers, TheNameBuilderClearsTheCallersReport) {
   gke_Report* stale = gke_CreateErrorReport("before", 0, 2, nullptr, "stale", 0);
   gke_Report* slot = stale;
@@ -185,7 +194,20 @@ TEST_F(Layers, ABlockSizePreferenceIsTruncated) {
   EXPECT_EQ(o.blockHeight, 100);
   EXPECT_EQ(file.blockWidth, 100);
   EXPECT_EQ(file.blockHeight, 100);
+  EXPECT_EQ(toolkit().calls["gkp_GetNumberPreference"], 2) << "once for each direction";
   tsxLayerClose(o.layer);
+}
+
+TEST_F(Layers, EachOpenSetsTheBlocksOfTheWholeProduct) {
+  const Opened first = open("X_HH_MAGNITUDE_1");
+  toolkit().preferences["import.default_block_size"] = 16;
+  const Opened second = open("X_HH_MAGNITUDE_1");
+  EXPECT_NE(first.layer, second.layer) << "two handles on one layer";
+  EXPECT_EQ(file.blockWidth, 16);
+  EXPECT_EQ(file.blockHeight, 16);
+  tsxLayerClose(first.layer);
+  tsxLayerClose(second.layer);
+  EXPECT_EQ(toolkit().freed, (std::vector<const void*>{first.layer, second.layer}));
 }
 
 TEST_F(Layers, ABlockSizeThatNoNumberHoldsIsNone) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "plugin/schema_version.h"
 #include "support/fake_toolkit.h"
@@ -60,6 +61,52 @@ TEST_F(Identify, RefusesAnotherLevelOrMissionInSilence) {
   EXPECT_EQ(toolkit().created, (std::vector<PrintedReport>{foreign, foreign}));
   EXPECT_TRUE(toolkit().printed.empty());
   EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+// Both texts must stand there whole, in the same case, and on their own lines.
+TEST_F(Identify, RefusesWhatOnlyResemblesTheTexts) {
+  EXPECT_EQ(identify(annotation("3.4", "Level 1B")), -1);
+  EXPECT_EQ(identify(annotation("3.4", "level 1b product")), -1);
+  EXPECT_EQ(identify(annotation("3.4", "Level 1B Product", "TSX-2")), -1);
+  EXPECT_EQ(identify(annotation("3.4", "Level 1B Product", "tsx-1")), -1);
+  EXPECT_EQ(identify(annotation("3.4", "TSX-1", "Level 1B Product")), -1);
+  EXPECT_EQ(identify(annotation("3.4", "my Level 1B Product X", "a TSX-1 b")), 0) << "anywhere";
+}
+
+// The version stands on the seventh line alone.
+TEST_F(Identify, LooksForTheVersionOnItsLineOnly) {
+  EXPECT_EQ(identify("4.0\n4.0\nLevel 1B Product 4.0\nTSX-1 4.0\n4.0\n4.0\n3.5\n4.1\n"), 0);
+  EXPECT_EQ(version, 1);
+}
+
+// Only the answer 1 means that there is a file, and a report along with another is dropped.
+TEST_F(Identify, TakesNoOtherAnswerForAnExistingFile) {
+  for (const int answer : {0, 2, -1}) {
+    toolkit().exists["a.xml"] = answer;
+    EXPECT_EQ(identify(annotation("3.4")), -1) << answer;
+  }
+  toolkit().exists.clear();
+  toolkit().fail_at["gkf_FileExists"] = toolkit().calls["gkf_FileExists"] + 1;
+  EXPECT_EQ(identify(annotation("3.4")), -1);
+  EXPECT_EQ(toolkit().calls["gkf_Open"], 0);
+  EXPECT_TRUE(toolkit().printed.empty());
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
+// A handle that is null without a report ends the recognition; it is closed like any other.
+TEST_F(Identify, ANullHandleWithoutAReportIsClosedToo) {
+  toolkit().fail_at["gkf_Open"] = 1;
+  toolkit().silent.insert("gkf_Open");
+  EXPECT_EQ(identify(annotation("3.4")), -1);
+  EXPECT_TRUE(toolkit().created.empty());
+  EXPECT_EQ(toolkit().calls["gkf_Fgets"], 0);
+  EXPECT_EQ(toolkit().log, std::vector<std::string>{"gkf_Close"});
+}
+
+TEST_F(Identify, OpensForReading) {
+  EXPECT_EQ(identify(annotation("3.4")), 0);
+  EXPECT_EQ(toolkit().modes, std::vector<std::string>{"r"});
+  EXPECT_EQ(toolkit().calls["gkf_Fgets"], 7) << "seven lines and no more";
 }
 
 TEST_F(Identify, RefusesAMissingFileWithoutOpeningAny) {

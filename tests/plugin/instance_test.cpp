@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "gridkit/memory.h"
 #include "plugin/string_lists.h"
@@ -70,6 +71,11 @@ TEST_F(Instance, EveryGetterHandsOutIndependentCopies) {
                             [](char*** list) {
                               int32_t count = 0;
                               tsxInstanceLayerTypesGet(&count, list);
+                            },
+                            [](char*** list) {
+                              int32_t count = 0;
+                              tsxInstancePixelTypesGet(&count, list);
+                              gkm_HeapFree((*list)[1]);
                             }};
   for (const Getter get : getters) {
     char** first = nullptr;
@@ -125,6 +131,40 @@ TEST_F(Instance, TemplatesThatFailOnTheBytesLeaveNoList) {
   unsigned char* flags = nullptr;
   EXPECT_EQ(tsxInstanceTemplateListGet(&templates, &flags), -1);
   EXPECT_EQ(templates, nullptr);
+  EXPECT_EQ(toolkit().live_blocks, 0);
+}
+
+TEST_F(Instance, TemplatesThatFailOnTheTextsAskForNoBytes) {
+  for (const char* operation : {"gkm_HeapMalloc", "gks_Duplicate"}) {
+    reset_toolkit();
+    toolkit().fail_at[operation] = 1;
+    char** templates = nullptr;
+    unsigned char* flags = nullptr;
+    EXPECT_EQ(tsxInstanceTemplateListGet(&templates, &flags), -1);
+    EXPECT_EQ(templates, nullptr);
+    EXPECT_EQ(flags, nullptr);
+    EXPECT_EQ(toolkit().calls["gkm_MemDup"], 0);
+    EXPECT_EQ(toolkit().live_blocks, 0);
+  }
+}
+
+// The texts go back from the last to the first, and the array behind them.
+TEST_F(Instance, StringListFreeGoesBackwards) {
+  const char* source[] = {"a", "b", "c"};
+  char** copy = nullptr;
+  ASSERT_EQ(tsx_StringListCopy(&copy, source, 3), 0);
+  const std::vector<const void*> expected = {copy[2], copy[1], copy[0], copy};
+  tsx_StringListFree(&copy, 3);
+  EXPECT_EQ(toolkit().freed, expected);
+}
+
+// A copy that fails at its third text gives the first two back.
+TEST_F(Instance, StringListCopyFreesWhatItReachedBackwards) {
+  const char* source[] = {"a", "b", "c", "d"};
+  char** copy = nullptr;
+  toolkit().fail_at["gks_Duplicate"] = 3;
+  EXPECT_EQ(tsx_StringListCopy(&copy, source, 4), -1);
+  EXPECT_EQ(toolkit().freed.size(), 3U) << "two texts and the array";
   EXPECT_EQ(toolkit().live_blocks, 0);
 }
 

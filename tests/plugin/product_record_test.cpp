@@ -119,17 +119,17 @@ TEST_F(ProductRecord, WithoutMemoryTheOpenHasItsWordsAndNoRecord) {
 TEST_F(ProductRecord, AComplexProductIsReleasedInAFixedOrder) {
   fileFree(full_record(variant_ssc));
   EXPECT_EQ(toolkit().log,
-            (std::vector<std::string>{"gkf_fclose", "gkf_fclose", "gks_StringListDelete",
-                                      "gks_StringListDelete", "document", "gkf_Close"}));
+            (std::vector<std::string>{"gkf_fclose", "gkf_fclose", "gks_StringListDelete name",
+                                      "gks_StringListDelete other", "document", "gkf_Close"}));
   EXPECT_EQ(toolkit().live_blocks, 0) << "the lists and the model's six arrays too";
   EXPECT_TRUE(toolkit().created.empty());
 }
 
 TEST_F(ProductRecord, ADetectedProductIsReleasedInAFixedOrder) {
   fileFree(full_record(variant_eec));
-  EXPECT_EQ(toolkit().log,
-            (std::vector<std::string>{"gkl_LayerClose", "gkl_LayerClose", "gks_StringListDelete",
-                                      "gks_StringListDelete", "document", "gkf_Close"}));
+  EXPECT_EQ(toolkit().log, (std::vector<std::string>{
+                               "gkl_LayerClose", "gkl_LayerClose", "gks_StringListDelete name",
+                               "gks_StringListDelete other", "document", "gkf_Close"}));
   EXPECT_EQ(toolkit().live_blocks, 0);
 }
 
@@ -160,20 +160,20 @@ TEST_F(ProductRecord, AFailingStepEndsTheReleaseAtOnce) {
        1,
        variant_ssc,
        "gks_StringListDelete failed",
-       {"gkf_fclose", "gkf_fclose", "gks_StringListDelete"},
+       {"gkf_fclose", "gkf_fclose", "gks_StringListDelete name"},
        2},
       {"gks_StringListDelete",
        2,
        variant_ssc,
        "gks_StringListDelete failed",
-       {"gkf_fclose", "gkf_fclose", "gks_StringListDelete", "gks_StringListDelete"},
+       {"gkf_fclose", "gkf_fclose", "gks_StringListDelete name", "gks_StringListDelete other"},
        2},
       {"gkf_Close",
        1,
        variant_ssc,
        "Closing XML file failed",
-       {"gkf_fclose", "gkf_fclose", "gks_StringListDelete", "gks_StringListDelete", "document",
-        "gkf_Close"},
+       {"gkf_fclose", "gkf_fclose", "gks_StringListDelete name", "gks_StringListDelete other",
+        "document", "gkf_Close"},
        2}};
   for (const auto& failing : cases) {
     reset_toolkit();

@@ -154,6 +154,27 @@ TEST(Documents, DamagedOnesEndDefined) {
   }
 }
 
+// Any content counts as present when there is some; it is written as it stands.
+TEST(Documents, EmptyStatisticsAreNotWrittenAgain) {
+  std::ifstream file(document("maximal", "4.0"));
+  const std::string whole{std::istreambuf_iterator<char>(file), {}};
+  const std::string statistics = "<quantisationStatistics><bin>7</bin></quantisationStatistics>";
+  std::string emptied = whole;
+  for (auto at = emptied.find(statistics); at != std::string::npos; at = emptied.find(statistics)) {
+    emptied.replace(at, statistics.size(), "<quantisationStatistics/>");
+  }
+  ASSERT_NE(emptied, whole);
+  std::string written;
+  version40::c_version40 root;
+  ASSERT_EQ(root.unmarshal(whole), 0);
+  ASSERT_EQ(root.marshal(&written), 0);
+  EXPECT_NE(written.find(statistics), std::string::npos);
+  root.reset();
+  ASSERT_EQ(root.unmarshal(emptied), 0);
+  ASSERT_EQ(root.marshal(&written), 0);
+  EXPECT_EQ(written.find("quantisationStatistics"), std::string::npos);
+}
+
 TEST(Documents, TheRootOfAnAnnotationIsChosenEight) {
   lmx::elmx_error error{};
   const version40::c_version40 root(document("minimal", "4.0").c_str(), &error);

@@ -114,7 +114,9 @@ void report(const char* operation, gke_Report** err, const char* message) {
 
 void* new_block(size_t size) {
   ++toolkit().live_blocks;
-  return ledger.lend_block(std::malloc(size == 0 ? 1 : size));
+  // Filled, so that nothing passes for cleared that is not.
+  const size_t bytes = size == 0 ? 1 : size;
+  return ledger.lend_block(std::memset(std::malloc(bytes), 0xA5, bytes));
 }
 
 char* new_text(const char* text) {
@@ -123,7 +125,8 @@ char* new_text(const char* text) {
 
 bool failed(const char* operation, gke_Report** err) {
   if (!fails(operation)) return false;
-  if (err != nullptr) *err = new_report({operation, "made to fail", 2}, *err);
+  const bool told = err != nullptr && !toolkit().silent.contains(operation);
+  if (told) *err = new_report({operation, "made to fail", 2}, *err);
   return true;
 }
 
@@ -161,6 +164,7 @@ void* gkm_HeapMalloc(size_t size) {
 void gkm_HeapFree(void* block) {
   if (block == nullptr) return;
   --toolkit().live_blocks;
+  toolkit().freed.push_back(block);
   ledger.take_back(block);
 }
 void* gkm_MemDup(const void* source, size_t size) {
@@ -243,7 +247,10 @@ void gke_DeleteErrorReportEx(gke_Report** chain) {
 
 // --- Files and streams ---
 
-int32_t gkf_FileExists(const char* path, gke_Report**) {
+int32_t gkf_FileExists(const char* path, gke_Report** err) {
+  if (failed("gkf_FileExists", err)) return 0;
+  const auto told = toolkit().exists.find(path);
+  if (told != toolkit().exists.end()) return told->second;
   return toolkit().files.contains(path) ? 1 : 0;
 }
 gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t) {
@@ -269,8 +276,9 @@ void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err) {
   std::snprintf(buffer, count + 1, "%s", bytes.c_str() + file->position);
   file->position += count;
 }
-gkf_Stream* gkf_fopen(const char* path, const char*) {
-  toolkit().log.push_back(std::string("gkf_fopen ") + (path != nullptr ? path : "(null)"));
+gkf_Stream* gkf_fopen(const char* path, const char* mode) {
+  toolkit().log.push_back(std::string("gkf_fopen ") + (path != nullptr ? path : "(null)") + ' ' +
+                          mode);
   if (fails("gkf_fopen") || path == nullptr || !toolkit().files.contains(path)) return nullptr;
   return ledger.lend(new gkf_Stream{path});
 }
@@ -324,7 +332,9 @@ gks_StringList* gks_StringListAppend(gks_StringList* list, const char* text, gke
   return list;
 }
 void gks_StringListDelete(gks_StringList* list, gke_Report** err) {
-  toolkit().log.emplace_back("gks_StringListDelete");
+  const bool is_empty = list == nullptr || list->count == 0;
+  toolkit().log.push_back(std::string("gks_StringListDelete ") +
+                          (is_empty ? "" : list->strings[0]));
   if (failed("gks_StringListDelete", err) || list == nullptr) return;
   for (int32_t i = 0; i < list->count; ++i) gkm_HeapFree(list->strings[i]);
   gkm_HeapFree(list->strings);
@@ -369,6 +379,8 @@ void gkl_LayerClose(gkl_Layer* layer, gke_Report** err) {
   ledger.take_back(layer);
 }
 gkl_PixelRect* gkl_PixelRectCreate(int32_t width, int32_t height, int32_t type, gke_Report** err) {
+  toolkit().log.push_back("gkl_PixelRectCreate " + std::to_string(width) + ' ' +
+                          std::to_string(height) + ' ' + std::to_string(type));
   if (failed("gkl_PixelRectCreate", err)) return nullptr;
   // Pixels 16 bytes apart and lines wider than needed: strides are to be used.
   const int64_t row = 16 * int64_t{width} + 32;

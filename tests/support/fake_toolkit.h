@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct FakeToolkit {
   std::map<std::string, std::string> files;   // path -> bytes
   std::map<std::string, int> fail_at;         // operation -> number of the call that fails, from 1
   std::map<std::string, int> fail_until;      // operation -> last number that fails
+  std::set<std::string> silent;               // operations whose failures leave no report
+  std::map<std::string, int> exists;          // path -> answer of gkf_FileExists, over `files`
   std::map<std::string, int> calls;           // operation -> calls so far
   std::vector<std::string> log;               // operations whose order matters
   std::vector<PrintedReport> printed;         // newest of a chain first
@@ -39,6 +42,7 @@ struct FakeToolkit {
   std::vector<std::int64_t> seeks;
   std::int32_t projection_mark = 0;  // of every projection
   double modelled = 0;               // what rmdl_modelEphemeris stores in rs_coeffs[0]
+  std::vector<const void*> freed;    // blocks given back, in order
   int live_blocks = 0;               // allocated and not freed
   int live_reports = 0;
 

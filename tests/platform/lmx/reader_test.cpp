@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "tests/support/scratch_folder.h"
 
@@ -151,6 +152,82 @@ TEST(Namespaces, InstanceAttributesAreKnownByTheirNamespace) {
   EXPECT_FALSE(reader.is_xsi_attribute(scope, "nil"));
 }
 
+// The default namespace is that of elements: an attribute without a prefix is in none.
+TEST(Namespaces, ADefaultNamespaceDoesNotReachAttributes) {
+  const std::string document = "<a xmlns='http://www.w3.org/2001/XMLSchema-instance' nil='1'/>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  EXPECT_FALSE(reader.is_xsi_attribute(reader.xml_local, "nil"));
+  EXPECT_FALSE(reader.is_xsi_attribute(nullptr, "i:nil"));
+}
+
+TEST(Namespaces, TheInnermostDeclarationCounts) {
+  const std::string document =
+      "<a xmlns:i='http://www.w3.org/2001/XMLSchema-instance'><b xmlns:i='urn:x' i:nil='1'></b>"
+      "<c i:nil='1'/></a>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  elmx_error error{};
+  for (int i = 0; i < 2; ++i) reader.get_element_event(nullptr, &error, &reader.current_name);
+  ASSERT_EQ(reader.current_name, "b");
+  EXPECT_FALSE(reader.is_xsi_attribute(reader.xml_local, "i:nil"));
+  for (int i = 0; i < 2; ++i) reader.get_element_event(nullptr, &error, &reader.current_name);
+  ASSERT_EQ(reader.current_name, "c");
+  EXPECT_TRUE(reader.is_xsi_attribute(reader.xml_local, "i:nil")) << "still declared outside";
+}
+
+TEST(Namespaces, AGuardDropsWhatWasDeclaredUnderIt) {
+  c_xml_reader_memory reader("<a/>", 4);
+  reader.xml_local->declare("kept", "urn:k", 1);
+  {
+    const c_xml_reader_local guard(&reader);
+    reader.xml_local->declare("dropped", "urn:d", 1);
+    EXPECT_EQ(reader.xml_local->uri_of("dropped"), "urn:d");
+  }
+  EXPECT_EQ(reader.xml_local->uri_of("dropped"), "");
+  EXPECT_EQ(reader.xml_local->uri_of("kept"), "urn:k");
+}
+
+TEST(Attributes, TellHowTheTagEnds) {
+  for (const auto& [document, closes] : {std::pair{"<a x='1'/>", true}, {"<a x='1'></a>", false}}) {
+    c_xml_reader_memory reader(document, std::strlen(document));
+    enter(reader);
+    elmx_error error{};
+    ASSERT_TRUE(reader.get_attribute_event(nullptr, &error, &reader.attribute_name));
+    reader.current_event = closes ? 0 : end_event;
+    EXPECT_FALSE(reader.get_attribute_event(nullptr, &error, &reader.attribute_name));
+    EXPECT_EQ(reader.current_event == end_event, closes) << document;
+  }
+}
+
+TEST(Attributes, HaveTheirValuesCollapsedWhereAsked) {
+  const std::string document = "<a x=' 1  2 '/>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  std::string value = "old";
+  EXPECT_FALSE(reader.get_attribute_value(&value, whitespace_preserve)) << "none was reported yet";
+  elmx_error error{};
+  ASSERT_TRUE(reader.get_attribute_event(nullptr, &error, &reader.attribute_name));
+  EXPECT_TRUE(reader.get_attribute_value(&value, whitespace_preserve));
+  EXPECT_EQ(value, " 1  2 ");
+  EXPECT_TRUE(reader.get_attribute_value(&value, whitespace_collapse));
+  EXPECT_EQ(value, "1 2");
+}
+
+TEST(Tokenise, ClassifiesAttributesWithoutAPrefixOnly) {
+  const s_event_map map[] = {{1, "x", 1, 20}, {0, nullptr, 0, 1}};
+  const std::string document = "<a x='1' p:x='2' xmlns:p='urn:p'/>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  elmx_error error{};
+  ASSERT_TRUE(reader.get_attribute_event(nullptr, &error, &reader.attribute_name));
+  reader.tokenise(map, current_attribute);
+  EXPECT_EQ(reader.current_event, 20);
+  ASSERT_TRUE(reader.get_attribute_event(nullptr, &error, &reader.attribute_name));
+  EXPECT_EQ(reader.attribute_name, "p:x");
+  reader.tokenise(map, current_attribute);
+  EXPECT_EQ(reader.current_event, 1);
+}
+
 TEST(Namespaces, DeclarationsEndWithTheirElement) {
   const std::string document =
       "<a><b xmlns:i='http://www.w3.org/2001/XMLSchema-instance'></b><c i:x='1'/></a>";
@@ -167,6 +244,19 @@ TEST(SimpleValue, JoinsTextCdataReferencesAndAroundComments) {
   EXPECT_EQ(value.text, " x<y>&Az ");
   EXPECT_EQ(simple_value("<a> x \n y </a>", whitespace_collapse).text, "x y");
   EXPECT_EQ(simple_value("<a/>").text, "");
+}
+
+TEST(SimpleValue, ReplacesWhatThePlaceHeld) {
+  const std::string document = "<a>x</a>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  std::string value = "old";
+  elmx_error error = error_malformed;
+  bool no_value = true;
+  EXPECT_TRUE(reader.get_simple_type_value("a", whitespace_preserve, &value, &error, &no_value));
+  EXPECT_EQ(value, "x");
+  EXPECT_EQ(error, error_none);
+  EXPECT_FALSE(no_value);
 }
 
 TEST(SimpleValue, RefusesChildrenAndAttributes) {
@@ -200,6 +290,36 @@ TEST(InnerMarkup, OfAnEmptyElementIsNoValue) {
     EXPECT_TRUE(reader.get_element_ur_value("a", &value, &error, &no_value));
     EXPECT_TRUE(no_value);
     EXPECT_EQ(value, "");
+  }
+}
+
+TEST(InnerMarkup, OfAnElementThatClosesItselfEndsThere) {
+  const std::string document = "<x><a/><b/>tail</x>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  enter(reader);
+  ASSERT_EQ(reader.current_name, "a");
+  std::string value = "old";
+  elmx_error error{};
+  bool no_value = false;
+  EXPECT_TRUE(reader.get_element_ur_value("a", &value, &error, &no_value));
+  EXPECT_EQ(value, "");
+  EXPECT_TRUE(no_value);
+  reader.get_element_event(nullptr, &error, &reader.current_name);
+  EXPECT_EQ(reader.current_name, "b") << "and the read goes on behind it";
+}
+
+TEST(InnerMarkup, ComesFromAnyDocumentWhoseBytesAreUtf8) {
+  for (const char* encoding : {"UTF-8", "utf-8", "US-ASCII"}) {
+    const std::string document =
+        std::string("<?xml version='1.0' encoding='") + encoding + "'?><a><b/></a>";
+    c_xml_reader_memory reader(document.data(), document.size());
+    enter(reader);
+    std::string value;
+    elmx_error error{};
+    bool no_value = false;
+    EXPECT_TRUE(reader.get_element_ur_value("a", &value, &error, &no_value)) << encoding;
+    EXPECT_EQ(value, "<b/>");
   }
 }
 
@@ -242,6 +362,10 @@ TEST(Malformed, NestingHasALimit) {
   std::string deep;
   for (std::size_t i = 0; i <= token_stream::deepest; ++i) deep += "<a>";
   EXPECT_EQ(first_fault(deep), error_too_deep);
+  std::string fits;
+  for (std::size_t i = 0; i < token_stream::deepest; ++i) fits += "<a>";
+  for (std::size_t i = 0; i < token_stream::deepest; ++i) fits += "</a>";
+  EXPECT_EQ(first_fault(fits), error_none);
 }
 
 // Reads until the fault and reports it under the name "a".
@@ -280,6 +404,26 @@ TEST(Diagnostic, KeepsTheFirstFaultAndLeavesTheCodeAlone) {
   EXPECT_EQ(reader.handle_error(error_too_long, "first", "tag", 0), error_too_long);
   EXPECT_EQ(reader.handle_error(error_invalid_value, "second", "tag", 0), error_invalid_value);
   EXPECT_EQ(reader.diagnostic()->name, "first");
+}
+
+// A file that opens but cannot be read: the process's own memory at address 0.
+TEST(Malformed, AReadErrorIsNoEndOfTheDocument) {
+  c_xml_reader_file reader("/proc/self/mem");
+  ASSERT_TRUE(reader.is_open());
+  elmx_error error{};
+  reader.get_element_event(nullptr, &error, &reader.current_name);
+  EXPECT_EQ(error, error_reading);
+}
+
+// A value is quoted whole up to 60 bytes.
+TEST(Diagnostic, QuotesLongValuesShortened) {
+  for (const std::size_t size : {60U, 61U}) {
+    c_xml_reader_memory reader("<a/>", 4);
+    reader.value_text = std::string(size, 'x');
+    reader.handle_error(error_too_long, "a", "tag", 0);
+    EXPECT_EQ(reader.diagnostic()->found,
+              '"' + std::string(60, 'x') + (size > 60 ? "...\"" : "\""));
+  }
 }
 
 TEST(Policy, SeesEachFaultAndDecides) {

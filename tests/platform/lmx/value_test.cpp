@@ -47,7 +47,7 @@ TEST(Floats, TakeDecimalScientificAndSpecialForms) {
 }
 
 TEST(Booleans, TakeFourForms) {
-  EXPECT_TRUE(is_valid_bool("1"));
+  for (const char* text : {"true", "false", "1", "0"}) EXPECT_TRUE(is_valid_bool(text)) << text;
   EXPECT_TRUE(to_bool("1"));
   EXPECT_TRUE(to_bool("true"));
   EXPECT_FALSE(to_bool("0"));
@@ -74,6 +74,12 @@ TEST(Conversions, TakeTheEndsOfEveryIntegerType) {
   EXPECT_EQ(to_int64("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
   EXPECT_EQ(to_uint64("18446744073709551615"), std::numeric_limits<std::uint64_t>::max());
   EXPECT_EQ(to_uint32("+4294967295"), std::numeric_limits<std::uint32_t>::max());
+  EXPECT_EQ(to_int64("-5"), -5);
+  EXPECT_EQ(to_int32("-7"), -7);
+  EXPECT_EQ(to_int64("+9223372036854775807"), std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(to_uint64("007x9"), 7U) << "up to the first that is no digit";
+  EXPECT_EQ(to_uint64("x"), 0U);
+  EXPECT_EQ(to_uint64("99999999999999999999999"), std::numeric_limits<std::uint64_t>::max());
   EXPECT_EQ(to_uint8("300"), 44) << "the low 8 bits of 300 = 256 + 44";
 }
 
@@ -124,6 +130,9 @@ TEST(Collapse, StripsEndsAndReducesRuns) {
   std::string text = " \n a  b\t\tc ";
   collapse(text);
   EXPECT_EQ(text, "a b c");
+  text = "\r\na\r b\r\n";
+  collapse(text);
+  EXPECT_EQ(text, "a b");
   text = "  ";
   collapse(text);
   EXPECT_EQ(text, "");
@@ -150,12 +159,27 @@ TEST(DateTime, TakesTheLexicalForms) {
 }
 
 TEST(DateTime, RefusesWhatIsNoTime) {
-  for (const char* text :
-       {"", "2008-03-10", "2008-03-10 13:32:20", "2007-02-29T00:00:00", "1900-02-29T00:00:00",
-        "2008-13-01T00:00:00", "2008-04-31T00:00:00", "2008-03-10T24:00:01", "2008-03-10T13:60:00",
-        "2008-03-10T13:32:60", "2008-03-10T13:32:20.", "208-03-10T13:32:20",
-        "2008-03-10T13:32:20+15:00", "2008-03-10T13:32:20z", "0000-01-01T00:00:00",
-        "02008-01-01T00:00:00", "2008-03-10T13:32:20 "}) {
+  for (const char* text : {"",
+                           "2008-03-10",
+                           "2008-03-10 13:32:20",
+                           "2007-02-29T00:00:00",
+                           "1900-02-29T00:00:00",
+                           "2008-13-01T00:00:00",
+                           "2008-04-31T00:00:00",
+                           "2008-03-10T24:00:01",
+                           "2008-03-10T13:60:00",
+                           "2008-03-10T13:32:60",
+                           "2008-03-10T13:32:20.",
+                           "208-03-10T13:32:20",
+                           "2008-03-10T13:32:20+15:00",
+                           "2008-03-10T13:32:20+14:30",
+                           "2008-03-10T13:32:20+01:60",
+                           "2008-12-31T24:01:00",
+                           "2008-12-31T25:00:00",
+                           "2008-03-10T13:32:20z",
+                           "0000-01-01T00:00:00",
+                           "02008-01-01T00:00:00",
+                           "2008-03-10T13:32:20 "}) {
     EXPECT_FALSE(c_datetime::is_valid(text)) << text;
   }
 }
@@ -172,6 +196,10 @@ TEST(DateTime, GivesItsPartsAndItsTextBack) {
   std::ostringstream out;
   out << time;
   EXPECT_EQ(out.str(), "2008-03-10T23:59:59.999999Z");
+  time = "-0044-03-15T12:07:00";
+  EXPECT_EQ(time.year, -44);
+  EXPECT_EQ(time.hour, 12);
+  EXPECT_EQ(time.minute, 7);
   time = "nonsense";
   EXPECT_EQ(time.year, 0);
   EXPECT_EQ(time.text(), "");
