@@ -72,7 +72,9 @@ Geodetic to_ground(const OrbitTrack& orbit, const Ellipsoid& earth, LookSide sid
         solve(rows, {point.range - distance, -dot(rows[1], sight), height - place.height});
     position = position + step;
     if (!std::isfinite(length(position))) break;
-    if (length(step) < precision) return earth.to_geodetic(position);
+    if (length(step) >= precision) continue;
+    const Geodetic found = earth.to_geodetic(position);
+    return {found.latitude, found.longitude, height};
   }
   throw gridkit::Error("the slant range does not reach that height");
 }

@@ -32,30 +32,36 @@ struct Request {
 constexpr double largest_miss = 10;  // m
 constexpr int refused = 1;
 
-void print(const Request& request, Pixel pixel, const Geodetic& place) {
-  if (request.as_json) {
-    const json document = {{"line", pixel.line},
-                           {"sample", pixel.sample},
-                           {"latitude", place.latitude},
-                           {"longitude", place.longitude},
-                           {"height", place.height}};
+// A place in the image and on the ground; a map knows no heights.
+void print(Pixel pixel, const Geodetic& place, bool has_height, bool as_json) {
+  if (as_json) {
+    json document = {{"line", pixel.line},
+                     {"sample", pixel.sample},
+                     {"latitude", place.latitude},
+                     {"longitude", place.longitude}};
+    document["height"] = has_height ? json(place.height) : json(nullptr);
     std::cout << document.dump(2) << '\n';
     return;
   }
-  std::printf("line %.6f  sample %.6f  latitude %.9f  longitude %.9f  height %.3f\n", pixel.line,
-              pixel.sample, place.latitude, place.longitude, place.height);
+  std::printf("line %.6f  sample %.6f  latitude %.9f  longitude %.9f", pixel.line, pixel.sample,
+              place.latitude, place.longitude);
+  if (has_height) std::printf("  height %.3f", place.height);
+  std::printf("\n");
 }
 
 int locate(const Placement& placement, const Request& request) {
+  const auto* radar = placement.radar();
   if (!request.ground.empty()) {
     const Geodetic place = {request.ground[0], request.ground[1], request.ground[2]};
-    print(request, placement.pixel_of(place), place);
+    print(placement.pixel_of(place), place, true, request.as_json);
     return 0;
   }
-  const auto* radar = placement.radar();
+  if (request.height && radar == nullptr) {
+    throw gridkit::Error("an image on a map takes no height");
+  }
   const Pixel pixel = {*request.line, *request.sample};
   const double height = request.height.value_or(radar != nullptr ? radar->average_height() : 0);
-  print(request, pixel, placement.ground_of(pixel, height));
+  print(pixel, placement.ground_of(pixel, height), radar != nullptr, request.as_json);
   return 0;
 }
 
@@ -112,8 +118,7 @@ int check(const Placement& placement, const Request& request) {
                                   : check_point(placement, pixel, stated)});
   }
   if (points.empty()) {
-    throw gridkit::Error(request.path +
-                         ": its centre and corner coordinates name no row and column to check");
+    throw gridkit::Error("its centre and corner coordinates name no row and column to check");
   }
   if (request.as_json) {
     print_as_json(points, placement);
@@ -124,7 +129,7 @@ int check(const Placement& placement, const Request& request) {
   for (const auto& [stated, result] : points) {
     if (result.miss() <= largest_miss) continue;
     std::fflush(stdout);
-    std::fprintf(stderr, "gridkit: %s: the %s lies %.1f m from its pixel at any terrain height\n",
+    std::fprintf(stderr, "gridkit: %s: %s lies %.1f m from its pixel at any terrain height\n",
                  request.path.c_str(), stated.name.c_str(), result.miss());
     status = refused;
   }
@@ -134,7 +139,11 @@ int check(const Placement& placement, const Request& request) {
 int run(const Host& host, const Request& request) {
   const gridkit::Product product = host.open(request.path);
   const Placement placement(product);
-  return request.check ? check(placement, request) : locate(placement, request);
+  try {
+    return request.check ? check(placement, request) : locate(placement, request);
+  } catch (const gridkit::Error& error) {
+    throw gridkit::Error(request.path + ": " + error.what());
+  }
 }
 
 }  // namespace
