@@ -289,6 +289,21 @@ TEST(Reading, OutOfOrderNamesTheExpectedElement) {
   EXPECT_EQ(reader.diagnostic()->expected, "<itemName>");
 }
 
+// After each child the reader knows the names from that child on: one that is past is unknown, the
+// child's own is not.
+TEST(Reading, ForgetsTheNamesThatArePast) {
+  const auto event_behind = [](const std::string& children) {
+    c_generalHeader h;
+    const std::string text = "<generalHeader fileName='f'>" + children + "</generalHeader>";
+    lmx::c_xml_reader_memory reader(text.data(), text.size());
+    EXPECT_EQ(h.unmarshal(reader), 21);
+    return reader.current_event;
+  };
+  const std::string name = "<itemName>i</itemName>";
+  EXPECT_EQ(event_behind(name + "<mission>m</mission>" + name), 1);
+  EXPECT_GE(event_behind(name + name), 12);
+}
+
 TEST(Reading, ValueFaultsNameTheWholePath) {
   c_dblPolynom p;
   const std::string text = "<dblPolynom>\n  <validityRangeMin>x</validityRangeMin></dblPolynom>";
@@ -389,6 +404,10 @@ TEST(Writing, LaysElementsOutByTabs) {
 
 TEST(Writing, ToAFileThatCannotBeOpenedIsOne) {
   EXPECT_EQ(header().marshal("/nonexistent/x.xml"), 1);
+}
+
+TEST(Writing, ToAFullDeviceIsOne) {
+  EXPECT_EQ(header().marshal("/dev/full"), 1);
 }
 
 TEST(Writing, ToAFileReplacesWhatItHeld) {
