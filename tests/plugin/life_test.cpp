@@ -6,6 +6,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -92,6 +94,57 @@ TEST_F(Life, OfEveryVariantAndSchemaIsWhole) {
     }
   }
   EXPECT_TRUE(messages.empty()) << messages.front();
+}
+
+// Everything that the plug-in reads of an annotation, as text.
+std::string told_by(level1bProductBase& view) {
+  std::ostringstream out;
+  out.precision(17);
+  out << view.productVariant() << ' ' << view.imageDataFormat() << ' ' << view.numberOfLayers()
+      << ' ' << view.numberOfRows() << ' ' << view.numberOfColumns() << ' ' << view.calFactor()
+      << ' ' << view.lookDirection() << ' ' << view.projection() << '\n'
+      << view.sceneStartYear() << ' ' << view.sceneStartMonth() << ' ' << view.sceneStartDay()
+      << ' ' << view.sceneStartHour() << ' ' << view.sceneStartMinute() << ' '
+      << view.sceneStartSecond() << ' ' << view.sceneStopHour() << ' ' << view.sceneStopMinute()
+      << ' ' << view.sceneStopSecond() << '\n'
+      << view.centerFrequency() << ' ' << view.projectedSpacingSlantRange() << ' '
+      << view.projectedSpacingAzimuth() << ' ' << view.columnSpacing() << ' ' << view.rowSpacing()
+      << ' ' << view.rangeSamplingRate() << ' ' << view.firstPixelRangeTime() << ' '
+      << view.sceneAverageHeight() << ' ' << view.slantRangeSpacing() << ' '
+      << view.quicklookDataStartWith() << '\n'
+      << view.firstStateYear() << ' ' << view.firstStateMonth() << ' ' << view.firstStateDay()
+      << ' ' << view.firstStateHour() << ' ' << view.firstStateMinute() << ' '
+      << view.firstStateSecond() << ' ' << view.numStateVectors() << ' '
+      << view.stateVectorTimeSpacing() << '\n';
+  for (std::uint32_t i = 0; i < view.numStateVectors(); ++i) {
+    out << view.stateVecPosX(i) << ' ' << view.stateVecPosY(i) << ' ' << view.stateVecPosZ(i) << ' '
+        << view.stateVecVelX(i) << ' ' << view.stateVecVelY(i) << ' ' << view.stateVecVelZ(i)
+        << '\n';
+  }
+  out << view.slantToGroundPolynomialDegree();
+  for (std::uint32_t i = 0; i <= view.slantToGroundPolynomialDegree(); ++i) {
+    out << ' ' << view.slantToGroundCoefficient(i);
+  }
+  out << '\n'
+      << view.imageDataPath(0) << ' ' << view.imageDataFilename(0) << ' ' << view.polLayer(0);
+  return out.str();
+}
+
+TEST_F(Life, TheSameProductReadsTheSameInEverySchema) {
+  options.variant = Variant::mgd;
+  std::set<std::string> told;
+  for (const char* version : {"3.4", "3.5", "4.0"}) {
+    options.version_text = version;
+    const std::string path = simulate::write_product_folder(options, folder);
+    TsxFile* file = tsxFileTitleIdentifyAndOpen(path.c_str(), nullptr, "r");
+    ASSERT_NE(file, nullptr);
+    ASSERT_NE(file->product, nullptr);
+    EXPECT_GT(file->product->numStateVectors(), 1U);
+    EXPECT_GT(file->product->slantToGroundPolynomialDegree(), 1U);
+    told.insert(told_by(*file->product));
+    tsxFileClose(file);
+  }
+  EXPECT_EQ(told.size(), 1U) << *told.begin() << "\nbut\n" << *told.rbegin();
 }
 
 TEST_F(Life, ALayerPastTheImagesEndsInAReport) {

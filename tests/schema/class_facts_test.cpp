@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <concepts>
+#include <sstream>
 #include <string>
 #include <type_traits>
 
@@ -303,6 +304,46 @@ TEST(EmptyList, CountsAsPresent) {
     EXPECT_EQ(segment.size_DRAoffset(), 0U);
   }
   EXPECT_FALSE(segment_of("").isset_DRAoffset());
+}
+
+template <class Class>
+std::string written(const Class& object, const char* name) {
+  std::ostringstream out;
+  lmx::c_xml_writer writer(out, 0, "\t", "\n");
+  EXPECT_EQ(object.marshal(writer, name), 0);
+  return out.str();
+}
+
+// A list is an element or an attribute only while it holds something, present or not.
+TEST(EmptyList, IsNotWritten) {
+  c_segmentInfoType segment;
+  segment.set_segmentID(7);
+  segment.set_polLayer("HV");
+  segment.append_DRAoffset("SRA");
+  segment.append_DRAoffset("DRAAft");
+  segment.get_dataSegment().set_numberOfRows(1);
+  lmx::c_datetime time;
+  time = "2008-03-10T13:32:20";
+  segment.get_dataSegment().set_startTimeUTC(time);
+  segment.get_dataSegment().set_stopTimeUTC(time);
+  const std::string end =
+      "\t<dataSegment>\n\t\t<startTimeUTC>2008-03-10T13:32:20</startTimeUTC>\n"
+      "\t\t<stopTimeUTC>2008-03-10T13:32:20</stopTimeUTC>\n"
+      "\t\t<numberOfRows>1</numberOfRows>\n\t</dataSegment>\n</s>\n";
+  const std::string start = "<s segmentID=\"7\">\n\t<polLayer>HV</polLayer>\n";
+  EXPECT_EQ(written(segment, "s"), start + "\t<DRAoffset>SRA DRAAft</DRAoffset>\n" + end);
+  segment.clear_DRAoffset();
+  EXPECT_TRUE(segment.isset_DRAoffset());
+  EXPECT_EQ(written(segment, "s"), start + end);
+
+  Info::c_imageDataInfo::c_imageRaster::c_rowSpacing spacing;
+  spacing.set_rowSpacing(1.5F);
+  spacing.append_units("s");
+  spacing.append_units("m");
+  EXPECT_EQ(written(spacing, "rowSpacing"), "<rowSpacing units=\"s m\">1.5</rowSpacing>\n");
+  spacing.clear_units();
+  EXPECT_TRUE(spacing.isset_units());
+  EXPECT_EQ(written(spacing, "rowSpacing"), "<rowSpacing>1.5</rowSpacing>\n");
 }
 
 // A numeric text of its own is never missed.

@@ -7,7 +7,9 @@
 #include <sstream>
 #include <utility>
 
+#include "binding/document.h"
 #include "binding/engine.h"
+#include "binding/root.h"
 #include "level1bProduct34/version34.h"
 #include "level1bProduct35/version35.h"
 #include "level1bProduct40/version40.h"
@@ -287,6 +289,21 @@ TEST(Reading, OutOfOrderNamesTheExpectedElement) {
   EXPECT_EQ(reader.diagnostic()->expected, "<itemName>");
 }
 
+// After each child the reader knows the names from that child on: one that is past is unknown, the
+// child's own is not.
+TEST(Reading, ForgetsTheNamesThatArePast) {
+  const auto event_behind = [](const std::string& children) {
+    c_generalHeader h;
+    const std::string text = "<generalHeader fileName='f'>" + children + "</generalHeader>";
+    lmx::c_xml_reader_memory reader(text.data(), text.size());
+    EXPECT_EQ(h.unmarshal(reader), 21);
+    return reader.current_event;
+  };
+  const std::string name = "<itemName>i</itemName>";
+  EXPECT_EQ(event_behind(name + "<mission>m</mission>" + name), 1);
+  EXPECT_GE(event_behind(name + name), 12);
+}
+
 TEST(Reading, ValueFaultsNameTheWholePath) {
   c_dblPolynom p;
   const std::string text = "<dblPolynom>\n  <validityRangeMin>x</validityRangeMin></dblPolynom>";
@@ -389,6 +406,43 @@ TEST(Writing, ToAFileThatCannotBeOpenedIsOne) {
   EXPECT_EQ(header().marshal("/nonexistent/x.xml"), 1);
 }
 
+TEST(Writing, ToAFullDeviceIsOne) {
+  EXPECT_EQ(header().marshal("/dev/full"), 1);
+}
+
+TEST(Writing, ToAFileReplacesWhatItHeld) {
+  const ScratchFolder folder;
+  const auto path = folder / "header.xml";
+  c_generalHeader h = header();
+  h.set_remark(std::string(500, 'x'));
+  EXPECT_EQ(h.marshal(path.c_str()), 0);
+  h.unset_remark();
+  std::string text;
+  EXPECT_EQ(h.marshal(&text), 0);
+  EXPECT_EQ(h.marshal(path.c_str()), 0);
+  EXPECT_EQ(std::filesystem::file_size(path), text.size());
+}
+
+TEST(Writing, AFailureLeavesTheTextAsItWas) {
+  struct Failing : binding::document_writer {
+    elmx_error write(lmx::c_xml_writer& writer) const override {
+      writer(false) << "half";
+      return lmx::error_nothing_chosen;
+    }
+  };
+  std::string text = "old";
+  EXPECT_EQ(Failing().to_text(&text), 7);
+  EXPECT_EQ(text, "old");
+}
+
+TEST(Writing, ToAStreamIsTheSameText) {
+  std::ostringstream out;
+  std::string text;
+  EXPECT_EQ(header().marshal(out), 0);
+  EXPECT_EQ(header().marshal(&text), 0);
+  EXPECT_EQ(out.str(), text);
+}
+
 TEST(Writing, ToAFileReadsBack) {
   const ScratchFolder folder;
   const auto path = folder / "header.xml";
@@ -474,6 +528,30 @@ TEST(Root, SettingATextReleasesWhatWasHeld) {
   EXPECT_TRUE(text.ends_with("<polLayer>VV</polLayer>\n"));
 }
 
+TEST(Root, ATextOutsideItsSetIsCopiedAsNothingChosen) {
+  c_version40 root;
+  EXPECT_EQ(root.set_chirpSlope("SIDEWAYS"), 0);
+  EXPECT_EQ(root.getenum_chirpSlope(), 0);
+  const c_version40 copy(root);
+  EXPECT_EQ(copy.getchosen(), 9);
+  root.append_imagingMode("foreign");
+  const c_version40 second(root);
+  EXPECT_EQ(second.getchosen(), 9);
+}
+
+TEST(Root, CopiesAndSwapsAnObject) {
+  c_version40 root;
+  ASSERT_EQ(root.unmarshal(general_header), 0);
+  c_version40 copy(root);
+  root.reset();
+  ASSERT_EQ(copy.getchosen(), 0);
+  EXPECT_EQ(std::as_const(copy).get_generalHeader().get_mission(), "m");
+  root.swap(copy);
+  EXPECT_EQ(copy.getchosen(), 9);
+  copy = root;
+  EXPECT_EQ(std::as_const(copy).get_generalHeader().get_source(), "s");
+}
+
 TEST(RootDeathTest, AssertsWithTheRootsTexts) {
   c_version40 root;
   EXPECT_DEATH(std::as_const(root).get_level1Product(), "chosen == e_level1Product");
@@ -498,6 +576,38 @@ TEST(Root, KnowsItsMembersByTheReadersPlace) {
   EXPECT_EQ(second.current_event, 7) << "as it was";
   second.current_event = 6;
   EXPECT_FALSE(c_version40::is_member(second, "other"));
+}
+
+// An element's start: not classified yet, unknown, or classified by another map, from 12 on.
+TEST(Root, AsksOnlyAtAnElementsStart) {
+  const std::string document = "<file/>";
+  for (int event = 0; event <= 20; ++event) {
+    lmx::c_xml_reader_memory reader(document.data(), document.size());
+    elmx_error error{};
+    reader.get_element_event(nullptr, &error, &reader.current_name);
+    reader.current_event = event;
+    const bool at_start = event == 7 || event == 1 || event >= 12;
+    EXPECT_EQ(c_version40::is_member(reader, "file"), at_start) << event;
+    EXPECT_EQ(reader.current_event, at_start ? 29 : event);
+  }
+}
+
+// The bracket that ends the start tag of a text or list is indented like the tag, which shows below
+// the outermost level only.
+TEST(Root, WritesTextsAndListsAtAnyDepth) {
+  const auto written = [](const c_version40& root) {
+    std::ostringstream out;
+    lmx::c_xml_writer writer(out, 0, "\t", "\n");
+    writer.depth = 1;
+    EXPECT_EQ(root.marshal(writer, "ignored"), 0);
+    return out.str();
+  };
+  c_version40 root;
+  root.set_polLayer("HV");
+  EXPECT_EQ(written(root), "\t<polLayer\t>HV</polLayer>\n");
+  root.append_imagingMode("SM");
+  root.append_imagingMode("SL");
+  EXPECT_EQ(written(root), "\t<imagingMode\t>SM SL</imagingMode>\n");
 }
 
 }  // namespace

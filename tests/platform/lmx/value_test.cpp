@@ -4,7 +4,9 @@
 
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <sstream>
 
@@ -100,15 +102,39 @@ TEST(Conversions, AreTheLibrarysToTheBit) {
   }
 }
 
-TEST(Conversions, DoNotDependOnTheLocale) {
-  const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-  for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"}) {
-    if (std::setlocale(LC_NUMERIC, name) != nullptr) break;
+// A locale of the test's own making, whose decimal point is a comma. Its folder's name has no
+// colon, which would part the list that LOCPATH is.
+class CommaLocale : public testing::Test {
+ protected:
+  void SetUp() override {
+    folder = std::filesystem::temp_directory_path() / "tsx_locale_XXXXXX";
+    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
+    // localedef warns by its exit status; whether there is a locale shows below.
+    const std::string command =
+        "localedef -c -i de_DE -f UTF-8 " + folder + "/de_DE.UTF-8 >/dev/null 2>&1";
+    tried = std::system(command.c_str());
+    ::setenv("LOCPATH", folder.c_str(), 1);
+    std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
+    if (*std::localeconv()->decimal_point != ',') {
+      GTEST_SKIP() << "localedef made no locale with a comma, status " << tried;
+    }
   }
+  void TearDown() override {
+    ::unsetenv("LOCPATH");
+    std::setlocale(LC_NUMERIC, "C");
+    std::filesystem::remove_all(folder);
+  }
+  std::string folder;
+  int tried = 0;
+};
+
+TEST_F(CommaLocale, ChangesNoNumber) {
   EXPECT_EQ(to_double("1.5"), 1.5);
+  EXPECT_EQ(to_double("+1.25"), 1.25);
   EXPECT_EQ(to_double("1.5e999"), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(to_double("0.75e309"), std::numeric_limits<double>::infinity()) << "and not 0";
   EXPECT_EQ(written(1.5), "1.5");
-  std::setlocale(LC_NUMERIC, before.c_str());
+  EXPECT_EQ(written(2.5F), "2.5");
 }
 
 TEST(Writing, GivesNumbersThatReadBackToTheBit) {
