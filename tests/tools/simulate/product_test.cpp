@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "tests/support/scratch_folder.h"
 #include "tools/annotation/annotation_file.h"
@@ -87,16 +89,73 @@ TEST_F(Product, HasTheFoldersAndFilesItsAnnotationNames) {
   for (const char* part : {"IMAGEDATA", "ANNOTATION", "PREVIEW", "AUXRASTER", "SUPPORT"}) {
     EXPECT_TRUE(fs::is_directory(annotation.parent_path() / part)) << part;
   }
-  version40::c_version40 root;
-  ASSERT_EQ(root.unmarshal(annotation.c_str()), 0);
-  auto& components = root.get_level1Product().get_productComponents();
-  ASSERT_EQ(components.size_imageData(), 2U);
-  for (std::size_t i = 0; i < 2; ++i) {
-    const auto& file = components.get_imageData(i).get_file();
-    EXPECT_EQ(fs::file_size(image(file.get_location().get_filename())),
-              static_cast<std::uintmax_t>(file.get_size()));
+}
+
+// Every file that the annotation names lies there, with the size it tells; its own is -1.
+TEST_F(Product, HoldsEveryFileThatItsAnnotationNames) {
+  const std::regex file(
+      R"(<path>([^<]*)</path>\s*<filename>([^<]*)</filename>\s*</location>\s*<size>([^<]*)<)");
+  options.polarisations = {"HH", "VV"};
+  for (const Profile profile : {Profile::minimal, Profile::typical, Profile::maximal}) {
+    for (const Variant variant : {Variant::ssc, Variant::mgd, Variant::eec}) {
+      options.profile = profile;
+      options.variant = variant;
+      const std::string text = bytes_of(write());
+      std::size_t named = 0;
+      for (std::sregex_iterator at(text.begin(), text.end(), file), end; at != end; ++at) {
+        ++named;
+        const fs::path path = annotation.parent_path() / (*at)[1].str() / (*at)[2].str();
+        ASSERT_TRUE(fs::exists(path)) << path;
+        const auto size = std::stoll((*at)[3].str());
+        if (fs::weakly_canonical(path) == fs::weakly_canonical(annotation)) {
+          EXPECT_EQ(size, -1);
+        } else {
+          EXPECT_EQ(size, static_cast<long long>(fs::file_size(path))) << path;
+          EXPECT_GT(size, 0) << path;
+        }
+      }
+      EXPECT_GE(named, 8U) << "itself, two images, two quicklooks and three previews";
+    }
   }
-  EXPECT_EQ(components.get_annotation(0).get_file().get_size(), -1);
+}
+
+TEST_F(Product, DrawsItsPreviewsFromTheScene) {
+  write();
+  const fs::path quicklook = annotation.parent_path() / "PREVIEW" / "QL_HH_SRA_strip_005.tif";
+  const std::string seen = bytes_of(quicklook);
+  options.empty_images = true;
+  write();
+  const std::string empty = bytes_of(quicklook);
+  ASSERT_EQ(seen.size(), empty.size());
+  EXPECT_NE(seen, empty);
+}
+
+TEST_F(Product, EmptyImagesHaveTheSizeOfFullOnes) {
+  options.lines = 20000;
+  options.samples = 18000;
+  options.empty_images = true;
+  write();
+  EXPECT_EQ(fs::file_size(image("IMAGE_HH_SRA_strip_005.cos")), 20004ULL * 18002 * 4);
+}
+
+// Nodes every 100 pixels, each two big-endian 32-bit floating numbers.
+TEST_F(Product, TellsTimesOnItsMappingGrid) {
+  options.variant = Variant::mgd;
+  options.lines = 150;
+  write();
+  const std::string grid = bytes_of(annotation.parent_path() / "AUXRASTER" / "MAPPING_GRID.bin");
+  ASSERT_EQ(grid.size(), 2U * 2U * 8U);
+  const auto at = [&](std::size_t n) { return std::bit_cast<float>(word_at(grid, 4 * n)); };
+  const auto truth = nlohmann::json::parse(bytes_of(annotation.parent_path() / "truth.json"));
+  const double line_time = (truth["stop"].get<double>() - truth["start"].get<double>()) / 149;
+  EXPECT_EQ(at(0), 0);
+  EXPECT_NEAR(at(1), 0, 1e-15);
+  EXPECT_NEAR(at(4), 100 * line_time, 1e-8);
+  double ground = 0;
+  for (std::size_t k = 6; k-- > 0;) {
+    ground = ground * at(3) + truth["slantToGround"]["coefficients"][k].get<double>();
+  }
+  EXPECT_NEAR(ground, 275, 1e-3) << "a float's last bit is worth 0.02 mm here";
 }
 
 TEST_F(Product, WritesCosarByteByByte) {
