@@ -6,6 +6,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -189,6 +190,57 @@ TEST_F(Product, WritesCosarByteByByte) {
     EXPECT_EQ(word_at(bytes, start + 4), 120U);
     for (std::uint32_t s = 1; s < first_valid; ++s) {
       EXPECT_EQ(word_at(bytes, start + 4 + 4 * s), 0U) << "invalid samples are zero";
+    }
+  }
+}
+
+// Values of a tag of a little-endian classic TIFF file's first directory.
+template <class T>
+std::vector<T> tag_of(const std::string& tiff, std::uint16_t wanted) {
+  const auto at = [&]<class U>(std::size_t offset, U value) {
+    std::memcpy(&value, tiff.data() + offset, sizeof value);
+    return value;
+  };
+  const std::size_t directory = at(4, std::uint32_t{});
+  for (std::size_t i = 0; i < at(directory, std::uint16_t{}); ++i) {
+    const std::size_t entry = directory + 2 + 12 * i;
+    if (at(entry, std::uint16_t{}) != wanted) continue;
+    std::vector<T> values(at(entry + 4, std::uint32_t{}));
+    const std::size_t bytes = values.size() * sizeof(T);
+    const std::size_t place = bytes <= 4 ? entry + 8 : at(entry + 8, std::uint32_t{});
+    std::memcpy(values.data(), tiff.data() + place, bytes);
+    return values;
+  }
+  return {};
+}
+
+// Pixel scale, tie point of the first pixel's outer corner, and the system's code in the keys: four
+// words a key, of which 3072 is the projected system's.
+TEST_F(Product, GeoreferencesMapProjectedImages) {
+  constexpr std::uint16_t scale_tag = 33550;
+  constexpr std::uint16_t tie_tag = 33922;
+  constexpr std::uint16_t keys_tag = 34735;
+  options.latitude = -10;
+  options.longitude = -179.999;
+  for (const bool empty : {false, true}) {
+    for (const Variant variant : {Variant::gec, Variant::eec}) {
+      options.empty_images = empty;
+      options.variant = variant;
+      write();
+      const std::string tiff = bytes_of(image("IMAGE_HH_SRA_strip_005.tif"));
+      ASSERT_EQ(tiff.substr(0, 4), std::string("II*\0", 4));
+      const auto truth = nlohmann::json::parse(bytes_of(annotation.parent_path() / "truth.json"));
+      const double easting = truth["map"]["upperLeftEasting"];
+      const double northing = truth["map"]["upperLeftNorthing"];
+      EXPECT_EQ(tag_of<double>(tiff, scale_tag), (std::vector<double>{2.5, 2.5, 0}));
+      EXPECT_EQ(tag_of<double>(tiff, tie_tag),
+                (std::vector<double>{0, 0, 0, easting - 1.25, northing + 1.25, 0}));
+      const auto keys = tag_of<std::uint16_t>(tiff, keys_tag);
+      int system = 0;
+      for (std::size_t k = 4; k + 3 < keys.size(); k += 4) {
+        if (keys[k] == 3072) system = keys[k + 3];
+      }
+      EXPECT_EQ(system, 32701) << "zone 1 south";
     }
   }
 }
