@@ -94,8 +94,8 @@ struct Quaternion {
 // off nadir about x, to the side of the look.
 inline Quaternion zero_doppler_attitude(const State& state, Look look, double boresight) {
   const Vector3 x = unit(state.velocity);
-  const Vector3 right = unit(cross(x, -1 * state.position));
-  const Vector3 down = cross(right, x);
+  const Vector3 right = unit(cross(-1 * state.position, x));
+  const Vector3 down = cross(x, right);
   const double roll = (look == Look::right ? -1 : 1) * boresight;
   const Vector3 y = std::cos(roll) * right + std::sin(roll) * down;
   const Vector3 z = cross(x, y);

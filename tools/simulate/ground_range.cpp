@@ -1,5 +1,6 @@
 #include "tools/simulate/ground_range.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <vector>
@@ -94,8 +95,11 @@ GroundRangePolynomial fit_ground_range(const Orbit& orbit, const Swath& swath) {
   const double middle = to_radar(orbit, swath.centre).range;
   const double slope = std::sin(incidence_angle(orbit, swath.centre));
   const double half = swath.extent / 2;
-  // Slant range grows faster than at the centre on the far side: a quarter more holds all of it.
-  const double far_range = middle + half * slope * 1.25 + 100;
+  // As wide as a stripmap's swath at least, whatever the image shows of it: over a short piece the
+  // high coefficients would be noise. Slant range grows faster on the far side than at the centre;
+  // a quarter more holds all of it.
+  constexpr double usual_swath = 30000;
+  const double far_range = middle + (std::max(swath.extent, usual_swath) - half) * slope * 1.25;
   double near_range = middle - half * slope;
   GroundRangePolynomial fitted;
   for (int i = 0; i < 20; ++i) {

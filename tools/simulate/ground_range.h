@@ -24,8 +24,8 @@ struct Swath {
 };
 
 // Fits degree 5 to the ground range along the line seen at the orbit's time 0, at the centre's
-// height; the misfit stays below a millimetre for 50 km. The centre comes to lie in the middle of
-// the swath to a millimetre.
+// height, over the image's swath or 30 km where that is more; the misfit stays below a millimetre
+// for 50 km. The centre comes to lie in the middle of the image to a millimetre.
 GroundRangePolynomial fit_ground_range(const Orbit& orbit, const Swath& swath);
 
 }  // namespace simulate

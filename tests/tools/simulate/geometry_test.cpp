@@ -165,6 +165,27 @@ TEST(GroundRange, HasTheCentreInTheMiddleOfWideSwaths) {
   EXPECT_NEAR(scene.ground_range->ground_range(delay), 18181 * 2.75 / 2, 2e-3);
 }
 
+// Along the ellipsoid the distance grows by range / (ground radius x sine of incidence); here by
+// places on ground 500 m of slant range apart, 30 km on from an image of 5 km.
+TEST(GroundRange, HoldsFarBeyondASmallImage) {
+  Options o;
+  o.variant = Variant::mgd;
+  o.samples = 1819;
+  const Scene scene = make_scene(o);
+  const double near_range = range_of(scene.near_time);
+  double ground = 0;
+  Vector3 before = to_earth_fixed(to_ground(scene.orbit, {0, near_range}, o.height, scene.centre));
+  for (int i = 1; i <= 35; ++i) {
+    const double range = near_range + 500 * i;
+    const Vector3 here = to_earth_fixed(to_ground(scene.orbit, {0, range}, o.height, scene.centre));
+    ground += length(here - before);
+    before = here;
+    // A chord of 900 m is 1 um short of its arc.
+    EXPECT_NEAR(scene.ground_range->ground_range(delay_of(range)), ground, 1e-3) << i;
+  }
+  EXPECT_GT(ground, 29000);
+}
+
 TEST(GroundRange, FollowsTheEllipsoid) {
   Options o;
   o.variant = Variant::mgd;
