@@ -42,11 +42,12 @@ class GRIDKIT_API RadarGeometry {
   RadarPoint radar_of(Pixel pixel) const;
   Pixel pixel_of(RadarPoint point) const;
 
-  // The place at a height that is seen at a pixel. Throws gridkit::Error as rmdllib::to_ground does.
+  // The place at a height that is seen at a pixel. Throws gridkit::Error as rmdllib::to_ground
+  // does.
   Geodetic ground_of(Pixel pixel, double height) const;
 
-  // Where a place is seen, also outside the image. Throws gridkit::Error as rmdllib::to_radar does, and
-  // for a place on the other side of the track.
+  // Where a place is seen, also outside the image. Throws gridkit::Error as rmdllib::to_radar does,
+  // and for a place on the other side of the track.
   Pixel pixel_of(const Geodetic& place) const;
 
  private:
