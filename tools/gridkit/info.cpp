@@ -52,8 +52,10 @@ void print_as_text(const gridkit::Product& product) {
               << layer.pixel_type() << ", blocks of " << layer.block_width() << " x "
               << layer.block_height() << '\n';
     if (const auto map = layer.map_info()) {
-      std::cout << "    map: " << map->projection << ", upper left " << map->upper_left[0] << ", "
-                << map->upper_left[1] << ' ' << map->units << '\n';
+      std::cout << "    map: " << map->projection << std::fixed << std::setprecision(3)
+                << ", upper left " << map->upper_left[0] << ", " << map->upper_left[1]
+                << ", pixels of " << map->pixel_size[0] << " x " << map->pixel_size[1] << ' '
+                << map->units << '\n';
     }
   }
   for (const std::string& name : product.data_names()) std::cout << "data: " << name << '\n';

@@ -2,9 +2,11 @@
 
 #include <numbers>
 
-#include "tools/simulate/vector3.h"
+#include "rmdllib/vector3.h"
 
 namespace simulate {
+
+using rmdllib::Vector3;
 
 inline constexpr double degree = std::numbers::pi / 180;
 inline constexpr double speed_of_light = 299792458.0;  // m/s
