@@ -147,6 +147,25 @@ TEST(TokenList, OptionalOnesTellPresenceApartFromTokens) {
   EXPECT_FALSE(segment.isset_DRAoffset());
 }
 
+TEST(TokenList, AForeignNumberLeavesTheFlagAndAKnownOneSetsIt) {
+  using Change = bool (*)(c_segmentInfoType & segment, elmx_enums number);
+  const Change changes[] = {
+      [](c_segmentInfoType& s, elmx_enums number) { return s.appendenum_DRAoffset(number); },
+      [](c_segmentInfoType& s, elmx_enums number) { return s.insertenum_DRAoffset(0, number); },
+      [](c_segmentInfoType& s, elmx_enums number) { return s.setenum_DRAoffset(0, number); }};
+  for (const Change change : changes) {
+    c_segmentInfoType segment;
+    EXPECT_FALSE(change(segment, e_HH));
+    EXPECT_FALSE(segment.isset_DRAoffset());
+    EXPECT_EQ(segment.size_DRAoffset(), 0U);
+    EXPECT_TRUE(change(segment, e_DRAFore));
+    EXPECT_TRUE(segment.isset_DRAoffset());
+    EXPECT_EQ(segment.getenum_DRAoffset(0), e_DRAFore);
+    EXPECT_FALSE(change(segment, e_HH));
+    EXPECT_TRUE(segment.isset_DRAoffset()) << "as it was";
+  }
+}
+
 TEST(TokenList, WorksByNumbersToo) {
   c_imagingMode mode;
   EXPECT_TRUE(mode.appendenum_imagingMode(e_SM));
