@@ -175,6 +175,9 @@ TEST(TokenList, WorksByNumbersToo) {
   EXPECT_EQ(mode.size_imagingMode(), 3U);
   EXPECT_EQ(mode.getenum_imagingMode(0), e_SL);
   EXPECT_EQ(mode.get_imagingMode(2), "HS");
+  EXPECT_TRUE(mode.setenum_imagingMode(1, e_SC)) << "in the place of what stood there";
+  EXPECT_EQ(mode.size_imagingMode(), 3U);
+  EXPECT_EQ(mode.get_imagingMode(1), "SC");
   mode.set_imagingMode(0, "foreign");
   EXPECT_EQ(mode.getenum_imagingMode(0), 0);
 }
@@ -536,6 +539,9 @@ TEST(Root, ListsWorkWhileTheyAreChosen) {
 TEST(Root, SettingATextReleasesWhatWasHeld) {
   c_version40 root;
   root.get_level1Product();
+  EXPECT_FALSE(root.setenum_polLayer(e_SRA));
+  EXPECT_FALSE(root.appendenum_imagingMode(e_HH));
+  EXPECT_EQ(root.getchosen(), c_version40::e_level1Product) << "a foreign number changes nothing";
   EXPECT_EQ(root.set_polLayer("HV"), 0);
   EXPECT_EQ(root.getchosen(), c_version40::e_polLayer);
   EXPECT_FALSE(root.setenum_polLayer(e_SRA));
