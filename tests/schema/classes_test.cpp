@@ -577,6 +577,18 @@ TEST(Root, CopiesAndSwapsAnObject) {
   EXPECT_EQ(std::as_const(copy).get_generalHeader().get_source(), "s");
 }
 
+TEST(Root, WritingAChosenMemberWithoutItsObjectIsFortyFive) {
+  std::ostringstream out;
+  lmx::c_xml_writer writer(out, 0, "", "");
+  for (const int number :
+       {c_version40::e_file, c_version40::e_polLayer, c_version40::e_imagingMode}) {
+    EXPECT_EQ(binding::write_root_content(c_version40::s_description, {number, nullptr}, writer),
+              45);
+  }
+  EXPECT_EQ(binding::write_root_content(c_version40::s_description, {9, nullptr}, writer), 7);
+  EXPECT_EQ(out.str(), "");
+}
+
 TEST(RootDeathTest, AssertsWithTheRootsTexts) {
   c_version40 root;
   EXPECT_DEATH(std::as_const(root).get_level1Product(), "chosen == e_level1Product");
