@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "gridkit/text.h"
-#include "plugin/text_equality.h"
+#include "record/text_equality.h"
 
 namespace {
 
@@ -33,12 +33,4 @@ void tsx_ReadGeneralParms(TsxFile* record) {
       record->productVariant != variant_ssc && record->productVariant != variant_mgd;
   record->mapProjectionName = is_mapped ? gks_Duplicate(product.mapProjection()) : nullptr;
   record->beta0->calibration_factor = product.calFactor();
-}
-
-std::int32_t tsx_DayOfYear(std::int32_t year, std::int32_t month, std::int32_t day) {
-  constexpr std::int32_t lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  const bool is_leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-  std::int32_t result = is_leap && month > 2 ? 1 : 0;
-  for (std::int32_t m = 1; m < month && m <= 12; ++m) result += lengths[m - 1];
-  return result + day;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <iterator>
 
+#include "geometry/sensor_model.h"
 #include "gridkit/file.h"
 #include "gridkit/instance.h"
 #include "gridkit/layer.h"
@@ -14,10 +15,10 @@
 #include "plugin/identify.h"
 #include "plugin/product_record.h"
 #include "plugin/schema_version.h"
-#include "plugin/text_equality.h"
 #include "record/exports.h"
 #include "record/report_frame.h"
 #include "record/run_counters.h"
+#include "record/text_equality.h"
 #include "record/tsx_file.h"
 
 namespace {
@@ -111,6 +112,10 @@ TsxFile* open_product(const char* fileName, gkf_File* xmlFile, std::int32_t vers
   }
   if (!parse_annotation(*record, versionIndex, frame)) return record;
   tsx_ReadGeneralParms(record);
+  if (record->productVariant == variant_ssc || record->productVariant == variant_mgd) {
+    tsx_GenericSARRead(record, frame.slot());
+    if (frame.failed("tsx_GenericSARRead failed")) return record;
+  }
   if (!open_images(*record, frame)) return record;
   pool_AddFileHandleToList(record, record->fileName, &tsx_ReleaseRecord);
   return record;

@@ -12,10 +12,10 @@ class ReportFrame {
  public:
   explicit ReportFrame(const char* function_word) : ReportFrame(function_word, nullptr) {}
 
-  // Works on the caller's slot, which it clears first; with none, on a slot of its own.
+  // Works on the caller's slot, whose report it drops first; with none, on a slot of its own.
   ReportFrame(const char* function_word, gke_Report** callers_slot)
       : word_(function_word), slot_(callers_slot != nullptr ? callers_slot : &own_) {
-    *slot_ = nullptr;
+    drop();
   }
   ReportFrame(const ReportFrame&) = delete;
   ReportFrame& operator=(const ReportFrame&) = delete;

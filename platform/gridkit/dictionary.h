@@ -47,7 +47,20 @@ GRIDKIT_API gkd_Design* gkd_DesignCreate(gkd_Dictionary* dictionary, const char*
 GRIDKIT_API void gkd_DictionaryAddDesign(gkd_Dictionary* dictionary, gkd_Design* design,
                                          gke_Report** err);
 
-// The text form of a dictionary: a new heap text, the caller's.
+// The text form of a dictionary with the designs added to it, in their order: a new heap text, the
+// caller's. It consists of lines, each ended by one line feed, of words with one blank between:
+//   gridkit-dictionary 1                 the form and its version, the first line
+//   design NAME                          begins a design; its fields follow, at least one
+//   enum NAME ITEM ITEM ...              the items number 0, 1, ...
+//   char NAME
+//   int NAME
+//   double NAME
+//   double[COUNT] NAME                   COUNT in decimal, from 1
+//   double[*] NAME                       a vector
+//   end                                  the last line
+// Names and items are 1 to 255 letters, digits, '_' and '.'. Names of designs, of the fields of a
+// design and of the items of an enumeration occur once. There are at most 256 designs in a
+// dictionary, 1000 fields in a design, 256 items in an enumeration and 1048576 bytes in the text.
 GRIDKIT_API char* gkd_DictionaryEncodeToString(const gkd_Dictionary* dictionary, gke_Report** err);
 
 // The number of bytes of a record's encoded form; -1 and a report for a vector with a negative

@@ -25,6 +25,8 @@ GDALDataType gdal_type(SampleType type) {
   return GDT_Unknown;
 }
 
+constexpr std::int32_t lines_in_memory = 64;  // the library would keep a part of all memory
+
 struct closer {
   void operator()(void* dataset) const { GDALClose(dataset); }
 };
@@ -61,6 +63,9 @@ class GeoTiffWriter final : public RasterWriter {
       refuse("cannot be written", messages);
     }
     next_line_ += lines;
+    if (next_line_ / lines_in_memory != (next_line_ - lines) / lines_in_memory) {
+      GDALFlushRasterCache(GDALGetRasterBand(dataset_.get(), 1));
+    }
   }
 
   void add_metadata(const std::string& key, const std::string& value) override {

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstdarg>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -14,20 +13,20 @@
 
 #include "gridkit/fail.h"
 #include "gridkit/gdal_support.h"
+#include "gridkit/open_layer.h"
 
 namespace {
 
-struct dataset_closer {
-  void operator()(void* dataset) const { GDALClose(dataset); }
-};
-using dataset = std::unique_ptr<void, dataset_closer>;
+using gridkit::dataset;
 
-// Opens a GeoTIFF by itself: files that lie beside it have no say in its pixels.
+// Opens a GeoTIFF by itself: files that lie beside it have no say in its pixels nor
+// in where they lie.
 dataset open_geotiff(const char* path) {
   gridkit::register_geotiff();
   constexpr const char* drivers[] = {"GTiff", nullptr};
+  constexpr const char* options[] = {"GEOREF_SOURCES=INTERNAL", nullptr};
   constexpr const char* siblings[] = {nullptr};
-  return dataset(GDALOpenEx(path, GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, nullptr, siblings));
+  return dataset(GDALOpenEx(path, GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, options, siblings));
 }
 
 struct layer_name {
@@ -82,13 +81,6 @@ void clear(const gkl_PixelRect& rect, int32_t width, int32_t height) {
 }
 
 }  // namespace
-
-struct gkl_Layer {
-  dataset file;
-  GDALRasterBandH band;
-  int32_t width;
-  int32_t height;
-};
 
 gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance* token, gke_Report** err) try {
   constexpr const char* word = "gkl_LayerGetNames";

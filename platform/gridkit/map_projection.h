@@ -10,19 +10,23 @@
 extern "C" {
 #endif
 
-// Where layers lie on a map. Every operation answers a null layer or projection with a report.
+// Where layers lie on a map, told by the GeoTIFF file itself: files that lie beside it have no say.
+// Every operation answers a null layer or projection with a report.
 
-// The map information of a layer. `upperLeft` is the outer corner of the first pixel, x then y;
-// `pixelSize` width then height, both positive for an image with north up.
+// The map information of a layer. `upperLeft` is the outer corner of the first pixel, x then y,
+// whether the file's pixels are areas or points; `pixelSize` width then height, both positive for
+// an image with north up, the height negative for one with south up. Numbers are in `units`; of a
+// geographic image x is the longitude.
 typedef struct gkj_MapInfo {
-  char* projectionName;  // "UTM", "Polar Stereographic", or the projection's own name in the file
+  char* projectionName;  // "UTM", "Polar Stereographic" (UPS too), "Geographic", or the
+                         // projection's own name in the file
   double* upperLeft;
   double* pixelSize;
-  char* units;  // "metre"
+  char* units;  // "metre", "degree" of a geographic image, or the unit's own name
 } gkj_MapInfo;
 
-// A new record; null and a report for a layer without a map projection, or whose grid is rotated.
-// `reserved` is 0.
+// A new record; null and a report for a layer without a map projection or a place on it, or whose
+// grid is rotated. `reserved` is 0.
 GRIDKIT_API gkj_MapInfo* gkl_MapInfoRead(gkl_Layer* layer, int32_t reserved, gke_Report** err);
 
 // Frees the record and clears the variable; a null address or record is nothing.
@@ -34,8 +38,9 @@ typedef struct gkj_Projection gkj_Projection;
 // A value of a projection's MIF form: pointer-sized, see gkj_ProjectionConvertToMIF.
 typedef void* gkj_MifValue;
 
-// The layer's projection as a new record in *projection; null there and a report when it has none
-// that can be told.
+// The layer's projection as a new record in *projection; null there and a report when it has none.
+// A projection without a MIF form gives a record all the same: its mark is 1, and converting it
+// reports why. A height system in the file is no part of the projection.
 GRIDKIT_API void gkl_LayerMapProjectionRead(gkl_Layer* layer, gkj_Projection** projection,
                                             gke_Report** err);
 
@@ -44,9 +49,9 @@ GRIDKIT_API void gkj_ProjectionFree(gkj_Projection** projection);
 
 // A projection's parameters, of the type "Gkj_ProParameters". They live as long as the projection.
 typedef struct gkj_ProSupport {
-  // 0 when the nine MIF values say the whole projection, so that a raster format that stores them
-  // stores it without loss; 1 when the projection is none of UTM and Polar Stereographic, or one of
-  // their parameters is one that GeoTIFF keys cannot keep.
+  // 0 when GeoTIFF keys keep the projection without loss; 1 when it is none of UTM and Polar
+  // Stereographic in metres, or when a parameter is one that the keys have no place for: a datum
+  // without a code of EPSG's, or a scale factor or origin other than UTM's in a UTM zone.
   int32_t mark;
 } gkj_ProSupport;
 typedef struct Gkj_ProParameters {
@@ -55,9 +60,15 @@ typedef struct Gkj_ProParameters {
 GRIDKIT_API const Gkj_ProParameters* gkj_MapProjectionCSRGet(const gkj_Projection* projection,
                                                              const char* typeName);
 
-// The nine MIF values of a projection and back: eight heap texts and the name, all the caller's
-// (gkm_HeapFree). Numbers are written so that they read back bit for bit, angles in degrees,
-// lengths in metres.
+// The nine MIF values of a projection and back: the name and eight values, each null or the address
+// of a zero-ended text. From a projection all are heap texts of the caller's (gkm_HeapFree); on
+// failure all are null. Numbers are written so that they read back bit for bit, angles in degrees,
+// lengths in metres; those of a file come with the 15 significant digits that GDAL tells. To a
+// projection the result is null and a report, which names the value, for one that is missing,
+// superfluous, longer than 200 characters, no number or out of its range (longitudes to 360
+// degrees, latitudes of true scale 0.0001 to 89.9999 with the pole's sign, scale factors 0.01 to
+// 100, false eastings and northings to 1e9 metres), or for a datum that the PROJ database does not
+// know by this very name.
 //
 //   value   UTM                              Polar Stereographic
 //   name    "UTM"                            "Polar Stereographic"

@@ -1,12 +1,14 @@
 #include "gridkit/product.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <map>
 #include <mutex>
 #include <utility>
 
+#include "gridkit/dictionary.h"
 #include "gridkit/exports.h"
 #include "gridkit/host_texts.h"
 
@@ -52,6 +54,14 @@ const std::string& entry(const std::vector<std::string>& list, std::int32_t inde
   }
   return list[static_cast<std::size_t>(index)];
 }
+
+// Ends the dictionaries that plug-ins leave to the toolkit.
+struct dictionary_release {
+  dictionary_release() = default;
+  dictionary_release(const dictionary_release&) = delete;
+  dictionary_release& operator=(const dictionary_release&) = delete;
+  ~dictionary_release() { gkd_ReleaseDictionaries(); }
+};
 
 [[noreturn]] void refuse(const std::string& what, const ReportCollector& reports) {
   throw Error(reports.text().empty() ? what : what + ": " + reports.text());
@@ -103,6 +113,7 @@ std::vector<std::string> Product::data_names() const {
 
 std::optional<NonStandardData> Product::read_data(const std::string& name) const {
   const ReportCollector reports;
+  const dictionary_release release;
   void* data = nullptr;
   std::int32_t size = 0;
   char* dictionary = nullptr;
@@ -199,6 +210,23 @@ std::optional<MapInfo> Layer::map_info() const {
   MapInfo info{take_text(projection), {x, y}, {width, height}, take_text(units)};
   if (result != 0) refuse(record_->path + ": no map information of " + name_, reports);
   return has_map ? std::optional(info) : std::nullopt;
+}
+
+std::optional<MapProjection> Layer::map_projection() const {
+  const ReportCollector reports;
+  char* name = nullptr;
+  std::array<MifValue, 8> v{};
+  const std::int32_t result = record_->exports->LayerMapProjectionRead(
+      handle_, &name, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7]);
+  const bool has_map =
+      name != nullptr || std::any_of(v.begin(), v.end(), [](MifValue o) { return o != nullptr; });
+  MapProjection projection{take_text(name), {}};
+  for (std::size_t i = 0; i < v.size(); ++i) {
+    if (v[i] != nullptr) projection.values[i] = take_text(static_cast<char*>(v[i]));
+  }
+  if (result != 0)
+    refuse(record_->path + ": the map projection of " + name_ + " cannot be read", reports);
+  return has_map ? std::optional(projection) : std::nullopt;
 }
 
 }  // namespace gridkit

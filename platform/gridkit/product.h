@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "gridkit/export.h"
+#include "gridkit/map_data.h"
 #include "gridkit/plugin.h"
 #include "gridkit/report.h"
 
@@ -28,13 +29,6 @@ class GRIDKIT_API ReportCollector {
 
   std::string text_;
   gke_ReportSinkSetting before_;
-};
-
-struct MapInfo {
-  std::string projection;
-  double upper_left[2] = {0, 0};  // x, y
-  double pixel_size[2] = {0, 0};  // width, height
-  std::string units;
 };
 
 // Data beside the pixels, with the dictionary that tells how to read it.
@@ -67,6 +61,9 @@ class GRIDKIT_API Layer {
 
   // Where the layer lies on a map, if it does. Throws Error.
   std::optional<MapInfo> map_info() const;
+
+  // The projection of that map in its MIF form, if the layer lies on one. Throws Error.
+  std::optional<MapProjection> map_projection() const;
 
  private:
   friend class Product;

@@ -125,10 +125,10 @@ TEST_F(Open, BuildsAndRegistersAComplexProduct) {
   EXPECT_TRUE(toolkit().printed.empty());
   int64_t time = 5;
   EXPECT_EQ(tsxFileDataModTimeGet(record, "anything", &time), 0);
-  EXPECT_EQ(time, -1) << "the model holds no samples";
-  record->sarModel->num_samples = 1;
-  EXPECT_EQ(tsxFileDataModTimeGet(record, nullptr, &time), 0);
   EXPECT_EQ(time, 0);
+  record->sarModel->num_samples = 0;
+  EXPECT_EQ(tsxFileDataModTimeGet(record, nullptr, &time), 0);
+  EXPECT_EQ(time, -1) << "a model without samples";
   tsxFileClose(record);
   EXPECT_EQ(pool_FindFileHandleIfOpen(path.c_str(), 0), nullptr);
 }
@@ -232,15 +232,17 @@ TEST_F(Open, AFailingOpenOfTheAnnotationGivesNoRecord) {
 TEST_F(Open, WithoutMemoryForItsTextsTheRecordIsUnfinished) {
   const struct {
     const char* operation;
+    int later_calls;
     const char* message;
-  } cases[] = {{"gks_Duplicate", "No memory for the product's path"},
-               {"gkm_HeapMalloc", "No memory for the product's directory"}};
+  } cases[] = {{"gks_Duplicate", 1, "No memory for the product's path"},
+               {"gkm_HeapMalloc", 1, "tsx_GenericSARRead failed"},
+               {"gkm_HeapMalloc", 7, "No memory for the product's directory"}};
   for (const auto& failing : cases) {
     delete toolkit().document;
     toolkit().document = new FakeDocument;
     toolkit().printed.clear();
     toolkit().fail_at.clear();
-    toolkit().fail_at[failing.operation] = toolkit().calls[failing.operation] + 1;
+    toolkit().fail_at[failing.operation] = toolkit().calls[failing.operation] + failing.later_calls;
     TsxFile* record = open();
     EXPECT_UNFINISHED(record, failing.message);
   }
@@ -442,28 +444,32 @@ TEST_F(Open, ARecordThatWasNeverRegisteredIsNotEnded) {
   EXPECT_TRUE(toolkit().log.empty());
 }
 
-TEST_F(Open, UnpublishedDataAnswersAsForAProductWithoutIt) {
+TEST_F(Open, ASensorModelThatFailsLeavesTheRecordUnfinished) {
+  toolkit().fail_at["rmdl_modelEphemeris"] = 1;
   TsxFile* record = open();
-  int32_t count = 9;
-  char** names = const_cast<char**>(reinterpret_cast<char* const*>(&count));
-  EXPECT_EQ(tsxFileRasterFormatsNonStandardDataNamesGet(record, &count, &names), 0);
-  EXPECT_EQ(count, 0);
-  EXPECT_EQ(names, nullptr);
-  int32_t size = 9;
-  EXPECT_EQ(tsxFileDataRead(record, "TSX_Beta0", nullptr, &size, nullptr, nullptr), 0);
-  EXPECT_EQ(size, 9);
-  TsxLayer layer{record, 0};
-  double x = 3;
-  EXPECT_EQ(tsxLayerMapInfoRead(&layer, nullptr, &x, nullptr, nullptr, nullptr, nullptr), 0);
-  EXPECT_EQ(x, 3);
-  char* name = const_cast<char*>("old");
-  MifValue values[8] = {&x, &x, &x, &x, &x, &x, &x, &x};
-  EXPECT_EQ(tsxLayerMapProjectionRead(&layer, &name, &values[0], &values[1], &values[2], &values[3],
-                                      &values[4], &values[5], &values[6], &values[7]),
-            0);
-  EXPECT_EQ(name, nullptr);
-  for (MifValue value : values) EXPECT_EQ(value, nullptr);
-  tsxFileClose(record);
+  ASSERT_NE(record, nullptr);
+  EXPECT_EQ(toolkit().messages(),
+            (std::vector<std::string>{"tsx_GenericSARRead failed", "rmdl_modelEphemeris failed",
+                                      "made to fail"}));
+  EXPECT_EQ(toolkit().calls["gkf_fopen"], 0) << "no image is opened";
+  EXPECT_EQ(pool_FindFileHandleIfOpen(path.c_str(), 0), nullptr);
+}
+
+TEST_F(Open, OnlyRadarGeometryHasASensorModel) {
+  for (const char* variant : {"GEC", "EEC", "other"}) {
+    delete toolkit().document;
+    reset_toolkit();
+    toolkit().files[path] = annotation;
+    toolkit().files["/products/one/IMAGEDATA/image0"] = "x";
+    auto* made = new FakeDocument;
+    made->variant = variant;
+    toolkit().document = made;
+    TsxFile* record = open();
+    EXPECT_EQ(toolkit().calls["rmdl_modelEphemeris"], 0) << variant;
+    EXPECT_EQ(record->sarModel->num_samples, 0) << variant;
+    tsxFileClose(record);
+  }
+  toolkit().document = nullptr;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <regex.h>
+#include <strings.h>
 
 #include <algorithm>
 #include <cstdarg>
@@ -90,15 +91,6 @@ class Ledger {
 Ledger ledger;
 int disabled = 0;  // counted before the program's own initialisation may have run
 
-void* new_block(size_t size) {
-  ++toolkit().live_blocks;
-  // Filled, so that nothing passes for cleared that is not.
-  const size_t bytes = size == 0 ? 1 : size;
-  return ledger.lend_block(std::memset(std::malloc(bytes), 0xA5, bytes));
-}
-char* new_text(const char* text) {
-  return std::strcpy(static_cast<char*>(new_block(std::strlen(text) + 1)), text);
-}
 gke_Report* new_report(PrintedReport content, gke_Report* previous) {
   ++toolkit().live_reports;
   return ledger.lend(new gke_Report{std::move(content), previous});
@@ -114,19 +106,29 @@ bool fails(const char* operation) {
          number <= (until == t.fail_until.end() ? at->second : until->second);
 }
 
-// Reports a failure of an operation when its turn has come.
+void report(const char* operation, gke_Report** err, const char* message) {
+  if (err != nullptr) *err = new_report({operation, message, 2}, *err);
+}
+
+}  // namespace
+
+void* new_block(size_t size) {
+  ++toolkit().live_blocks;
+  // Filled, so that nothing passes for cleared that is not.
+  const size_t bytes = size == 0 ? 1 : size;
+  return ledger.lend_block(std::memset(std::malloc(bytes), 0xA5, bytes));
+}
+
+char* new_text(const char* text) {
+  return std::strcpy(static_cast<char*>(new_block(std::strlen(text) + 1)), text);
+}
+
 bool failed(const char* operation, gke_Report** err) {
   if (!fails(operation)) return false;
   const bool told = err != nullptr && !toolkit().silent.contains(operation);
   if (told) *err = new_report({operation, "made to fail", 2}, *err);
   return true;
 }
-
-void report(const char* operation, gke_Report** err, const char* message) {
-  if (err != nullptr) *err = new_report({operation, message, 2}, *err);
-}
-
-}  // namespace
 
 std::ostream& operator<<(std::ostream& out, const PrintedReport& r) {
   return out << r.word << ": " << r.message << " (" << r.severity << ')';
@@ -196,6 +198,9 @@ void gks_GetPathPart(const char* path, char* buffer, size_t size) {
   const std::string text = path;
   const std::string directory = text.substr(0, text.rfind('/') + 1);
   std::snprintf(buffer, size, "%s", directory.c_str());
+}
+int32_t gks_Eqnic(const char* a, const char* b, size_t length) {
+  return a != nullptr && b != nullptr && strncasecmp(a, b, length) == 0 ? 1 : 0;
 }
 int32_t gkt_Text_strcmp(const char* a, const char* b) {
   return std::strcmp(a, b);

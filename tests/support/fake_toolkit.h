@@ -40,8 +40,10 @@ struct FakeToolkit {
   std::int64_t short_reads_of = -1;           // items that every read gives at most, without an end
   bool endless = false;                       // every stream gives as many zeros as asked
   std::vector<std::int64_t> seeks;
-  std::vector<const void*> freed;  // blocks given back, in order
-  int live_blocks = 0;             // allocated and not freed
+  std::int32_t projection_mark = 0;  // of every projection
+  double modelled = 0;               // what rmdl_modelEphemeris stores in rs_coeffs[0]
+  std::vector<const void*> freed;    // blocks given back, in order
+  int live_blocks = 0;               // allocated and not freed
   int live_reports = 0;
 
   // The document that the plug-in's open constructs, and the error it is constructed with.
@@ -57,6 +59,12 @@ struct FakeToolkit {
 // The toolkit of the running test; reset() gives a new one.
 FakeToolkit& toolkit();
 void reset_toolkit();
+
+// For operations that stand in files of their own: a block and a text of the heap, counted, and
+// whether the operation's turn to fail has come, which is then reported.
+void* new_block(std::size_t size);
+char* new_text(const char* text);
+bool failed(const char* operation, gke_Report** err);
 
 // How often DisableThreadLibraryCalls was called since the program was loaded.
 int library_calls_disabled();

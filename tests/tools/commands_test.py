@@ -5,41 +5,14 @@
 import json
 import math
 import os
-import shutil
 import struct
-import subprocess
 import sys
 import unittest
 from pathlib import Path
 
-BUILD, FOLDER = Path(sys.argv[1]), Path(sys.argv[2])
-GRIDKIT, ANNOTATION, SIMULATE = (BUILD / "bin" / n for n in
-                                 ("gridkit", "tsx-annotation", "tsx-simulate"))
+from programs import ANNOTATION, FOLDER, GRIDKIT, SIMULATE, complaint, run, simulate, text
+
 LINES, SAMPLES = 300, 260
-
-
-def run(*command, status=0):
-    done = subprocess.run([str(c) for c in command], capture_output=True)
-    if done.returncode != status:
-        raise AssertionError(f"{command} gave {done.returncode}: {done.stderr.decode()}")
-    return done
-
-
-def text(*command, status=0):
-    return run(*command, status=status).stdout.decode()
-
-
-def complaint(*command, status=1):
-    done = run(*command, status=status)
-    assert done.stdout == b"", done.stdout
-    return done.stderr.decode()
-
-
-def simulate(name, *options, lines=LINES, samples=SAMPLES):
-    folder = FOLDER / name
-    shutil.rmtree(folder, ignore_errors=True)
-    printed = text(SIMULATE, folder, "--lines", lines, "--samples", samples, *options)
-    return Path(printed.strip())
 
 
 def cosar_sample(annotation, line, sample):
@@ -165,6 +138,22 @@ class Detected(unittest.TestCase):
             self.assertTrue(row in image)
             self.assertEqual(0, pixels[SAMPLES - 256], "zeros right of the image")
             self.assertEqual((0,) * 64, pixels[-64:], "zeros below the image")
+
+
+class Mapped(unittest.TestCase):
+    def test_info_tells_the_map(self):
+        product = simulate("mapped", "--variant", "GEC")
+        truth = json.loads((product.parent / "truth.json").read_text())["map"]
+        [layer] = json.loads(text(GRIDKIT, "info", "--json", product))["layers"]
+        corner = truth["spacing"] / 2  # the truth is the first pixel's centre
+        self.assertEqual({"projection": "UTM",
+                          "upperLeft": [truth["upperLeftEasting"] - corner,
+                                        truth["upperLeftNorthing"] + corner],
+                          "pixelSize": [truth["spacing"], -truth["spacing"]],
+                          "units": "metre"}, layer["mapInfo"])
+        polar = simulate("polar", "--variant", "EEC", "--projection", "UPS", "--centre", "78,15")
+        [layer] = json.loads(text(GRIDKIT, "info", "--json", polar))["layers"]
+        self.assertEqual("Polar Stereographic", layer["mapInfo"]["projection"])
 
 
 class EveryVersion(unittest.TestCase):

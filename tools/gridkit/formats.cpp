@@ -2,6 +2,8 @@
 
 #include "tools/gridkit/commands.h"
 
+namespace {
+
 int list_formats(const Host& host) {
   for (const auto& plugin : host.plugins()) {
     const gridkit::FormatDescription& format = plugin->format();
@@ -12,4 +14,11 @@ int list_formats(const Host& host) {
     }
   }
   return 0;
+}
+
+}  // namespace
+
+void add_formats(CLI::App& app, Action& chosen) {
+  CLI::App* command = app.add_subcommand("formats", "List the formats");
+  command->callback([&chosen] { chosen = list_formats; });
 }

@@ -1,7 +1,9 @@
 #include <iomanip>
 #include <iostream>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 
 #include "tools/gridkit/commands.h"
 
@@ -57,14 +59,29 @@ void print_as_text(const gridkit::Product& product) {
   for (const std::string& name : product.data_names()) std::cout << "data: " << name << '\n';
 }
 
-}  // namespace
+struct Request {
+  std::string path;
+  bool as_json = false;
+};
 
-int show_info(const Host& host, const std::string& path, bool as_json) {
-  const gridkit::Product product = host.open(path);
-  if (as_json) {
+int show(const Host& host, const Request& request) {
+  const gridkit::Product product = host.open(request.path);
+  if (request.as_json) {
     print_as_json(product);
   } else {
     print_as_text(product);
   }
   return 0;
+}
+
+}  // namespace
+
+void add_info(CLI::App& app, Action& chosen) {
+  const auto request = std::make_shared<Request>();
+  CLI::App* command = app.add_subcommand("info", "Show a product and its layers");
+  command->add_option("ANNOTATION", request->path, "The product's annotation")->required();
+  command->add_flag("--json", request->as_json, "As JSON on standard output");
+  command->callback([request, &chosen] {
+    chosen = [request](const Host& host) { return show(host, *request); };
+  });
 }

@@ -1,12 +1,7 @@
-#include <CLI/CLI.hpp>
-#include <cstdint>
 #include <cstdio>
 #include <exception>
-#include <string>
-#include <vector>
 
 #include "tools/gridkit/commands.h"
-#include "tools/gridkit/host.h"
 
 namespace {
 
@@ -22,46 +17,14 @@ int run(int argc, char** argv) {
   app.add_option("--preferences", options.preferences, "File of `group.name = number` lines")
       ->type_name("FILE");
   app.add_flag("--debug", options.debug, "Show the debug channel on standard error");
-
-  CLI::App* formats = app.add_subcommand("formats", "List the formats");
-
-  std::string path;
-  bool as_json = false;
-  CLI::App* info = app.add_subcommand("info", "Show a product and its layers");
-  info->add_option("ANNOTATION", path, "The product's annotation")->required();
-  info->add_flag("--json", as_json, "As JSON on standard output");
-
-  ReadRequest request;
-  bool raw = false;
-  std::vector<std::int32_t> block;
-  CLI::App* read = app.add_subcommand("read", "Read a layer into an image file");
-  read->add_option("ANNOTATION", request.path, "The product's annotation")->required();
-  read->add_option("LAYER", request.layer, "A layer's name, as `info` shows it")->required();
-  auto* output = read->add_option("OUTPUT", request.output, "Image file to write");
-  read->add_option("-f,--format", request.format, "Format; without it by the output's ending")
-      ->check(CLI::IsMember(std::vector<std::string>{"GTiff", "PNG"}));
-  read->add_option("--window", request.window, "Column, line, width and height")->expected(4);
-  read->add_flag("--stretch", request.stretch, "8 bits for the eye, not the pixels' own values");
-  read->add_flag("-q,--quiet", request.quiet, "No progress bar");
-  auto* raw_flag = read->add_flag("--raw", raw, "One block's pixels to standard output");
-  auto* block_option =
-      read->add_option("--block", block, "Row and column in the grid of blocks")->expected(2);
-  raw_flag->needs(block_option)->excludes(output);
-  block_option->needs(raw_flag);
-
+  Action chosen;
+  for (auto* add : {add_formats, add_info, add_read, add_data, add_locate}) add(app, chosen);
   try {
     app.parse(argc, argv);
-    if (read->parsed() && !raw && request.output.empty()) {
-      throw CLI::RequiredError("OUTPUT (or --raw --block ROW COLUMN)");
-    }
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : wrong_use;
   }
-  const Host host(options);
-  if (formats->parsed()) return list_formats(host);
-  if (info->parsed()) return show_info(host, path, as_json);
-  if (raw) return read_raw_block(host, request.path, request.layer, block[0], block[1]);
-  return read_image(host, request);
+  return chosen(Host(options));
 }
 
 }  // namespace

@@ -17,6 +17,18 @@ namespace {
 
 constexpr int no_data = 3;
 
+struct ReadRequest {
+  std::string path;
+  std::string layer;
+  std::string output;                // GeoTIFF, or PNG where the name ends in .png
+  std::string format;                // "", "GTiff" or "PNG"
+  std::vector<std::int32_t> window;  // column, line, width, height; empty: the whole layer
+  bool stretch = false;              // 8 bits for the eye instead of the pixels' own values
+  bool quiet = false;
+  bool raw = false;                 // one block to standard output instead
+  std::vector<std::int32_t> block;  // its row and column
+};
+
 // A bar on standard error, where that is a terminal.
 class Progress {
  public:
@@ -103,8 +115,8 @@ std::string metadata_as_text(std::int32_t column, std::int32_t line) {
   return std::to_string(column) + ' ' + std::to_string(line);
 }
 
-}  // namespace
-
+// A layer or a window of it into an image file. Lines that stayed without data are told in one line
+// and named in the file's metadata.
 int read_image(const Host& host, const ReadRequest& request) {
   const gridkit::Product product = host.open(request.path);
   gridkit::Window window;
@@ -144,16 +156,46 @@ int read_image(const Host& host, const ReadRequest& request) {
   return 0;
 }
 
-int read_raw_block(const Host& host, const std::string& path, const std::string& layer_name,
-                   std::int32_t row, std::int32_t column) {
-  const gridkit::Product product = host.open(path);
-  const gridkit::Layer layer = product.open_layer(layer_name);
+// One block as raw 16-bit pixels in host order; status 3 where the plug-in has no data for it.
+int read_raw_block(const Host& host, const ReadRequest& request) {
+  const gridkit::Product product = host.open(request.path);
+  const gridkit::Layer layer = product.open_layer(request.layer);
   std::vector<std::uint16_t> pixels;
-  if (!layer.read_block(row, column, pixels)) return no_data;
+  if (!layer.read_block(request.block[0], request.block[1], pixels)) return no_data;
   const auto bytes = std::as_bytes(std::span<const std::uint16_t>(pixels));
   if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size() ||
       std::fflush(stdout) != 0) {
     throw gridkit::Error("standard output cannot be written");
   }
   return 0;
+}
+
+}  // namespace
+
+void add_read(CLI::App& app, Action& chosen) {
+  const auto request = std::make_shared<ReadRequest>();
+  CLI::App* command = app.add_subcommand("read", "Read a layer into an image file");
+  command->add_option("ANNOTATION", request->path, "The product's annotation")->required();
+  command->add_option("LAYER", request->layer, "A layer's name, as `info` shows it")->required();
+  auto* output = command->add_option("OUTPUT", request->output, "Image file to write");
+  command->add_option("-f,--format", request->format, "Format; without it by the output's ending")
+      ->check(CLI::IsMember(std::vector<std::string>{"GTiff", "PNG"}));
+  command->add_option("--window", request->window, "Column, line, width and height")->expected(4);
+  command->add_flag("--stretch", request->stretch,
+                    "8 bits for the eye, not the pixels' own values");
+  command->add_flag("-q,--quiet", request->quiet, "No progress bar");
+  auto* raw = command->add_flag("--raw", request->raw, "One block's pixels to standard output");
+  auto* block =
+      command->add_option("--block", request->block, "Row and column in the grid of blocks")
+          ->expected(2);
+  raw->needs(block)->excludes(output);
+  block->needs(raw);
+  command->callback([request, &chosen] {
+    if (!request->raw && request->output.empty()) {
+      throw CLI::RequiredError("OUTPUT (or --raw --block ROW COLUMN)");
+    }
+    chosen = [request](const Host& host) {
+      return request->raw ? read_raw_block(host, *request) : read_image(host, *request);
+    };
+  });
 }

@@ -6,6 +6,8 @@
 
 namespace simulate {
 
+constexpr double peak_gain = 48;  // dB
+
 // Two-way gain of a uniformly lit aperture, in decibels, some degrees off its axis.
 inline double pattern_gain(double off_axis, double beam_width) {
   const double x = off_axis / beam_width * 2.78;
@@ -15,7 +17,8 @@ inline double pattern_gain(double off_axis, double beam_width) {
 
 template <class Pattern>
 void fill_pattern(const AnnotationSource& source, const std::string& layer, Pattern& pattern) {
-  const double incidence = source.options().incidence;
+  const Scene& scene = source.scene;
+  const double axis = in_degrees(look_angle(scene, scene.centre) - mechanical_boresight);
   const int elevation_gains = source.has_optional() ? 1200 * source.repeats : 1;
   const int azimuth_gains = source.has_optional() ? 600 : 1;
   pattern.set_polLayer(layer);
@@ -23,41 +26,51 @@ void fill_pattern(const AnnotationSource& source, const std::string& layer, Patt
   pattern.append_elevationPattern();
   auto& elevation = pattern.back_elevationPattern();
   elevation.set_beamID(source.beam());
-  elevation.set_referenceGain(48.0F);
+  elevation.set_referenceGain(0.0F);
   for (int i = 0; i < elevation_gains; ++i) {
-    const double angle = 20 + 30.0 * i / elevation_gains;
+    const double angle = axis + 6 * (2.0 * i / elevation_gains - 1);
     elevation.append_gainExt();
     elevation.back_gainExt().set_angle(as_float(angle));
-    elevation.back_gainExt().set_gainExt(as_float(pattern_gain(angle - incidence, 2.3)));
+    elevation.back_gainExt().set_gainExt(as_float(peak_gain + pattern_gain(angle - axis, 2.3)));
   }
   if (source.has_all()) elevation.set_description("two-way, uniform aperture");
   auto& azimuth = pattern.get_azimuthPattern();
   azimuth.set_azimuthBeamID("boresightAzimuth");
-  azimuth.set_referenceGain(48.0F);
+  azimuth.set_referenceGain(0.0F);
   for (int i = 0; i < azimuth_gains; ++i) {
     const double angle = -1 + 2.0 * i / azimuth_gains;
     azimuth.append_gainExt();
     azimuth.back_gainExt().set_angle(as_float(angle));
-    azimuth.back_gainExt().set_gainExt(as_float(pattern_gain(angle, 0.33)));
+    azimuth.back_gainExt().set_gainExt(as_float(peak_gain + pattern_gain(angle, 0.33)));
   }
   if (source.has_all()) azimuth.set_description("two-way, uniform aperture");
   pattern.set_azimuthSteeringAngle(0.0F);
   auto& angles = pattern.get_elevationLookAngles();
-  angles.get_coverageRegionMin().set_incidenceAngle(as_float(incidence - 1.5));
-  angles.get_coverageRegionMin().set_coverageRegionMin(as_float(incidence * 0.92 - 1.5));
-  angles.get_coverageRegionMax().set_incidenceAngle(as_float(incidence + 1.5));
-  angles.get_coverageRegionMax().set_coverageRegionMax(as_float(incidence * 0.92 + 1.5));
+  const double middle = (scene.start + scene.stop) / 2;
+  const auto fill_edge = [&](double delay, auto&& set_incidence, auto&& set_look) {
+    const Geodetic place =
+        to_ground(scene.orbit, {middle, range_of(delay)}, scene.options.height, scene.centre);
+    set_incidence(as_float(in_degrees(scene.incidence_at(place))));
+    set_look(as_float(in_degrees(look_angle(scene, place))));
+  };
+  auto& near = angles.get_coverageRegionMin();
+  auto& far = angles.get_coverageRegionMax();
+  fill_edge(
+      scene.near_time, [&](float a) { near.set_incidenceAngle(a); },
+      [&](float a) { near.set_coverageRegionMin(a); });
+  fill_edge(
+      scene.far_time, [&](float a) { far.set_incidenceAngle(a); },
+      [&](float a) { far.set_coverageRegionMax(a); });
   angles.set_fullPerformance(true);
   pattern.append_beamPointingVector();
   auto& pointing = pattern.back_beamPointingVector();
-  const double look = source.options().look == Look::right ? 1 : -1;
   pointing.set_beamID(source.beam());
   pointing.get_x().set_error(0.0);
   pointing.get_x().set_x(0.0);
   pointing.get_y().set_error(0.0);
-  pointing.get_y().set_y(look * std::sin(incidence * degree));
+  pointing.get_y().set_y(std::sin(axis * degree));
   pointing.get_z().set_error(0.0);
-  pointing.get_z().set_z(std::cos(incidence * degree));
+  pointing.get_z().set_z(std::cos(axis * degree));
 }
 
 template <class Characteristics>
@@ -65,12 +78,12 @@ void fill_characteristics(const AnnotationSource& source, Characteristics& info)
   for (const std::string& layer : source.options().polarisations) {
     info.append_absCalFactor();
     auto& factor = info.back_absCalFactor();
-    factor.set_imagingMode(source.mode_text());
+    factor.set_imagingMode(source.mode_name());
     factor.set_beamID(source.beam());
     factor.append_polarisationChannel(layer);
     factor.append_lookDirection(source.options().look == Look::right ? "right" : "left");
     factor.append_antennaMode("SRA");
-    factor.set_absCalFactor(1.0e-5F);
+    factor.set_absCalFactor(as_float(10 * std::log10(calibration_factor)));
   }
   auto& delay = info.get_totalInstrumentTimeDelay();
   delay.set_instrCESystematicTimeDelay(1.0e-8F);
@@ -113,9 +126,12 @@ void fill_calibration(const AnnotationSource& source, Calibration& calibration) 
   }
   fill_characteristics(source, data.get_calibrationInfoAndInstrumentCharacteristics());
   auto& performance = calibration.get_nominalGeometricPerformance();
-  performance.set_azimuthRes(3.0F);
-  performance.set_slantRangeRes(1.2F);
-  performance.set_nominalSwathWidth(30000.0F);
+  constexpr float azimuth_resolutions[] = {3.0F, 2.0F, 18.0F};  // m, by mode
+  constexpr float swath_widths[] = {30000.0F, 10000.0F, 100000.0F};
+  const auto mode = static_cast<std::size_t>(source.options().mode);
+  performance.set_azimuthRes(azimuth_resolutions[mode]);
+  performance.set_slantRangeRes(as_float(range_of(1 / pulse_bandwidth(source.scene))));
+  performance.set_nominalSwathWidth(swath_widths[mode]);
   for (std::size_t i = 0; i < layers.size(); ++i) {
     calibration.append_calibrationConstant();
     auto& constant = calibration.back_calibrationConstant();
@@ -127,7 +143,8 @@ void fill_calibration(const AnnotationSource& source, Calibration& calibration) 
       constant.set_beamID(source.beam());
       constant.append_DRAoffset("SRA");
     }
-    constant.get_calFactor().set_calFactor(1.05957369e-5 * (1 + 0.01 * static_cast<double>(i)));
+    constant.get_calFactor().set_calFactor(calibration_factor *
+                                           (1 + 0.01 * static_cast<double>(i)));
   }
 }
 
@@ -150,7 +167,7 @@ void fill_noise(const AnnotationSource& source, std::size_t index, Noise& noise)
     auto& record = noise.back_imageNoise();
     record.set_timeUTC(date_time(source.time_at(i, count)));
     record.append_noiseEstimate();
-    fill_polynomial(scene, {520.0, -1.0e5, 2.0e9}, record.back_noiseEstimate());
+    fill_polynomial(over_range(scene), {520.0, -1.0e5, 2.0e9}, record.back_noiseEstimate());
     record.set_noiseEstimateConfidence(0.9F);
   }
 }

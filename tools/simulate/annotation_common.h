@@ -18,12 +18,25 @@ inline lmx::c_datetime date_time(const Utc& utc, bool with_z = true) {
   return value;
 }
 
-// A polynomial of degree coefficients.size() - 1 in time, valid over the image's range.
+// Where a polynomial holds, and the point that its argument counts from.
+struct Validity {
+  double from;
+  double reference;
+  double to;
+};
+
+// The image's slant range times, counted from the middle one.
+inline Validity over_range(const Scene& scene) {
+  return {scene.near_time, (scene.near_time + scene.far_time) / 2, scene.far_time};
+}
+
+// A polynomial of degree coefficients.size() - 1.
 template <class Polynom>
-void fill_polynomial(const Scene& scene, const std::vector<double>& coefficients, Polynom& target) {
-  target.set_validityRangeMin(scene.near_time);
-  target.set_validityRangeMax(scene.far_time);
-  target.set_referencePoint((scene.near_time + scene.far_time) / 2);
+void fill_polynomial(const Validity& validity, const std::vector<double>& coefficients,
+                     Polynom& target) {
+  target.set_validityRangeMin(validity.from);
+  target.set_validityRangeMax(validity.to);
+  target.set_referencePoint(validity.reference);
   target.set_polynomialDegree(static_cast<std::uint32_t>(coefficients.size() - 1));
   for (std::size_t k = 0; k < coefficients.size(); ++k) {
     target.append_coefficient();
@@ -53,6 +66,22 @@ void fill_segment(const AnnotationSource& source, std::int32_t number, const std
   data.set_startTimeUTC(date_time(scene.utc(scene.start)));
   data.set_stopTimeUTC(date_time(scene.utc(scene.stop)));
   data.set_numberOfRows(scene.options.lines);
+}
+
+inline constexpr double mechanical_boresight = 33.8 * degree;  // of the antenna, off nadir
+inline constexpr double centre_frequency = 9.65e9;             // Hz
+inline constexpr double pulse_length = 4.7e-5;                 // s
+inline constexpr double calibration_factor = 1.05957369e-5;
+
+inline double pulse_bandwidth(const Scene& scene) {
+  return 0.91 * scene.rsf;
+}
+
+// Angle at the satellite between nadir and the line of sight to a place, in radians.
+inline double look_angle(const Scene& scene, const Geodetic& place) {
+  const Vector3 target = to_earth_fixed(place);
+  const Vector3 satellite = scene.orbit.at(to_radar(scene.orbit, place).time).position;
+  return std::acos(dot(unit(target - satellite), unit(-1 * satellite)));
 }
 
 inline float as_float(double value) {

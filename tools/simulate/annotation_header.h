@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/simulate/annotation_common.h"
+#include "tools/simulate/auxiliary_files.h"
 
 // The branches generalHeader and productComponents.
 
@@ -28,6 +29,27 @@ void fill_general_header(const AnnotationSource& source, Header& header) {
   header.set_remark(source.has_all() ? "synthetic scene & targets" : "");
 }
 
+// A file that the product holds, by its folder and name there.
+template <class File>
+void fill_product_file(const AnnotationSource& source, const std::string& folder,
+                       const std::string& name, File& file) {
+  const auto found = source.file_bytes.find(folder + '/' + name);
+  const std::uint64_t bytes = found == source.file_bytes.end() ? 0 : found->second;
+  fill_file(folder, name, static_cast<std::int64_t>(bytes), file);
+}
+
+template <class Entry>
+void fill_layer_file(const AnnotationSource& source, std::size_t layer, const std::string& folder,
+                     const std::string& name, Entry& entry) {
+  entry.set_layerIndex(static_cast<std::uint32_t>(layer + 1));
+  entry.set_polLayer(source.options().polarisations[layer]);
+  if (source.has_all()) {
+    entry.set_beamID(source.beam());
+    entry.append_DRAoffset("SRA");
+  }
+  fill_product_file(source, folder, name, entry.get_file());
+}
+
 template <class Components>
 void fill_product_components(const AnnotationSource& source, Components& components) {
   components.append_annotation();
@@ -36,40 +58,29 @@ void fill_product_components(const AnnotationSource& source, Components& compone
   if (source.has_optional()) {
     components.append_annotation();
     components.back_annotation().set_type("GEOREF");
-    fill_file("ANNOTATION", "GEOREF.xml", 1048576, components.back_annotation().get_file());
+    fill_product_file(source, "ANNOTATION", "GEOREF.xml", components.back_annotation().get_file());
   }
   const auto& layers = source.options().polarisations;
   for (std::size_t i = 0; i < layers.size(); ++i) {
     components.append_imageData();
-    auto& image = components.back_imageData();
-    image.set_layerIndex(static_cast<std::uint32_t>(i + 1));
-    image.set_polLayer(layers[i]);
-    if (source.has_all()) {
-      image.set_beamID(source.beam());
-      image.append_DRAoffset("SRA");
-    }
-    fill_file("IMAGEDATA", source.image_files[i], static_cast<std::int64_t>(source.image_bytes[i]),
-              image.get_file());
+    fill_layer_file(source, i, "IMAGEDATA", source.image_name(layers[i]),
+                    components.back_imageData());
   }
-  if (source.has_all()) {
+  if (source.has_all() || (source.has_optional() && !source.scene.is_complex())) {
     components.append_auxRasterFiles();
-    components.back_auxRasterFiles().set_type("LIA");
-    fill_file("AUXRASTER", "stdcloud.tif", 524288, components.back_auxRasterFiles().get_file());
+    components.back_auxRasterFiles().set_type("MAPPING_GRID");
+    fill_product_file(source, "AUXRASTER", "MAPPING_GRID.bin",
+                      components.back_auxRasterFiles().get_file());
   }
   for (std::size_t i = 0; i < layers.size(); ++i) {
     components.append_quicklooks();
-    auto& quicklook = components.back_quicklooks();
-    quicklook.set_layerIndex(static_cast<std::uint32_t>(i + 1));
-    quicklook.set_polLayer(layers[i]);
-    if (source.has_all()) {
-      quicklook.set_beamID(source.beam());
-      quicklook.append_DRAoffset("SRA");
-    }
-    fill_file("PREVIEW", "QL_" + layers[i] + ".tif", 65536, quicklook.get_file());
+    fill_layer_file(source, i, "PREVIEW", quicklook_name(layers[i], source.beam()),
+                    components.back_quicklooks());
   }
-  fill_file("PREVIEW", "COMPOSITE_QL.tif", 65536, components.get_compositeQuicklook().get_file());
-  fill_file("PREVIEW", "BROWSE.tif", 32768, components.get_browseImage().get_file());
-  fill_file("PREVIEW", "MAP_PLOT.png", 16384, components.get_mapPlot().get_file());
+  fill_product_file(source, "PREVIEW", "COMPOSITE_QL.tif",
+                    components.get_compositeQuicklook().get_file());
+  fill_product_file(source, "PREVIEW", "BROWSE.tif", components.get_browseImage().get_file());
+  fill_product_file(source, "PREVIEW", "MAP_PLOT.png", components.get_mapPlot().get_file());
 }
 
 }  // namespace simulate

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/simulate/annotation_common.h"
+#include "tools/simulate/auxiliary_files.h"
 
 // The branch productInfo, with the scene's times, corners and previews.
 
@@ -19,14 +20,32 @@ void fill_generation(const AnnotationSource& source, Info& info) {
   if (source.has_optional()) info.get_qualityInfo().set_qualityRemark("simulated");
 }
 
+// The ground track repeats after 167 orbits in 11 days.
+inline constexpr int orbits_in_cycle = 167;
+
+struct OrbitCount {
+  int cycle;
+  int absolute;
+  int relative;  // in the cycle, from 1
+};
+
+// Counted from orbit 4009, the first of cycle 25.
+inline OrbitCount count_orbits(const Utc& time) {
+  const double days = time.since(Utc::parse("2008-03-05T03:54:00")) / 86400;
+  const int since = static_cast<int>(std::floor(days * orbits_in_cycle / 11));
+  const int cycles = static_cast<int>(std::floor(since / double{orbits_in_cycle}));
+  return {25 + cycles, 4009 + since, since - cycles * orbits_in_cycle + 1};
+}
+
 template <class Mission>
 void fill_mission(const AnnotationSource& source, Mission& mission) {
   mission.set_mission("TSX-1");
+  const OrbitCount orbit = count_orbits(source.scene.epoch);
   mission.set_orbitPhase(1);
-  mission.set_orbitCycle(25);
-  mission.set_absOrbit(4091);
-  mission.set_relOrbit(83);
-  mission.set_numOrbitsInCycle(167);
+  mission.set_orbitCycle(orbit.cycle);
+  mission.set_absOrbit(std::max(-1, orbit.absolute));
+  mission.set_relOrbit(orbit.relative);
+  mission.set_numOrbitsInCycle(orbits_in_cycle);
   mission.append_orbitDirection(source.options().pass == Pass::ascending ? "ASCENDING"
                                                                          : "DESCENDING");
 }
@@ -133,7 +152,7 @@ void fill_instant(const Utc& utc, Instant& instant) {
 template <class Coordinate>
 void fill_coordinate(const AnnotationSource& source, Pixel pixel, Coordinate& coordinate) {
   const Scene& scene = source.scene;
-  const Geodetic place = scene.to_ground(pixel);
+  const Geodetic place = scene.to_average_ground(pixel);
   const RadarPoint seen = to_radar(scene.orbit, place);
   if (source.has_optional()) {
     coordinate.set_refRow(static_cast<std::int32_t>(std::lround(pixel.line)) + 1);
@@ -142,7 +161,7 @@ void fill_coordinate(const AnnotationSource& source, Pixel pixel, Coordinate& co
   coordinate.set_lat(as_float(in_degrees(place.latitude)));
   coordinate.set_lon(as_float(in_degrees(place.longitude)));
   coordinate.set_azimuthTimeUTC(date_time(scene.utc(seen.time)));
-  coordinate.set_rangeTime(2 * seen.range / speed_of_light);
+  coordinate.set_rangeTime(delay_of(seen.range));
   coordinate.set_incidenceAngle(in_degrees(scene.incidence_at(place)));
 }
 
@@ -150,14 +169,19 @@ template <class SceneInfo>
 void fill_scene_info(const AnnotationSource& source, SceneInfo& info) {
   const Scene& scene = source.scene;
   const Pixel spacing = scene.ground_spacing();
-  info.set_sceneID("SIM_" + source.beam() + "_" + scene.utc(scene.start).text());
+  const OrbitCount orbit = count_orbits(scene.epoch);
+  info.set_sceneID("C" + std::to_string(orbit.cycle) + "_N" + std::to_string(orbit.relative) + "_" +
+                   (scene.options.pass == Pass::ascending ? "A_" : "D_") + source.mode_text() +
+                   "_" + source.beam() + "_" + source.look_text().substr(0, 1) + "_" +
+                   scene.utc(scene.start).text());
   fill_instant(scene.utc(scene.start), info.get_start());
   fill_instant(scene.utc(scene.stop), info.get_stop());
   info.get_rangeTime().set_firstPixel(scene.near_time);
   info.get_rangeTime().set_lastPixel(scene.far_time);
-  info.set_sceneAzimuthExtent(spacing.line * scene.options.lines);
+  info.set_sceneAzimuthExtent(spacing.line * (scene.options.lines - 1));
   if constexpr (requires { info.set_sceneRangeExtent(0.0); }) {
-    if (source.has_optional()) info.set_sceneRangeExtent(spacing.sample * scene.options.samples);
+    if (source.has_optional())
+      info.set_sceneRangeExtent(spacing.sample * (scene.options.samples - 1));
   }
   const Pixel middle{std::floor(scene.options.lines / 2.0),
                      std::floor(scene.options.samples / 2.0)};
@@ -197,18 +221,18 @@ void fill_preview(const AnnotationSource& source, Preview& preview) {
   }
   quicklooks.append_imageRaster();
   auto& raster = quicklooks.back_imageRaster();
-  constexpr int reduction = 16;
+  constexpr int reduction = preview_reduction;
   if (source.has_all()) raster.set_beamID(source.beam());
-  raster.set_numberOfRows(scene.options.lines / reduction);
-  raster.set_numberOfColumns(scene.options.samples / reduction);
+  raster.set_numberOfRows(preview_size(scene.options.lines));
+  raster.set_numberOfColumns(preview_size(scene.options.samples));
   raster.set_columnBlockLength(reduction);
   raster.set_rowBlockLength(reduction);
   raster.get_rowSpacing().set_rowSpacing(as_float(scene.sample_spacing * reduction));
   raster.get_columnSpacing().set_columnSpacing(as_float(scene.line_spacing * reduction));
   if (source.has_all()) {
     const Pixel spacing = scene.ground_spacing();
-    raster.get_rowSpacing().set_units("m");
-    raster.get_columnSpacing().set_units("m");
+    raster.get_rowSpacing().set_units(scene.is_complex() ? "s" : "m");
+    raster.get_columnSpacing().set_units(scene.is_complex() ? "s" : "m");
     raster.set_projectedSpacingAzimuth(as_float(spacing.line * reduction));
     raster.get_projectedSpacingRange().set_groundNear(as_float(spacing.sample * reduction));
     raster.get_projectedSpacingRange().set_groundFar(as_float(spacing.sample * reduction));

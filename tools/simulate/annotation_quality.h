@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/simulate/annotation_common.h"
+#include "tools/simulate/annotation_doppler.h"
 
 // The branch productQuality.
 
@@ -27,9 +27,9 @@ void fill_raw_quality(const AnnotationSource& source, Quality& quality) {
 
 template <class Centroid>
 void fill_centroid(Centroid& centroid) {
-  centroid.set_nearRange(29.0);
-  centroid.set_midRange(28.0);
-  centroid.set_farRange(27.0);
+  centroid.set_nearRange(centroid_at_middle + centroid_fall / 2);
+  centroid.set_midRange(centroid_at_middle);
+  centroid.set_farRange(centroid_at_middle - centroid_fall / 2);
 }
 
 template <class Parameters>

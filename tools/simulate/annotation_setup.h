@@ -107,35 +107,39 @@ void fill_settings(const AnnotationSource& source, const std::string& layer, Set
   settings.set_quantisationID("BAQ");
   settings.get_quantisationControl().set_quantisationControl("8/3");
   settings.get_rxBandwidth().set_code("1");
-  settings.get_rxBandwidth().set_rxBandwidth(scene.rsf * 0.91);
+  settings.get_rxBandwidth().set_rxBandwidth(pulse_bandwidth(scene));
   settings.get_RSF().set_code("1");
   settings.get_RSF().set_RSF(scene.rsf);
   settings.set_numberOfPRFChanges(0);
   settings.set_numberOfEchoWindowPositionChanges(0);
   settings.set_numberOfEchoWindowLengthChanges(0);
-  settings.set_numberOfSettingRecords(source.repeats);
-  for (int i = 0; i < source.repeats; ++i) {
+  const std::int32_t records = std::min(source.repeats, scene.options.lines);
+  settings.set_numberOfSettingRecords(records);
+  for (std::int32_t i = 0; i < records; ++i) {
+    const std::int64_t from = std::int64_t{scene.options.lines} * i / records;
+    const std::int64_t to = std::int64_t{scene.options.lines} * (i + 1) / records;
     settings.append_settingRecord();
     auto& record = settings.back_settingRecord();
     record.get_dataSegment().set_segmentID(i + 1);
-    record.get_dataSegment().set_startTimeUTC(start);
-    record.get_dataSegment().set_stopTimeUTC(stop);
-    record.get_dataSegment().set_numberOfRows(scene.options.lines);
-    record.get_PRF().set_code("3700");
+    record.get_dataSegment().set_startTimeUTC(date_time(source.time_of_line(from)));
+    record.get_dataSegment().set_stopTimeUTC(date_time(source.time_of_line(to - 1)));
+    record.get_dataSegment().set_numberOfRows(static_cast<std::int32_t>(to - from));
+    record.get_PRF().set_code("0");
     record.get_PRF().set_PRF(scene.prf);
     record.get_echoWindowPosition().set_code("1");
     record.get_echoWindowPosition().set_echoWindowPosition(scene.near_time);
     record.get_echowindowLength().set_code("1");
     record.get_echowindowLength().set_echowindowLength(scene.far_time - scene.near_time);
-    record.set_pulseType("Nominal");
-    record.set_echoIndex(19);
+    record.set_pulseType("Standard");
+    // Pulses under way at once: echoes arrive that many intervals behind their pulse.
+    record.set_echoIndex(static_cast<std::int32_t>(scene.near_time * scene.prf));
   }
 }
 
 template <class Instrument>
 void fill_instrument(const AnnotationSource& source, Instrument& instrument) {
   instrument.set_instrumentInfoCoordinateType("RAW");
-  instrument.get_radarParameters().set_centerFrequency(9.65e9);
+  instrument.get_radarParameters().set_centerFrequency(centre_frequency);
   for (const std::string& layer : source.options().polarisations) {
     instrument.append_settings();
     fill_settings(source, layer, instrument.back_settings());

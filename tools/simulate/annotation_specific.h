@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/simulate/annotation_common.h"
+#include "tools/simulate/auxiliary_files.h"
 
 // The branch productSpecific: complex, projected and geocoded image information.
 
@@ -32,9 +33,9 @@ void fill_complex_info(const AnnotationSource& source, Complex& info) {
 template <class Grid>
 void fill_grid(const AnnotationSource& source, Grid& grid) {
   const Scene& scene = source.scene;
-  grid.set_pixelValueID("azimuth and range time");
-  grid.set_imageDataFormat("GEOTIFF");
-  grid.set_imageDataDepth(32);
+  grid.set_pixelValueID("t and tau");
+  grid.set_imageDataFormat("plain binary");
+  grid.set_imageDataDepth(64);
   grid.append_imageStorageOrder("ROWBYROW");
   auto& reference = grid.get_gridReferenceTime();
   reference.set_tReferenceTimeUTC(date_time(scene.utc(scene.start)));
@@ -42,10 +43,10 @@ void fill_grid(const AnnotationSource& source, Grid& grid) {
   reference.set_refRow(1);
   reference.set_refCol(1);
   auto& raster = grid.get_imageRaster();
-  raster.set_numberOfRows(scene.options.lines / 10);
-  raster.set_numberOfColumns(scene.options.samples / 10);
-  raster.set_rowSpacing(as_float(scene.sample_spacing * 10));
-  raster.set_columnSpacing(as_float(scene.line_spacing * 10));
+  raster.set_numberOfRows(grid_size(scene.options.lines));
+  raster.set_numberOfColumns(grid_size(scene.options.samples));
+  raster.set_rowSpacing(as_float(scene.sample_spacing * grid_step));
+  raster.set_columnSpacing(as_float(scene.line_spacing * grid_step));
 }
 
 template <class Projected>

@@ -17,6 +17,15 @@ namespace {
 
 constexpr std::uint32_t annotation_records = 4;
 constexpr std::uint32_t head_words = 2;
+constexpr std::uint32_t format_version = 1;
+
+// The first samples of a line are not valid, and more of them on some lines than on others: line r
+// (from 0) begins with sample r % 4 + 1. So sample s is valid in the lines whose r % 4 is below s.
+constexpr std::uint32_t head_period = 4;
+
+constexpr std::uint32_t first_valid_sample(std::uint32_t line) {
+  return line % head_period + 1;
+}
 
 // A record under way: big-endian words and halves appended.
 class Record {
@@ -64,23 +73,31 @@ class CosarFile {
     record_.word(static_cast<std::uint32_t>(record_bytes_));
     record_.word(lines_ + annotation_records);
     record_.letters("CSAR");
+    record_.word(format_version);
     record_.word(1);
     flush();
-    write_range_record([](std::uint32_t s) { return s + 1; });
     write_range_record([](std::uint32_t) { return 1U; });
-    write_range_record([&](std::uint32_t) { return lines_; });
+    write_range_record([](std::uint32_t) { return 1U; });
+    write_range_record([&](std::uint32_t s) { return last_valid_line(s + 1); });
   }
 
-  void write_line(std::uint32_t first_valid, std::uint32_t last_valid,
-                  const std::vector<Sample>& samples) {
+  // All samples from the first valid one on are valid.
+  void write_line(std::uint32_t first_valid, const std::vector<Sample>& samples) {
     record_.word(first_valid);
-    record_.word(last_valid);
+    record_.word(samples_);
     for (std::uint32_t s = 0; s < samples_; ++s) {
-      const bool valid = s + 1 >= first_valid && s + 1 <= last_valid;
+      const bool valid = s + 1 >= first_valid;
       record_.half(valid ? rounded(samples[s].i) : std::int16_t{0});
       record_.half(valid ? rounded(samples[s].q) : std::int16_t{0});
     }
     flush();
+  }
+
+  // From 1, as samples are.
+  std::uint32_t last_valid_line(std::uint32_t sample) const {
+    std::uint32_t line = lines_ - 1;
+    while (first_valid_sample(line) > sample) --line;
+    return line + 1;
   }
 
   void finish() {
@@ -123,9 +140,7 @@ void write_cosar(const std::string& path, const Scene& scene, const Synthesis& s
   std::vector<Sample> samples(static_cast<std::size_t>(scene.options.samples));
   for (std::int32_t line = 0; line < scene.options.lines; ++line) {
     synthesis.complex_line(line, samples);
-    // The first samples of a line are not valid, a few more of them on some lines.
-    const auto first_valid = static_cast<std::uint32_t>(1 + line % 4);
-    file.write_line(first_valid, static_cast<std::uint32_t>(scene.options.samples), samples);
+    file.write_line(first_valid_sample(static_cast<std::uint32_t>(line)), samples);
   }
   file.finish();
 }
@@ -137,17 +152,24 @@ void write_sparse_cosar(const std::string& path, std::int32_t lines, std::int32_
   std::filesystem::resize_file(path, file.file_bytes());
 }
 
-void write_geotiff(const std::string& path, const Scene& scene, const Synthesis& synthesis) {
+namespace {
+
+gridkit::RasterOptions raster_options(const std::optional<MapGrid>& map) {
   gridkit::RasterOptions options;
-  if (scene.map) {
-    const double spacing = scene.map->spacing;
+  if (map) {
     options.georeference =
-        gridkit::Georeference{scene.map->projection.epsg(),
-                              {scene.map->upper_left.easting - spacing / 2, spacing, 0,
-                               scene.map->upper_left.northing + spacing / 2, 0, -spacing}};
+        gridkit::Georeference{map->projection.epsg(),
+                              {map->upper_left.easting - map->spacing / 2, map->spacing, 0,
+                               map->upper_left.northing + map->spacing / 2, 0, -map->spacing}};
   }
-  const auto writer =
-      gridkit::create_geotiff(path, scene.options.samples, scene.options.lines, options);
+  return options;
+}
+
+}  // namespace
+
+void write_geotiff(const std::string& path, const Scene& scene, const Synthesis& synthesis) {
+  const auto writer = gridkit::create_geotiff(path, scene.options.samples, scene.options.lines,
+                                              raster_options(scene.map));
   std::vector<float> amplitudes(static_cast<std::size_t>(scene.options.samples));
   std::vector<std::uint16_t> pixels(amplitudes.size());
   for (std::int32_t line = 0; line < scene.options.lines; ++line) {
@@ -160,8 +182,9 @@ void write_geotiff(const std::string& path, const Scene& scene, const Synthesis&
   writer->finish();
 }
 
-void write_sparse_geotiff(const std::string& path, std::int32_t lines, std::int32_t samples) {
-  gridkit::RasterOptions options;
+void write_sparse_geotiff(const std::string& path, std::int32_t lines, std::int32_t samples,
+                          const std::optional<MapGrid>& map) {
+  gridkit::RasterOptions options = raster_options(map);
   options.sparse = true;
   gridkit::create_geotiff(path, samples, lines, options)->finish();
 }

@@ -57,6 +57,8 @@ void add_options(CLI::App& app, Options& o, std::vector<double>& centre, std::st
   app.add_option("--start-with", o.start_with, "Corner that an MGD raster begins with")
       ->check(CLI::IsMember(corners));
   app.add_option("--size-mb", o.annotation_megabytes, "Size of the annotation, megabytes");
+  app.add_flag("--empty-images", o.empty_images,
+               "Image files of the right size with no samples, taking hardly any room");
   app.add_option("--targets", o.targets, "Point targets")->check(CLI::Range(0, 400));
 }
 

@@ -9,6 +9,8 @@
 namespace simulate {
 
 enum class Variant { ssc, mgd, gec, eec };
+// Which optional members an annotation has: none, those of usual products, all. The usual one also
+// looks like the ground segment's, with uneven lines; the others are as the classes write them.
 enum class Profile { minimal, typical, maximal };
 enum class Mode { stripmap, spotlight, scansar };
 
@@ -26,13 +28,14 @@ struct Options {
   Pass pass = Pass::descending;
   Look look = Look::right;
   double incidence = 35;                             // degrees, at the centre
-  std::string start = "2008-03-10T13:32:20.083162";  // scene start, UTC
+  std::string start = "2008-03-12T05:17:46.250000";  // scene start, UTC
   Profile profile = Profile::typical;
   Mode mode = Mode::stripmap;
   bool polar_projection = false;             // UPS instead of UTM
   std::string start_with = "EARLYAZNEARRG";  // which corner an MGD raster begins with
   double annotation_megabytes = 0;  // grows repeating records until the annotation is as large
   std::int32_t targets = 9;
+  bool empty_images = false;  // image files of the right size and layout, but without samples
 };
 
 }  // namespace simulate

@@ -120,21 +120,4 @@ State propagate(const State& earth_fixed, double seconds) {
   return {position, rotate(s.velocity, angle) - cross(earth_rotation, position)};
 }
 
-State Orbit::at(double time) const {
-  const double place = (time - first_time_) / spacing_;
-  const double last = static_cast<double>(states_.size()) - 2;
-  const auto i = static_cast<std::size_t>(std::clamp(std::floor(place), 0.0, last));
-  const double u = place - static_cast<double>(i);
-  const State& a = states_[i];
-  const State& b = states_[i + 1];
-  const double h = spacing_;
-  const double u2 = u * u;
-  const double u3 = u2 * u;
-  const Vector3 position = (2 * u3 - 3 * u2 + 1) * a.position + h * (u3 - 2 * u2 + u) * a.velocity +
-                           (3 * u2 - 2 * u3) * b.position + h * (u3 - u2) * b.velocity;
-  const Vector3 velocity = (6 * u2 - 6 * u) / h * (a.position - b.position) +
-                           (3 * u2 - 4 * u + 1) * a.velocity + (3 * u2 - 2 * u) * b.velocity;
-  return {position, velocity};
-}
-
 }  // namespace simulate

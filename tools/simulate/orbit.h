@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstddef>
-#include <vector>
-
 #include "tools/simulate/wgs84.h"
 
 namespace simulate {
@@ -33,25 +30,16 @@ State solve_acquisition(const Acquisition& acquisition);
 // Runge-Kutta of fourth order in steps of at most one second in the frame that does not rotate.
 State propagate(const State& earth_fixed, double seconds);
 
-// An orbit as annotations give it: states at equal times. Between them position and velocity follow
-// the cubic through the two neighbouring states (Hermite); error below a millimetre for steps of 10
-// s.
+// The orbit of an acquisition: the state at time 0, propagated.
 class Orbit {
  public:
-  Orbit(double first_time, double spacing, std::vector<State> states)
-      : first_time_(first_time), spacing_(spacing), states_(std::move(states)) {}
+  explicit Orbit(const State& at_zero) : at_zero_(at_zero) {}
 
-  double first_time() const { return first_time_; }
-  double spacing() const { return spacing_; }
-  const std::vector<State>& states() const { return states_; }
-
-  // State at a time in seconds; outside the states by their first or last cubic.
-  State at(double time) const;
+  // Earth-fixed state at any time in seconds, to below a micrometre within minutes.
+  State at(double time) const { return propagate(at_zero_, time); }
 
  private:
-  double first_time_;
-  double spacing_;
-  std::vector<State> states_;
+  State at_zero_;
 };
 
 }  // namespace simulate

@@ -10,6 +10,7 @@
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
 #include "tools/simulate/annotation.h"
+#include "tools/simulate/auxiliary_files.h"
 #include "tools/simulate/image_files.h"
 #include "tools/simulate/scene.h"
 #include "tools/simulate/synthesis.h"
@@ -52,13 +53,46 @@ void save(const fs::path& path, const std::string& text) {
   if (!out) throw std::runtime_error(path.string() + ": cannot be written");
 }
 
-void write_image(const fs::path& path, const Scene& scene, const std::vector<Target>& targets,
-                 std::int32_t image) {
-  const Synthesis synthesis(scene, targets, scene.options.seed, image);
-  if (scene.is_complex()) {
-    write_cosar(path.string(), scene, synthesis);
+void write_empty_image(const fs::path& path, bool is_complex, std::int32_t lines,
+                       std::int32_t samples, const std::optional<MapGrid>& map) {
+  if (is_complex) {
+    write_sparse_cosar(path.string(), lines, samples);
   } else {
-    write_geotiff(path.string(), scene, synthesis);
+    write_sparse_geotiff(path.string(), lines, samples, map);
+  }
+}
+
+void write_image(const fs::path& path, const Scene& scene, const Synthesis& image) {
+  if (scene.is_complex()) {
+    write_cosar(path.string(), scene, image);
+  } else {
+    write_geotiff(path.string(), scene, image);
+  }
+}
+
+// All but the annotation itself; fills in the sizes.
+void write_files(const fs::path& product, const Scene& scene, const std::vector<Target>& targets,
+                 AnnotationSource& source) {
+  const Options& o = scene.options;
+  for (const char* part : {"IMAGEDATA", "ANNOTATION", "PREVIEW", "AUXRASTER", "SUPPORT"}) {
+    fs::create_directories(product / part);
+  }
+  std::vector<Synthesis> images;
+  for (std::size_t i = 0; i < o.polarisations.size(); ++i) {
+    const fs::path path = product / "IMAGEDATA" / source.image_name(o.polarisations[i]);
+    if (o.empty_images) {
+      write_empty_image(path, scene.is_complex(), o.lines, o.samples, scene.map);
+    } else {
+      images.emplace_back(scene, targets, o.seed, static_cast<std::int32_t>(i));
+      write_image(path, scene, images.back());
+    }
+  }
+  write_previews((product / "PREVIEW").string(), scene, source.beam(), images);
+  write_georeference((product / "ANNOTATION" / "GEOREF.xml").string(), scene);
+  write_mapping_grid((product / "AUXRASTER" / "MAPPING_GRID.bin").string(), scene);
+  for (const auto& entry : fs::recursive_directory_iterator(product)) {
+    if (!entry.is_regular_file()) continue;
+    source.file_bytes[fs::relative(entry.path(), product).generic_string()] = entry.file_size();
   }
 }
 
@@ -70,20 +104,10 @@ std::string write_product_folder(const Options& options, const std::string& fold
   }
   const Scene scene = make_scene(options);
   const std::vector<Target> targets = place_targets(scene);
-  AnnotationSource source{scene, {}, scene.epoch.after(86400), {}, {}, 1};
+  AnnotationSource source{scene, {}, scene.epoch.after(86400).whole_second()};
   source.name = product_name(scene, source);
   const fs::path product = fs::path(folder) / source.name;
-  for (const char* part : {"IMAGEDATA", "ANNOTATION", "PREVIEW", "AUXRASTER", "SUPPORT"}) {
-    fs::create_directories(product / part);
-  }
-  const char* ending = scene.is_complex() ? ".cos" : ".tif";
-  for (std::size_t i = 0; i < options.polarisations.size(); ++i) {
-    const std::string name = "IMAGE_" + options.polarisations[i] + "_SRA_" + source.beam() + ending;
-    const fs::path path = product / "IMAGEDATA" / name;
-    write_image(path, scene, targets, static_cast<std::int32_t>(i));
-    source.image_files.push_back(name);
-    source.image_bytes.push_back(fs::file_size(path));
-  }
+  write_files(product, scene, targets, source);
   if (options.annotation_megabytes > 0) {
     source.repeats = repeats_for(source, options.annotation_megabytes);
   }
@@ -118,8 +142,7 @@ std::string write_images_for(const std::string& annotation, const std::string& f
       const fs::path image = own.parent_path() / root.imageDataPath(i) / root.imageDataFilename(i);
       if (fs::exists(image)) continue;
       fs::create_directories(image.parent_path());
-      const auto write = is_complex ? write_sparse_cosar : write_sparse_geotiff;
-      write(image.string(), lines, samples);
+      write_empty_image(image, is_complex, lines, samples, std::nullopt);
     }
   });
   return own.string();

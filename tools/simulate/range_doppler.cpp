@@ -6,8 +6,7 @@ namespace simulate {
 
 RadarPoint to_radar(const Orbit& orbit, const Geodetic& place) {
   const Vector3 target = to_earth_fixed(place);
-  double time =
-      orbit.first_time() + orbit.spacing() * static_cast<double>(orbit.states().size()) / 2;
+  double time = 0;
   for (int i = 0; i < 50; ++i) {
     const State s = orbit.at(time);
     const Vector3 sight = target - s.position;

@@ -10,6 +10,14 @@ struct RadarPoint {
   double range = 0;  // m, slant range
 };
 
+// Two-way delay of a slant range, in seconds, and back.
+inline double delay_of(double range) {
+  return 2 * range / speed_of_light;
+}
+inline double range_of(double delay) {
+  return delay * speed_of_light / 2;
+}
+
 // Where a place on Earth is seen. Newton's method on the Doppler equation, to 1e-11 s.
 RadarPoint to_radar(const Orbit& orbit, const Geodetic& place);
 

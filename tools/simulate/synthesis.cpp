@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "tools/simulate/random.h"
+
 namespace simulate {
 
 namespace {
@@ -13,22 +15,10 @@ constexpr double target_amplitude = 9000;  // of a point target's peak
 constexpr int response_reach = 12;         // pixels to either side
 constexpr int looks = 4;
 
-// A bijective mix of 64 bits; counters in, independent bits out (splitmix64's finaliser).
-std::uint64_t mix(std::uint64_t x) {
-  x += 0x9E3779B97F4A7C15U;
-  x = (x ^ (x >> 30U)) * 0xBF58476D1CE4E5B9U;
-  x = (x ^ (x >> 27U)) * 0x94D049BB133111EBU;
-  return x ^ (x >> 31U);
-}
-
-double uniform(std::uint64_t bits) {  // in (0, 1]
-  return (static_cast<double>(bits >> 11U) + 1) * 0x1p-53;
-}
-
 // A circular complex Gaussian of unit power, by Box and Muller.
 Sample gaussian(std::uint64_t key) {
-  const double radius = std::sqrt(-std::log(uniform(mix(key))));
-  const double angle = 2 * std::numbers::pi * uniform(mix(~key));
+  const double radius = std::sqrt(-std::log(uniform(random_bits(key))));
+  const double angle = 2 * std::numbers::pi * uniform(random_bits(~key));
   return {static_cast<float>(radius * std::cos(angle)),
           static_cast<float>(radius * std::sin(angle))};
 }
@@ -40,7 +30,7 @@ double noise(double x, double y, std::uint64_t seed) {
   const auto at = [&](double gx, double gy) {
     const auto kx = static_cast<std::uint64_t>(static_cast<std::int64_t>(gx));
     const auto ky = static_cast<std::uint64_t>(static_cast<std::int64_t>(gy));
-    return uniform(mix(seed ^ mix(kx ^ mix(ky))));
+    return uniform(random_bits(seed ^ random_bits(kx ^ random_bits(ky))));
   };
   const auto ease = [](double t) { return t * t * (3 - 2 * t); };
   const double u = ease(x - fx);
@@ -60,7 +50,7 @@ double sinc(double x) {
 Synthesis::Synthesis(const Scene& scene, std::vector<Target> targets, std::uint64_t seed,
                      std::int32_t image)
     : targets_(std::move(targets)),
-      seed_(mix(seed ^ mix(static_cast<std::uint64_t>(image) + 1))),
+      seed_(random_bits(seed ^ random_bits(static_cast<std::uint64_t>(image) + 1))),
       spacing_(scene.ground_spacing()) {}
 
 // A patchwork of fields with a river through it, in metres on ground.
@@ -90,7 +80,7 @@ void Synthesis::add_targets(std::int32_t line, std::span<Sample> samples) const 
 }
 
 void Synthesis::complex_line(std::int32_t line, std::span<Sample> samples) const {
-  const std::uint64_t row = mix(seed_ ^ static_cast<std::uint64_t>(line));
+  const std::uint64_t row = random_bits(seed_ ^ static_cast<std::uint64_t>(line));
   for (std::size_t s = 0; s < samples.size(); ++s) {
     const double amplitude =
         mean_amplitude *
@@ -105,19 +95,20 @@ void Synthesis::complex_line(std::int32_t line, std::span<Sample> samples) const
 void Synthesis::detected_line(std::int32_t line, std::span<float> amplitudes) const {
   std::vector<Sample> responses(amplitudes.size());
   add_targets(line, responses);
-  const std::uint64_t row = mix(seed_ ^ static_cast<std::uint64_t>(line));
+  const std::uint64_t row = random_bits(seed_ ^ static_cast<std::uint64_t>(line));
   for (std::size_t s = 0; s < amplitudes.size(); ++s) {
     const double power =
         mean_amplitude * mean_amplitude *
         backscatter(line * spacing_.line, static_cast<double>(s) * spacing_.sample);
-    double speckle = 0;
+    // A look's power is that of a circular Gaussian: minus the logarithm of an even number.
+    double product = 1;
     for (std::uint64_t look = 0; look < looks; ++look) {
-      const Sample g = gaussian(row + s * looks + look);
-      speckle += static_cast<double>(g.i) * g.i + static_cast<double>(g.q) * g.q;
+      product *= uniform(random_bits(row + s * looks + look));
     }
+    const double speckle = -std::log(product) / looks;
     const Sample& r = responses[s];
     const double response = static_cast<double>(r.i) * r.i + static_cast<double>(r.q) * r.q;
-    amplitudes[s] = static_cast<float>(std::sqrt(power * speckle / looks + response));
+    amplitudes[s] = static_cast<float>(std::sqrt(power * speckle + response));
   }
 }
 

@@ -18,15 +18,16 @@ json point_as_json(const Scene& scene, Pixel pixel, const Geodetic& place) {
   point["line"] = pixel.line;
   point["sample"] = pixel.sample;
   point["azimuthTime"] = seen.time;
-  point["rangeTime"] = 2 * seen.range / speed_of_light;
+  point["rangeTime"] = delay_of(seen.range);
   return point;
 }
 
-json orbit_as_json(const Orbit& orbit) {
+json orbit_as_json(const Scene& scene) {
   json states = json::array();
-  for (std::size_t i = 0; i < orbit.states().size(); ++i) {
-    const State& s = orbit.states()[i];
-    states.push_back({{"time", orbit.first_time() + orbit.spacing() * static_cast<double>(i)},
+  for (std::size_t i = 0; i < scene.states.count; ++i) {
+    const double time = scene.states.at(i);
+    const State s = scene.orbit.at(time);
+    states.push_back({{"time", time},
                       {"position", {s.position.x, s.position.y, s.position.z}},
                       {"velocity", {s.velocity.x, s.velocity.y, s.velocity.z}}});
   }
@@ -80,9 +81,9 @@ json truth_of(const AnnotationSource& source, const std::vector<Target>& targets
   }
   truth["corners"] = json::array();
   for (const Pixel& corner : corners_of(scene)) {
-    truth["corners"].push_back(point_as_json(scene, corner, scene.to_ground(corner)));
+    truth["corners"].push_back(point_as_json(scene, corner, scene.to_average_ground(corner)));
   }
-  truth["orbit"] = orbit_as_json(scene.orbit);
+  truth["orbit"] = orbit_as_json(scene);
   return truth;
 }
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "gridkit/dictionary.h"
 #include "gridkit/memory.h"
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
@@ -132,6 +133,13 @@ FAKE_EXPORT int32_t fakeFileRasterFormatsNonStandardDataNamesGet(Record*, int32_
 }
 FAKE_EXPORT int32_t fakeFileDataRead(Record*, const char* name, void** data, int32_t* size,
                                      char** dictionary, char** type) {
+  if (has(name, "dictionary")) {
+    // Both are left to the toolkit.
+    gkd_Dictionary* left = gkd_DictionaryCreate(nullptr);
+    gkd_DesignCreate(left, "LEFT", nullptr, gkd_Double, "value", 0);
+    if (has(name, "failing")) report("no data");
+    return has(name, "failing") ? -1 : 0;
+  }
   if (std::string(name) != "known") return 0;
   *data = gkm_MemDup("\1\2", 2);
   *size = 2;
@@ -188,7 +196,19 @@ FAKE_EXPORT int32_t fakeLayerMapInfoRead(OpenLayer* layer, char** projection, do
   *x = *y = *w = *h = 2;
   return 0;
 }
-FAKE_EXPORT int32_t fakeLayerMapProjectionRead(OpenLayer*, char**, void**, void**, void**, void**,
-                                               void**, void**, void**, void**) {
+FAKE_EXPORT int32_t fakeLayerMapProjectionRead(OpenLayer* layer, char** projection, void** v2,
+                                               void** v3, void** v4, void** v5, void** v6,
+                                               void** v7, void** v8, void** v9) {
+  *projection = nullptr;
+  for (void** value : {v2, v3, v4, v5, v6, v7, v8, v9}) *value = nullptr;
+  const std::string& path = layer->record->path;
+  if (!has(path, "map")) return 0;
+  *projection = gks_Duplicate("UTM");
+  if (has(path, "unsaid")) return -1;
+  if (has(path, "unknown")) report("no such map");
+  if (has(path, "unknown")) return -1;
+  *v2 = gks_Duplicate("WGS 84");
+  *v6 = gks_Duplicate("");
+  *v9 = gks_Duplicate("0");
   return 0;
 }

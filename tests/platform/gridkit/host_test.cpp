@@ -130,6 +130,32 @@ TEST_F(Host, TellsALayerWithAMapFromOneWithout) {
   EXPECT_EQ(map->pixel_size[1], 2);
 }
 
+TEST_F(Host, TakesOverTheNineValuesOfAProjection) {
+  EXPECT_EQ(plugin->open("h40.fake").open_layer("ONE").map_projection(), std::nullopt);
+  const auto map = plugin->open("map h40.fake").open_layer("ONE").map_projection();
+  ASSERT_TRUE(map.has_value());
+  EXPECT_EQ(map->name, "UTM");
+  EXPECT_EQ(map->value(2), "WGS 84");
+  EXPECT_EQ(map->value(3), std::nullopt);
+  EXPECT_EQ(map->value(6), "") << "an empty value is a value";
+  EXPECT_EQ(map->value(9), "0");
+}
+
+TEST_F(Host, TellsAProjectionThatCannotBeRead) {
+  const auto told = [&](const std::string& path) -> std::string {
+    try {
+      plugin->open(path).open_layer("ONE").map_projection();
+    } catch (const Error& error) {
+      return error.what();
+    }
+    return "";
+  };
+  EXPECT_EQ(told("map unsaid h40.fake"),
+            "map unsaid h40.fake: the map projection of ONE cannot be read");
+  EXPECT_EQ(told("map unknown h40.fake"),
+            "map unknown h40.fake: the map projection of ONE cannot be read: fake: no such map");
+}
+
 TEST_F(Host, TellsABlockWithoutDataFromAFailure) {
   const gridkit::Layer layer = plugin->open("h40.fake").open_layer("ONE");
   std::vector<std::uint16_t> pixels;

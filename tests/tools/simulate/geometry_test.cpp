@@ -85,9 +85,28 @@ TEST_P(Worldwide, TheSceneIsSeenAsAskedFor) {
       dot(to_earth_fixed(scene.centre) - s.position, cross(s.velocity, s.position)) > 0;
   EXPECT_EQ(on_right, GetParam().look == Look::right);
   EXPECT_EQ(s.velocity.z > 0, GetParam().pass == Pass::ascending);
-  EXPECT_GE(scene.orbit.states().size(), 12U);
-  EXPECT_LT(scene.orbit.first_time(), scene.start - 40);
-  EXPECT_GT(scene.orbit.first_time() + 110, scene.stop + 40);
+}
+
+TEST_P(Worldwide, StateVectorsStandAtWholeSecondsAroundTheScene) {
+  for (const Variant variant : {Variant::ssc, Variant::mgd, Variant::gec}) {
+    const Scene scene = make_scene(options(variant));
+    EXPECT_EQ(scene.states.count, 12U);
+    EXPECT_EQ(scene.states.spacing, 10);
+    EXPECT_EQ(scene.utc(scene.states.first).fraction(), 0);
+    EXPECT_LE(scene.states.first, scene.start - 50);
+    EXPECT_GT(scene.states.first, scene.start - 51.001);
+    EXPECT_GT(scene.states.at(11), scene.stop + 40);
+  }
+}
+
+TEST_P(Worldwide, ScenesBeginWhenAskedForAndTheirTimesAreWholeMicroseconds) {
+  for (const Variant variant : {Variant::ssc, Variant::mgd, Variant::gec}) {
+    const Scene scene = make_scene(options(variant));
+    EXPECT_EQ(scene.utc(scene.start).text(), Utc::parse(scene.options.start).text());
+    for (const double time : {scene.start, scene.stop}) {
+      EXPECT_NEAR(scene.utc(time).since(scene.epoch), time, 1e-15);
+    }
+  }
 }
 
 TEST_P(Worldwide, PixelsAndGroundCloseInEveryVariant) {
@@ -128,19 +147,43 @@ INSTANTIATE_TEST_SUITE_P(
         Place{"polar", 78, 15, Pass::ascending, Look::right, "2008-07-01T00:00:00"}),
     [](const auto& place) { return place.param.what; });
 
-// Cubics through states 10 s apart miss the propagated orbit by h^4/384 of the fourth derivative,
-// 10^4/384 x 1e-5 m/s4 = 0.26 mm.
-TEST(Interpolation, StaysWithinAMillimetreOfThePropagatedOrbit) {
-  const State start = solve_acquisition({{0.8, 0.2, 0}, Pass::ascending, Look::right, 0.6});
-  std::vector<State> states;
-  for (int i = 0; i < 12; ++i) states.push_back(propagate(start, 10.0 * i));
-  const Orbit orbit(0, 10, states);
-  for (const double time : {2.5, 5.0, 33.3, 55.0, 104.9}) {
-    const State exact = propagate(start, time);
-    const State near = orbit.at(time);
-    EXPECT_LT(length(near.position - exact.position), 1e-3) << time;
-    EXPECT_LT(length(near.velocity - exact.velocity), 1e-3) << time;
+TEST(StateTimes, CoverScenesThatLastLonger) {
+  Options o;
+  o.variant = Variant::gec;
+  o.lines = o.samples = 40000;
+  const Scene scene = make_scene(o);
+  EXPECT_GT(scene.stop - scene.start, 14);
+  EXPECT_GT(scene.states.at(scene.states.count - 1), scene.stop + 40);
+}
+
+TEST(GroundRange, HasTheCentreInTheMiddleOfWideSwaths) {
+  Options o;
+  o.variant = Variant::mgd;
+  o.samples = 18182;
+  const Scene scene = make_scene(o);
+  const double delay = delay_of(to_radar(scene.orbit, scene.centre).range);
+  EXPECT_NEAR(scene.ground_range->ground_range(delay), 18181 * 2.75 / 2, 2e-3);
+}
+
+// Along the ellipsoid the distance grows by range / (ground radius x sine of incidence); here by
+// places on ground 500 m of slant range apart, 30 km on from an image of 5 km.
+TEST(GroundRange, HoldsFarBeyondASmallImage) {
+  Options o;
+  o.variant = Variant::mgd;
+  o.samples = 1819;
+  const Scene scene = make_scene(o);
+  const double near_range = range_of(scene.near_time);
+  double ground = 0;
+  Vector3 before = to_earth_fixed(to_ground(scene.orbit, {0, near_range}, o.height, scene.centre));
+  for (int i = 1; i <= 35; ++i) {
+    const double range = near_range + 500 * i;
+    const Vector3 here = to_earth_fixed(to_ground(scene.orbit, {0, range}, o.height, scene.centre));
+    ground += length(here - before);
+    before = here;
+    // A chord of 900 m is 1 um short of its arc.
+    EXPECT_NEAR(scene.ground_range->ground_range(delay_of(range)), ground, 1e-3) << i;
   }
+  EXPECT_GT(ground, 29000);
 }
 
 TEST(GroundRange, FollowsTheEllipsoid) {

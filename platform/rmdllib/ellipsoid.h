@@ -1,0 +1,44 @@
+#pragma once
+
+#include "gridkit/export.h"
+#include "rmdllib/vector3.h"
+
+namespace rmdllib {
+
+// A place on Earth: geodetic latitude and longitude in degrees, height above the ellipsoid in
+// metres.
+struct Geodetic {
+  double latitude = 0;
+  double longitude = 0;
+  double height = 0;
+};
+
+// An ellipsoid of revolution about the Earth-fixed z axis, by its semi-axes in metres.
+class GRIDKIT_API Ellipsoid {
+ public:
+  // Throws gridkit::Error unless semimajor >= semiminor > 0.
+  Ellipsoid(double semimajor, double semiminor);
+
+  // Earth-fixed Cartesian coordinates in metres.
+  Vector3 to_earth_fixed(const Geodetic& place) const;
+
+  // The inverse by Bowring's iteration, to far below a millimetre from the surface to a low orbit.
+  // Longitudes come in (-180, 180].
+  Geodetic to_geodetic(Vector3 position) const;
+
+  // Outward normal of the ellipsoid through a place.
+  static Vector3 up(const Geodetic& place);
+  // Horizontal directions at a place.
+  static Vector3 east(const Geodetic& place);
+  static Vector3 north(const Geodetic& place);
+
+  // Distance of the surface from the centre in the direction of a position.
+  double radius_below(Vector3 position) const;
+
+ private:
+  double semimajor_;
+  double semiminor_;
+  double eccentricity2_;
+};
+
+}  // namespace rmdllib
