@@ -39,21 +39,32 @@ class Classes {
 };
 
 // Everything that stands directly in a version's namespace, and what is nested in it.
-#define ADD_VERSION(classes, version)                                 \
-  classes.add(version::c_level1Product::s_description);               \
-  classes.add(version::c_chirpSlope::s_description);                  \
-  classes.add(version::c_polLayer::s_description);                    \
-  classes.add(version::c_lookDirection::s_description);               \
-  classes.add(version::c_antennaReceiveConfiguration::s_description); \
-  classes.add(version::c_imagingMode::s_description);                 \
-  classes.add(version::c_polarisationMode::s_description);            \
-  classes.add(version::c_floatVector::s_description)
-
 inline std::map<std::string, Classes> all_versions() {
   std::map<std::string, Classes> versions;
-  ADD_VERSION(versions["3.4"], version34);
-  ADD_VERSION(versions["3.5"], version35);
-  ADD_VERSION(versions["4.0"], version40);
+  for (const class_description* d :
+       {&version34::c_level1Product::s_description, &version34::c_chirpSlope::s_description,
+        &version34::c_polLayer::s_description, &version34::c_lookDirection::s_description,
+        &version34::c_antennaReceiveConfiguration::s_description,
+        &version34::c_imagingMode::s_description, &version34::c_polarisationMode::s_description,
+        &version34::c_floatVector::s_description}) {
+    versions["3.4"].add(*d);
+  }
+  for (const class_description* d :
+       {&version35::c_level1Product::s_description, &version35::c_chirpSlope::s_description,
+        &version35::c_polLayer::s_description, &version35::c_lookDirection::s_description,
+        &version35::c_antennaReceiveConfiguration::s_description,
+        &version35::c_imagingMode::s_description, &version35::c_polarisationMode::s_description,
+        &version35::c_floatVector::s_description}) {
+    versions["3.5"].add(*d);
+  }
+  for (const class_description* d :
+       {&version40::c_level1Product::s_description, &version40::c_chirpSlope::s_description,
+        &version40::c_polLayer::s_description, &version40::c_lookDirection::s_description,
+        &version40::c_antennaReceiveConfiguration::s_description,
+        &version40::c_imagingMode::s_description, &version40::c_polarisationMode::s_description,
+        &version40::c_floatVector::s_description}) {
+    versions["4.0"].add(*d);
+  }
   return versions;
 }
 

@@ -147,6 +147,25 @@ TEST(TokenList, OptionalOnesTellPresenceApartFromTokens) {
   EXPECT_FALSE(segment.isset_DRAoffset());
 }
 
+TEST(TokenList, AForeignNumberLeavesTheFlagAndAKnownOneSetsIt) {
+  using Change = bool (*)(c_segmentInfoType & segment, elmx_enums number);
+  const Change changes[] = {
+      [](c_segmentInfoType& s, elmx_enums number) { return s.appendenum_DRAoffset(number); },
+      [](c_segmentInfoType& s, elmx_enums number) { return s.insertenum_DRAoffset(0, number); },
+      [](c_segmentInfoType& s, elmx_enums number) { return s.setenum_DRAoffset(0, number); }};
+  for (const Change change : changes) {
+    c_segmentInfoType segment;
+    EXPECT_FALSE(change(segment, e_HH));
+    EXPECT_FALSE(segment.isset_DRAoffset());
+    EXPECT_EQ(segment.size_DRAoffset(), 0U);
+    EXPECT_TRUE(change(segment, e_DRAFore));
+    EXPECT_TRUE(segment.isset_DRAoffset());
+    EXPECT_EQ(segment.getenum_DRAoffset(0), e_DRAFore);
+    EXPECT_FALSE(change(segment, e_HH));
+    EXPECT_TRUE(segment.isset_DRAoffset()) << "as it was";
+  }
+}
+
 TEST(TokenList, WorksByNumbersToo) {
   c_imagingMode mode;
   EXPECT_TRUE(mode.appendenum_imagingMode(e_SM));
@@ -156,6 +175,9 @@ TEST(TokenList, WorksByNumbersToo) {
   EXPECT_EQ(mode.size_imagingMode(), 3U);
   EXPECT_EQ(mode.getenum_imagingMode(0), e_SL);
   EXPECT_EQ(mode.get_imagingMode(2), "HS");
+  EXPECT_TRUE(mode.setenum_imagingMode(1, e_SC)) << "in the place of what stood there";
+  EXPECT_EQ(mode.size_imagingMode(), 3U);
+  EXPECT_EQ(mode.get_imagingMode(1), "SC");
   mode.set_imagingMode(0, "foreign");
   EXPECT_EQ(mode.getenum_imagingMode(0), 0);
 }
@@ -517,6 +539,9 @@ TEST(Root, ListsWorkWhileTheyAreChosen) {
 TEST(Root, SettingATextReleasesWhatWasHeld) {
   c_version40 root;
   root.get_level1Product();
+  EXPECT_FALSE(root.setenum_polLayer(e_SRA));
+  EXPECT_FALSE(root.appendenum_imagingMode(e_HH));
+  EXPECT_EQ(root.getchosen(), c_version40::e_level1Product) << "a foreign number changes nothing";
   EXPECT_EQ(root.set_polLayer("HV"), 0);
   EXPECT_EQ(root.getchosen(), c_version40::e_polLayer);
   EXPECT_FALSE(root.setenum_polLayer(e_SRA));
@@ -550,6 +575,18 @@ TEST(Root, CopiesAndSwapsAnObject) {
   EXPECT_EQ(copy.getchosen(), 9);
   copy = root;
   EXPECT_EQ(std::as_const(copy).get_generalHeader().get_source(), "s");
+}
+
+TEST(Root, WritingAChosenMemberWithoutItsObjectIsFortyFive) {
+  std::ostringstream out;
+  lmx::c_xml_writer writer(out, 0, "", "");
+  for (const int number :
+       {c_version40::e_file, c_version40::e_polLayer, c_version40::e_imagingMode}) {
+    EXPECT_EQ(binding::write_root_content(c_version40::s_description, {number, nullptr}, writer),
+              45);
+  }
+  EXPECT_EQ(binding::write_root_content(c_version40::s_description, {9, nullptr}, writer), 7);
+  EXPECT_EQ(out.str(), "");
 }
 
 TEST(RootDeathTest, AssertsWithTheRootsTexts) {

@@ -436,6 +436,7 @@ TEST(Policy, SeesEachFaultAndDecides) {
   EXPECT_EQ(reader.handle_error(error_too_long, "x", "tag", 0), error_none);
   EXPECT_EQ(reader.handle_error(error_invalid_value, "x", "tag", 0), error_invalid_value);
   EXPECT_EQ(seen, 2);
+  EXPECT_EQ(reader.diagnostic()->code, error_too_long) << "the first stays, tolerated or not";
 }
 
 TEST(StringStack, KeepsANameWhereItIs) {
