@@ -5,6 +5,7 @@
 import json
 import math
 import os
+import re
 import struct
 import sys
 import unittest
@@ -176,6 +177,19 @@ class Refusals(unittest.TestCase):
         self.assertIn(place, message)
         self.assertIn("/level1Product/productInfo/missionInfo/orbitCycle", message)
         self.assertIn('found "2x5", expected an integer\n', message)
+
+    def test_lists_that_hold_nothing_are_named(self):
+        # Valid by the schema, but no product can be read without them.
+        for variant, element in (("SSC", "productVariant"), ("SSC", "projection"), ("MGD", "projection"),
+                                 ("MGD", "quicklookDataStartWith"), ("GEC", "mapProjection")):
+            for empty in (f"<{element}/>", f"<{element}> </{element}>"):
+                product = simulate("empty", "--variant", variant)
+                content = re.sub(f"<{element}>[^<]*</{element}>", empty, product.read_text())
+                product.write_text(content)
+                run(ANNOTATION, "check", product)
+                message = complaint(GRIDKIT, "info", product)
+                self.assertIn("Wrong XML schema file detected", message)
+                self.assertIn(f"/{element}: the element is absent or holds no text", message)
 
     def test_missing_images_are_named(self):
         product = simulate("noimage")

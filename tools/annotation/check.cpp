@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "plugin/required_texts.h"
 #include "tools/annotation/annotation_file.h"
 
 std::string CheckResult::text() const {
@@ -31,6 +32,14 @@ CheckResult check_annotation(const std::string& path, const std::optional<std::s
     result.message = "valid";
   }
   return result;
+}
+
+std::string missing_text(const std::string& path, const std::string& schema) {
+  return with_root(schema, [&](auto& root) -> std::string {
+    root.unmarshal(path.c_str());
+    const char* missing = missing_required_text(root.get_level1Product());
+    return missing == nullptr ? "" : missing;
+  });
 }
 
 std::vector<std::string> missing_images(const std::string& path, const std::string& schema) {

@@ -25,5 +25,8 @@ struct CheckResult {
 CheckResult check_annotation(const std::string& path,
                              const std::optional<std::string>& schema = {});
 
+// The element without which a plug-in cannot open a valid annotation, empty where there is none.
+std::string missing_text(const std::string& path, const std::string& schema);
+
 // The image files that a valid annotation names and that are not there.
 std::vector<std::string> missing_images(const std::string& path, const std::string& schema);

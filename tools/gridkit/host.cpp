@@ -22,6 +22,11 @@ std::string explain(const std::string& path, const char* refusal) {
   const CheckResult check = check_annotation(path);
   std::string text = refusal;
   if (check.error != 0) return text + "\n  " + check.text();
+  const std::string missing = missing_text(path, check.schema);
+  if (!missing.empty()) {
+    return text + "\n  " + path + ": " + missing +
+           ": the element is absent or holds no text, and the product cannot be read without it";
+  }
   for (const std::string& image : missing_images(path, check.schema)) {
     text += "\n  " + image + ": no such image file";
   }
