@@ -1,5 +1,6 @@
 # Compiler settings that every target of the project shares, as one interface target.
 
+option(TSX_FUZZ "Build the fuzz targets with libFuzzer; needs clang" OFF)
 option(TSX_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 
 find_program(CCACHE_PROGRAM ccache)
@@ -22,6 +23,10 @@ if(TSX_SANITIZE)
   target_compile_options(tsx_options INTERFACE -fsanitize=address,undefined
     -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
   target_link_options(tsx_options INTERFACE -fsanitize=address,undefined)
+  if(TSX_FUZZ)
+    target_compile_options(tsx_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(tsx_options INTERFACE -fsanitize=fuzzer-no-link)
+  endif()
   # Under the sanitizers g++ 12 takes the insides of std::regex for uninitialised.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(tsx_options INTERFACE -Wno-maybe-uninitialized)
