@@ -1,7 +1,9 @@
 #include "gridkit/string_list.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 
 #include "gridkit/fail.h"
 #include "gridkit/memory.h"
@@ -9,12 +11,24 @@
 
 namespace {
 
-// Moves the texts into an array with room for one more; null without memory.
-char** grown(const gks_StringList& list) {
+// Arrays have room for the next power of two, so that a list grows in steps: one is full when its
+// count is a power of two, or nothing.
+bool is_full(const gks_StringList& list) {
+  const auto count = static_cast<std::uint32_t>(list.count);
+  return list.strings == nullptr || count == 0 || std::has_single_bit(count);
+}
+
+// Makes room for one more text; false without memory.
+bool make_room(gks_StringList& list) {
+  if (!is_full(list)) return true;
   const auto count = static_cast<std::size_t>(list.count);
-  auto** strings = static_cast<char**>(gkm_HeapMalloc((count + 1) * sizeof(char*)));
-  if (strings != nullptr) std::copy_n(list.strings, count, strings);
-  return strings;
+  const std::size_t room = std::max<std::size_t>(2 * count, 1);
+  auto** strings = static_cast<char**>(gkm_HeapMalloc(room * sizeof(char*)));
+  if (strings == nullptr) return false;
+  std::copy_n(list.strings, count, strings);
+  gkm_HeapFree(list.strings);
+  list.strings = strings;
+  return true;
 }
 
 }  // namespace
@@ -30,17 +44,13 @@ gks_StringList* gks_StringListAppend(gks_StringList* list, const char* text, gke
     if (target != nullptr) *target = {0, nullptr};
   }
   char* copy = gks_Duplicate(text);
-  char** strings = target == nullptr ? nullptr : grown(*target);
-  if (copy == nullptr || strings == nullptr) {
+  if (copy == nullptr || target == nullptr || !make_room(*target)) {
     gkm_HeapFree(copy);
-    gkm_HeapFree(strings);
     if (list == nullptr) gkm_HeapFree(target);
     gridkit::fail(err, "gks_StringListAppend", {"out of memory"});
     return list;
   }
-  gkm_HeapFree(target->strings);
-  strings[target->count] = copy;
-  target->strings = strings;
+  target->strings[target->count] = copy;
   ++target->count;
   return target;
 }

@@ -10,7 +10,7 @@ extern "C" {
 #endif
 
 // A list of texts. The array and each text come from gkm_HeapMalloc, so an owner may take them away
-// and clear both fields.
+// and clear both fields. Only the operations below may change the fields otherwise.
 typedef struct gks_StringList {
   int32_t count;
   char** strings;
