@@ -39,10 +39,10 @@ GRIDKIT_API void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Repor
 //
 // Reads of less than 4 KiB are served from pages of the file that the stream keeps in memory, so
 // that a sweep over an image block by block reads each byte of the file about once. The number
-// preference "stream_cache_megabytes" of the group "gridkit" (32 where it is not set, 0 for no
+// preference "stream_cache_megabytes" of the group "gridkit" (64 where it is not set, 0 for no
 // memory at all, at most 4096) bounds them; it counts at the time of opening. Bytes are read ahead
-// within bounds too: what the stream reads from the file is never more than twice what it delivers
-// plus that memory. Without memory to be had it reads as it would with 0.
+// within bounds too: what the stream reads from the file is never more than three times what it
+// delivers plus that memory. Without memory to be had it reads as it would with 0.
 //
 // Held bytes follow the file as this tells: the stream looks at the file before it reads from it,
 // and with the first read behind a seek backwards. From then on nothing is delivered that lies past

@@ -21,7 +21,7 @@ namespace {
 
 using gridkit::PageCache;
 
-constexpr double default_megabytes = 32;
+constexpr double default_megabytes = 64;
 constexpr double most_megabytes = 4096;
 
 // Longer reads gain nothing from a cache: they go straight into the caller's buffer.
@@ -70,12 +70,6 @@ class LastLook {
   std::int64_t at_ = INT64_MIN / 2;  // never
 };
 
-// Brings bytes that are about to be read into the processor's own cache.
-void prefetch(std::span<const std::byte> bytes) {
-  constexpr std::size_t cache_line = 64;
-  for (std::size_t i = 0; i < bytes.size(); i += cache_line) __builtin_prefetch(&bytes[i]);
-}
-
 }  // namespace
 
 // Reads by position, so a file that shrinks while it is open ends earlier and harms nothing. The
@@ -96,14 +90,15 @@ struct gkf_Stream {
   std::size_t pread(std::byte* buffer, std::size_t wanted, std::int64_t offset);
   std::size_t read_direct(std::byte* buffer, std::size_t wanted, std::int64_t offset);
   std::size_t read_held(std::byte* buffer, std::size_t wanted);
-  std::span<const std::byte> fill(std::int64_t offset);
+  void fill(std::int64_t offset);
 
   PageCache cache;
   LastLook look;
   bool must_look = true;
 
-  // Bytes that may be read beyond those asked for. Whole pages draw on it and every byte delivered
-  // adds to it, so a pattern that uses little of each page soon gets only what it asks for.
+  // Bytes that may be read in whole pages. Every page draws on it and every byte delivered adds
+  // two, so a pattern that uses little of each page soon gets only what it asks for.
+  static constexpr std::int64_t earned = 2;
   std::int64_t most_credit;
   std::int64_t credit = most_credit;
   int last_error = 0;
@@ -131,17 +126,16 @@ std::size_t gkf_Stream::read_direct(std::byte* buffer, std::size_t wanted, std::
   return got;
 }
 
-// Reads the page that holds a place; its bytes from there on, or none.
-std::span<const std::byte> gkf_Stream::fill(std::int64_t offset) {
+// Brings the page that holds a place into the cache, if that may be and can be done.
+void gkf_Stream::fill(std::int64_t offset) {
   if (look.finds_change(file.get())) cache.forget();
-  if (credit < std::int64_t{PageCache::page_bytes}) return {};
+  constexpr auto page_bytes = std::int64_t{PageCache::page_bytes};
+  if (credit < page_bytes) return;
   std::byte* page = cache.place(offset);
-  if (page == nullptr) return {};
-  const std::int64_t start = offset - offset % std::int64_t{PageCache::page_bytes};
-  const std::size_t got = pread(page, PageCache::page_bytes, start);
+  if (page == nullptr) return;
+  const std::size_t got = pread(page, PageCache::page_bytes, offset - offset % page_bytes);
   credit -= static_cast<std::int64_t>(got);
   cache.set_size(got);
-  return cache.find(offset);
 }
 
 std::size_t gkf_Stream::read_held(std::byte* buffer, std::size_t wanted) {
@@ -150,14 +144,14 @@ std::size_t gkf_Stream::read_held(std::byte* buffer, std::size_t wanted) {
   std::size_t done = 0;
   while (done < wanted) {
     const std::int64_t offset = position + static_cast<std::int64_t>(done);
-    std::span<const std::byte> held = cache.find(offset);
-    if (held.empty()) held = fill(offset);
-    if (held.empty()) return done + read_direct(buffer + done, wanted - done, offset);
-    const std::size_t n = std::min(wanted - done, held.size());
-    std::memcpy(buffer + done, held.data(), n);
+    const std::span<std::byte> rest(buffer + done, wanted - done);
+    std::size_t n = cache.read(offset, rest);
+    if (n == 0) {
+      fill(offset);
+      n = cache.read(offset, rest);
+    }
+    if (n == 0) return done + read_direct(rest.data(), rest.size(), offset);
     done += n;
-    // The block to the right of the one that is being read asks for what follows.
-    prefetch(held.subspan(n, std::min(n, held.size() - n)));
   }
   return done;
 }
@@ -167,7 +161,7 @@ std::size_t gkf_Stream::read(std::byte* buffer, std::size_t wanted) {
   const std::size_t got =
       wanted < shortest_direct ? read_held(buffer, wanted) : read_direct(buffer, wanted, position);
   position += static_cast<std::int64_t>(got);
-  credit = std::min(most_credit, credit + static_cast<std::int64_t>(got));
+  credit = std::min(most_credit, credit + earned * static_cast<std::int64_t>(got));
   return got;
 }
 
