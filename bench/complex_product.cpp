@@ -1,5 +1,6 @@
 #include "bench/complex_product.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -27,7 +28,37 @@ fs::path image_below(const fs::path& folder) {
   throw std::runtime_error("no image below " + folder.string());
 }
 
+std::uint16_t pixel_of(const Kind& kind, std::int16_t i, std::int16_t q) {
+  const auto re = static_cast<float>(i);
+  const auto im = static_cast<float>(q);
+  if (!kind.is_phase) return static_cast<std::uint16_t>(std::sqrt(re * re + im * im));
+  if (i == 0 || q == 0) return 0;
+  const auto angle = static_cast<float>(std::atan2(double{im}, double{re}));
+  return static_cast<std::uint16_t>(
+      static_cast<std::int32_t>(static_cast<double>(angle) * 10430.3783505));
+}
+
+std::int16_t number_in(const unsigned char* bytes) {
+  return static_cast<std::int16_t>(static_cast<std::uint16_t>(bytes[0] << 8U | bytes[1]));
+}
+
 }  // namespace
+
+std::vector<std::uint16_t> plain_block(const ComplexProduct& product, const Kind& kind,
+                                       std::int32_t size, std::int32_t row, std::int32_t column) {
+  std::ifstream file(product.image(), std::ios::binary);
+  std::vector<unsigned char> line(4 * static_cast<std::size_t>(size));
+  std::vector<std::uint16_t> pixels;
+  for (std::int32_t j = 0; j < size; ++j) {
+    file.seekg(product.offset_of(std::int64_t{row} * size + j, std::int64_t{column} * size));
+    file.read(reinterpret_cast<char*>(line.data()), static_cast<std::streamsize>(line.size()));
+    if (!file) throw std::runtime_error("the plain reader finds no block");
+    for (std::size_t k = 0; k < line.size(); k += 4) {
+      pixels.push_back(pixel_of(kind, number_in(&line[k]), number_in(&line[k + 2])));
+    }
+  }
+  return pixels;
+}
 
 ComplexProduct::ComplexProduct(std::int32_t lines, std::int32_t samples, Content content)
     : folder_(make_folder()), lines_(lines), samples_(samples) {

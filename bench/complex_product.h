@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "record/exports.h"
 #include "record/tsx_file.h"
@@ -39,6 +40,18 @@ class ComplexProduct {
   std::int32_t lines_;
   std::int32_t samples_;
 };
+
+// A kind of pixels of complex samples, and the first layer of it.
+struct Kind {
+  const char* name;
+  const char* layer;
+  bool is_phase;
+};
+
+// A block of [size][size] pixels by a reader of the simplest kind, sample by sample, to check
+// others against. It must lie inside the image. Throws std::runtime_error.
+std::vector<std::uint16_t> plain_block(const ComplexProduct& product, const Kind& kind,
+                                       std::int32_t size, std::int32_t row, std::int32_t column);
 
 // A layer of an open complex product, read through the plug-in's own functions.
 class OpenLayer {

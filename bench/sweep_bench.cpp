@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -22,49 +21,14 @@
 namespace {
 
 using bench::ComplexProduct;
+using bench::Kind;
 using bench::OpenLayer;
 
 constexpr std::int32_t image_size = 16384;  // a square of 1 GiB
 constexpr std::size_t read_bytes = 1024 * 1024;
 
-struct Kind {
-  const char* name;
-  const char* layer;
-  bool is_phase;
-};
 constexpr Kind magnitude{"magnitude", "X_HH_MAGNITUDE_1", false};
 constexpr Kind phase{"phase", "X_HH_PHASE_2", true};
-
-std::uint16_t pixel_of(const Kind& kind, std::int16_t i, std::int16_t q) {
-  const auto re = static_cast<float>(i);
-  const auto im = static_cast<float>(q);
-  if (!kind.is_phase) return static_cast<std::uint16_t>(std::sqrt(re * re + im * im));
-  if (i == 0 || q == 0) return 0;
-  const auto angle = static_cast<float>(std::atan2(double{im}, double{re}));
-  return static_cast<std::uint16_t>(
-      static_cast<std::int32_t>(static_cast<double>(angle) * 10430.3783505));
-}
-
-std::int16_t number_in(const unsigned char* bytes) {
-  return static_cast<std::int16_t>(static_cast<std::uint16_t>(bytes[0] << 8U | bytes[1]));
-}
-
-// A block with a reader of the simplest kind, sample by sample.
-std::vector<std::uint16_t> plain_block(const ComplexProduct& product, const Kind& kind,
-                                       std::int32_t size, std::int32_t row, std::int32_t column) {
-  std::ifstream file(product.image(), std::ios::binary);
-  std::vector<unsigned char> line(4 * static_cast<std::size_t>(size));
-  std::vector<std::uint16_t> pixels;
-  for (std::int32_t j = 0; j < size; ++j) {
-    file.seekg(product.offset_of(std::int64_t{row} * size + j, std::int64_t{column} * size));
-    file.read(reinterpret_cast<char*>(line.data()), static_cast<std::streamsize>(line.size()));
-    if (!file) throw std::runtime_error("the plain reader finds no block");
-    for (std::size_t k = 0; k < line.size(); k += 4) {
-      pixels.push_back(pixel_of(kind, number_in(&line[k]), number_in(&line[k + 2])));
-    }
-  }
-  return pixels;
-}
 
 void check_blocks(const ComplexProduct& product, const OpenLayer& layer, const Kind& kind) {
   const std::int32_t size = layer.block_size();
@@ -75,7 +39,7 @@ void check_blocks(const ComplexProduct& product, const OpenLayer& layer, const K
   for (const std::int32_t row : {0, 1, last_row / 2, last_row}) {
     for (const std::int32_t column : {0, 1, last_column / 2, last_column}) {
       const bool came = layer.read(row, column, pixels.data());
-      if (!came || pixels != plain_block(product, kind, size, row, column)) {
+      if (!came || pixels != bench::plain_block(product, kind, size, row, column)) {
         throw std::runtime_error(std::string("wrong ") + kind.name + " block " +
                                  std::to_string(row) + ", " + std::to_string(column));
       }

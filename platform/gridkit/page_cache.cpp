@@ -54,13 +54,14 @@ void PageCache::count(std::uint32_t index, std::size_t bytes) {
 // filled costs next to nothing.
 bool PageCache::allocate() try {
   constexpr std::size_t alignment = 4096;
-  std::vector<Slot> slots(most_pages_);
+  memory_.reset(static_cast<std::byte*>(std::aligned_alloc(alignment, most_pages_ * page_bytes)));
+  if (memory_ == nullptr) return false;
   heads_.assign(std::bit_ceil(2 * most_pages_), none);
   spent_.reserve(most_pages_);
-  memory_.reset(static_cast<std::byte*>(std::aligned_alloc(alignment, most_pages_ * page_bytes)));
-  if (memory_ != nullptr) slots_.swap(slots);
-  return memory_ != nullptr;
+  slots_.resize(most_pages_);
+  return true;
 } catch (const std::bad_alloc&) {
+  memory_.reset();
   return false;
 }
 
