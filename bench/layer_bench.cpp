@@ -31,6 +31,7 @@ void run(const std::string& command) {
 // Blocks of the written raster against the plain reader's.
 void check_raster(const ComplexProduct& product, const Kind& kind, const std::string& path) {
   constexpr std::int32_t size = 64;
+  constexpr std::ptrdiff_t count = std::ptrdiff_t{size} * size;
   constexpr std::int32_t last = image_size / size - 1;
   gkl_PixelRect* rect =
       gkl_PixelRectCreate(size, size, kind.is_phase ? gkl_PixelS16 : gkl_PixelU16, nullptr);
@@ -41,7 +42,7 @@ void check_raster(const ComplexProduct& product, const Kind& kind, const std::st
     gke_Report* report = nullptr;
     gkl_LayerRead(layer, place * size, place * size, size, size, rect, &report);
     const auto* pixels = static_cast<const std::uint16_t*>(rect->data);
-    is_right = report == nullptr && std::vector<std::uint16_t>(pixels, pixels + size * size) ==
+    is_right = report == nullptr && std::vector<std::uint16_t>(pixels, pixels + count) ==
                                         bench::plain_block(product, kind, size, place, place);
     gke_DeleteErrorReportEx(&report);
   }

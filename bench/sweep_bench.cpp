@@ -25,7 +25,7 @@ using bench::Kind;
 using bench::OpenLayer;
 
 constexpr std::int32_t image_size = 16384;  // a square of 1 GiB
-constexpr std::size_t read_bytes = 1024 * 1024;
+constexpr std::size_t read_bytes = std::size_t{1024} * 1024;
 
 constexpr Kind magnitude{"magnitude", "X_HH_MAGNITUDE_1", false};
 constexpr Kind phase{"phase", "X_HH_PHASE_2", true};

@@ -15,7 +15,7 @@ namespace gridkit {
 // cache, then from what was never in use, then from pages that were not asked for lately.
 class PageCache {
  public:
-  static constexpr std::size_t page_bytes = 64 * 1024;
+  static constexpr std::size_t page_bytes = std::size_t{64} * 1024;
 
   // Keeps at most `bytes`, in whole pages. No memory is taken before it is needed.
   explicit PageCache(std::size_t bytes) : most_pages_(bytes / page_bytes) {}

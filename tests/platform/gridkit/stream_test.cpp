@@ -119,7 +119,7 @@ TEST_F(Streams, GiveWhatTheFileHoldsWithEveryCacheSize) {
     SCOPED_TRACE(megabytes);
     open(megabytes);
     std::mt19937 random(7);
-    std::vector<char> buffer(3 * 6000);
+    std::vector<char> buffer(std::size_t{3} * 6000);
     std::size_t place = 0;
     for (int i = 0; i < 20000; ++i) {
       if (random() % 4 != 0) {
