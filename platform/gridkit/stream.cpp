@@ -128,9 +128,9 @@ std::size_t gkf_Stream::read_direct(std::byte* buffer, std::size_t wanted, std::
 
 // Brings the page that holds a place into the cache, if that may be and can be done.
 void gkf_Stream::fill(std::int64_t offset) {
-  if (look.finds_change(file.get())) cache.forget();
   constexpr auto page_bytes = std::int64_t{PageCache::page_bytes};
   if (credit < page_bytes) return;
+  if (look.finds_change(file.get())) cache.forget();
   std::byte* page = cache.place(offset);
   if (page == nullptr) return;
   const std::size_t got = pread(page, PageCache::page_bytes, offset - offset % page_bytes);
