@@ -46,7 +46,7 @@ GRIDKIT_API void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Repor
 // Where there is no memory to be had it reads as without a cache.
 //
 // Held bytes follow the file: the stream looks at it before it reads a page, and with the first
-// short read behind a seek backwards. From then on nothing is delivered that lies past the end of a
+// such read behind a seek backwards. From then on nothing is delivered that lies past the end of a
 // file which shrank, and nothing held of a file that was written to more than a hundredth of a
 // second before, as far as the file's times tell. That a file ended is always the file's own word
 // and never a held page's, so a file that grew is read on; an error in reading a page is told only
