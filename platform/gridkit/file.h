@@ -34,7 +34,23 @@ GRIDKIT_API void gkf_Close(gkf_File* file, gke_Report** err);
 // and leaves an empty text. A zero byte in the line ends the text early.
 GRIDKIT_API void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err);
 
-// A stream for reading at any place ("r" or "rb"), null on failure.
+// A stream for reading at any place ("r" or "rb"), null on failure. One thread at a time may use a
+// stream; different streams are independent of each other.
+//
+// Reads of less than 4 KiB are served from pages of the file that the stream keeps in memory, so
+// that a sweep over an image block by block reads each byte of the file about once. Longer reads go
+// straight into the caller's buffer. The number preference "stream_cache_megabytes" of the group
+// "gridkit" bounds the memory: 64 where it is not set, at most 4096, none below one page of 64 KiB;
+// it is looked up at opening. A sweep touches about 64 KiB for each line of a block. What the
+// stream reads from the file is never more than three times what it delivers plus that memory.
+// Where there is no memory to be had it reads as without a cache.
+//
+// Held bytes follow the file: the stream looks at it before it reads a page, and with the first
+// such read behind a seek backwards. From then on nothing is delivered that lies past the end of a
+// file which shrank, and nothing held of a file that was written to more than a hundredth of a
+// second before, as far as the file's times tell. That a file ended is always the file's own word
+// and never a held page's, so a file that grew is read on; an error in reading a page is told only
+// to who asked for the bytes that cannot be read.
 typedef struct gkf_Stream gkf_Stream;
 GRIDKIT_API gkf_Stream* gkf_fopen(const char* path, const char* mode);
 
@@ -54,6 +70,9 @@ GRIDKIT_API size_t gkf_fread(void* buffer, size_t size, size_t count, gkf_Stream
 
 // Non-zero when the last read came short because the file ended; 0 for a null handle.
 GRIDKIT_API int32_t gkf_feof(gkf_Stream* stream);
+
+// How many bytes the stream has read from the file so far; 0 for a null handle.
+GRIDKIT_API int64_t gkf_StreamBytesRead(const gkf_Stream* stream);
 
 #ifdef __cplusplus
 }

@@ -66,8 +66,6 @@ TEST_F(Files, ThatAreNoRegularFilesAreRefusedAtOnce) {
   const std::string fifo = folder / "fifo";
   ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
   EXPECT_TRUE(refuses(fifo));
-  EXPECT_EQ(gkf_fopen(fifo.c_str(), "r"), nullptr);
-  EXPECT_EQ(gkf_fopen(folder.c_str(), "r"), nullptr);
 }
 
 TEST_F(Files, UnknownModesAreRefused) {
@@ -100,52 +98,6 @@ TEST_F(Files, NullHandlesAreAnswered) {
   gkf_Close(nullptr, &report);
   EXPECT_EQ(report, nullptr);
   EXPECT_EQ(line(nullptr), "(report)");
-  char byte = 0;
-  EXPECT_NE(gkf_fseeko(nullptr, 0, 0), 0);
-  EXPECT_EQ(gkf_fread(&byte, 1, 1, nullptr), 0U);
-  EXPECT_EQ(gkf_feof(nullptr), 0);
-  EXPECT_NE(gkf_fclose(nullptr), 0);
-}
-
-TEST_F(Files, StreamsReadAtAnyPlace) {
-  gkf_Stream* stream = gkf_fopen(path.c_str(), "r");
-  ASSERT_NE(stream, nullptr);
-  char buffer[32] = {};
-  EXPECT_EQ(gkf_fseeko(stream, 6, 0), 0);
-  EXPECT_EQ(gkf_fread(buffer, 2, 3, stream), 3U);
-  EXPECT_STREQ(buffer, "second");
-  EXPECT_EQ(gkf_fread(buffer, 1, 1, stream), 1U);
-  EXPECT_EQ(buffer[0], ' ') << "behind the last read";
-  EXPECT_EQ(gkf_feof(stream), 0);
-  EXPECT_EQ(gkf_fseeko(stream, 19, 0), 0);
-  EXPECT_EQ(gkf_fread(buffer, 2, 4, stream), 1U) << "three bytes are one whole item";
-  EXPECT_NE(gkf_feof(stream), 0);
-  EXPECT_EQ(gkf_fseeko(stream, 0, 0), 0);
-  EXPECT_EQ(gkf_feof(stream), 0) << "a seek clears the mark";
-  EXPECT_EQ(gkf_fclose(stream), 0);
-}
-
-TEST_F(Files, StreamsRefuseWhatTheyCannotDo) {
-  EXPECT_EQ(gkf_fopen(path.c_str(), "w"), nullptr);
-  gkf_Stream* stream = gkf_fopen(path.c_str(), "rb");
-  EXPECT_NE(gkf_fseeko(stream, -1, 0), 0);
-  EXPECT_NE(gkf_fseeko(stream, 0, 1), 0);
-  EXPECT_EQ(gkf_fseeko(stream, INT64_MAX, 0), 0);
-  char byte = 0;
-  EXPECT_EQ(gkf_fread(&byte, 1, 1, stream), 0U);
-  EXPECT_EQ(gkf_fread(&byte, SIZE_MAX, 2, stream), 0U);
-  gkf_fclose(stream);
-}
-
-TEST_F(Files, AStreamOverAShrinkingFileEndsEarlier) {
-  gkf_Stream* stream = gkf_fopen(path.c_str(), "r");
-  char buffer[32] = {};
-  EXPECT_EQ(gkf_fread(buffer, 1, 10, stream), 10U);
-  fs::resize_file(path, 5);
-  EXPECT_EQ(gkf_fseeko(stream, 0, 0), 0);
-  EXPECT_EQ(gkf_fread(buffer, 1, 10, stream), 5U);
-  EXPECT_NE(gkf_feof(stream), 0);
-  gkf_fclose(stream);
 }
 
 }  // namespace
