@@ -235,8 +235,8 @@ TEST_P(Kernels, NarrowWhatIsBeyond32Bits) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Conversion, Kernels, testing::ValuesIn(tsx_ConversionKernels()),
-                         [](const auto& info) {
-                           std::string name = info.param->name;
+                         [](const auto& set) {
+                           std::string name = set.param->name;
                            std::erase(name, '-');
                            return name;
                          });
