@@ -25,13 +25,9 @@ struct heap_deleter {
 template <class T>
 using heap_array = std::unique_ptr<T[], heap_deleter<T>>;
 
-// Cleared, so that what a short read leaves unread converts to pixels of 0 and not to what the heap
-// held before.
 template <class T>
 heap_array<T> allocate(std::size_t count) {
-  heap_array<T> block(static_cast<T*>(gkm_HeapMalloc(count * sizeof(T))));
-  if (block != nullptr) std::fill_n(block.get(), count, T{0});
-  return block;
+  return heap_array<T>(static_cast<T*>(gkm_HeapMalloc(count * sizeof(T))));
 }
 
 // Byte of a sample, as the unsigned 32-bit product that the format's readers agreed on; offsets
@@ -72,9 +68,23 @@ struct Block {
     i = allocate<std::int16_t>(plane);
     q = allocate<std::int16_t>(plane);
     result = allocate<std::uint16_t>(plane);
+    if (allocated() && !is_square()) clear(0, plane);
   }
   bool allocated() const {
     return line != nullptr && i != nullptr && q != nullptr && result != nullptr;
+  }
+  // What no line fills converts to pixels of 0, and not to what the heap held before. The lines of
+  // a square block fill it from the start without a gap, so only what comes behind a short read is
+  // to be cleared; other blocks are cleared from the start.
+  void clear_unread(std::size_t from, std::size_t until) {
+    if (is_square() && from < until) clear(from, until);
+  }
+
+ private:
+  bool is_square() const { return width == height; }
+  void clear(std::size_t from, std::size_t until) {
+    std::fill(i.get() + from, i.get() + until, std::int16_t{0});
+    std::fill(q.get() + from, q.get() + until, std::int16_t{0});
   }
 };
 
@@ -94,13 +104,10 @@ Outcome read_lines(gkf_Stream* stream, std::int64_t offset, std::int64_t line_st
       // A read that came short elsewhere: its item count becomes the width and the place reached
       // the height of what is converted, never more than the block holds.
       *converted = std::min(got * p, block.pixels);
+      block.clear_unread(p, *converted);
       return Outcome::complete;
     }
-    gkm_MemSwab(block.line.get(), items, 2);
-    for (std::size_t k = 0; k < block.width; ++k) {
-      block.i[p + k] = block.line[2 * k];
-      block.q[p + k] = block.line[2 * k + 1];
-    }
+    tsx_SplitLine(block.line.get(), &block.i[p], &block.q[p], block.width);
   }
   return Outcome::complete;
 }
