@@ -104,7 +104,10 @@ bool read_widened(GDALRasterBandH band, const Part& part, GDALDataType type,
 }
 
 bool read(GDALRasterBandH band, const Part& part, const gkl_PixelRect& rect, GDALDataType type) {
-  if (type == GDT_Float64 && rect.columnStride == sizeof(double)) {
+  constexpr std::int64_t size = sizeof(double);
+  const bool is_plain = rect.columnStride == size && rect.rowStride % size == 0 &&
+                        reinterpret_cast<std::uintptr_t>(rect.data) % alignof(double) == 0;
+  if (type == GDT_Float64 && is_plain) {
     switch (GDALGetRasterDataType(band)) {
       case GDT_Byte:
       case GDT_UInt16:
