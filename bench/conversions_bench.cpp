@@ -8,7 +8,7 @@
 
 #include "bench/ratio.h"
 #include "image/conversion_kernels.h"
-#include "support/plain_conversion.h"
+#include "tests/support/plain_conversion.h"
 
 namespace {
 

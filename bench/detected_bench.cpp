@@ -14,7 +14,7 @@
 #include "gridkit/instance.h"
 #include "record/exports.h"
 #include "record/tsx_file.h"
-#include "support/scratch_folder.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "image/conversion_kernels.h"
-#include "support/plain_conversion.h"
+#include "tests/support/plain_conversion.h"
 
 namespace {
 
