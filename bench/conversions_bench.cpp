@@ -1,6 +1,8 @@
 // Magnitude and phase per pixel, of samples and pixels that stay in the cache, on every instruction
 // set of this machine.
 
+#include <cmath>
+#include <functional>
 #include <random>
 #include <stdexcept>
 #include <string>

@@ -5,6 +5,8 @@
 #include <gdal.h>
 #include <gdal_frmts.h>
 
+#include <deque>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -118,18 +120,18 @@ void sweep(Image& image, Way way, Use use) {
   image.close();
 }
 
-std::function<void(benchmark::State&)> timed(const std::shared_ptr<Image>& image, Way way) {
-  return [image, way](benchmark::State& state) {
-    for (auto _ : state) sweep(*image, way, [](auto&) { benchmark::ClobberMemory(); });
+std::function<void(benchmark::State&)> timed(Image& image, Way way) {
+  return [&image, way](benchmark::State& state) {
+    for (auto _ : state) sweep(image, way, [](auto&) { benchmark::ClobberMemory(); });
   };
 }
 
-bench::Row row(const std::string& kind, const std::shared_ptr<Image>& image) {
-  const auto check = [kind, image] {
+bench::Row row(const std::string& kind, Image& image) {
+  const auto check = [kind, &image] {
     std::vector<std::vector<std::uint16_t>> windows;
-    sweep(*image, library, [&](auto& pixels) { windows.push_back(pixels); });
+    sweep(image, library, [&](auto& pixels) { windows.push_back(pixels); });
     auto window = windows.begin();
-    sweep(*image, plugin, [&](auto& pixels) {
+    sweep(image, plugin, [&](auto& pixels) {
       if (pixels != *window++) throw std::runtime_error(kind + ": pixels differ");
     });
   };
@@ -147,13 +149,14 @@ bench::Row row(const std::string& kind, const std::shared_ptr<Image>& image) {
 int main(int argc, char** argv) try {
   GDALRegister_GTiff();
   const ScratchFolder folder;
+  std::deque<Image> images;
   std::vector<bench::Row> rows;
   for (const bool is_tiled : {true, false}) {
     for (const int block : {64, 256, 1024}) {
       const std::string kind = std::string(is_tiled ? "tiled" : "striped") + ", blocks of " +
                                std::to_string(block) + " x " + std::to_string(block);
       const auto path = folder.path() / (std::to_string(rows.size()) + ".tif");
-      rows.push_back(row(kind, std::make_shared<Image>(path.string(), block, is_tiled)));
+      rows.push_back(row(kind, images.emplace_back(path.string(), block, is_tiled)));
     }
   }
   return bench::run(argc, argv, rows);

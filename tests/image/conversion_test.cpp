@@ -221,8 +221,9 @@ TEST_P(Kernels, NarrowWhatIsBeyond32Bits) {
                      {-std::nan(""), 0},
                      {-0.0, 0},
                      {5e-324, 0}};
+  const std::size_t places[] = {0, 1, 30, 31, 32, 33, 1023, 1024, 1025, 1999};
   for (const auto& [value, pixel] : cases) {
-    for (const std::size_t at : {0, 1, 30, 31, 32, 33, 1023, 1024, 1025, 1999}) {
+    for (const std::size_t at : places) {
       std::vector<double> values(2000, 3.7);
       values[at] = value;
       std::vector<std::uint16_t> expected(2000, 3);
