@@ -127,7 +127,12 @@ std::function<void(benchmark::State&)> timed(Image& image, Way way) {
 }
 
 bench::Row row(const std::string& kind, Image& image) {
-  const auto check = [kind, &image] {
+  bench::Row row;
+  row.work = "detected layer, " + kind;
+  row.yardstick = "the GeoTIFF library reading the same windows as 16 bits";
+  row.kind = bench::Row::Goal::time_at_most;
+  row.goal = 1.2;
+  row.check = [kind, &image] {
     std::vector<std::vector<std::uint16_t>> windows;
     sweep(image, library, [&](auto& pixels) { windows.push_back(pixels); });
     auto window = windows.begin();
@@ -135,13 +140,9 @@ bench::Row row(const std::string& kind, Image& image) {
       if (pixels != *window++) throw std::runtime_error(kind + ": pixels differ");
     });
   };
-  return {"detected layer, " + kind,
-          "the GeoTIFF library reading the same windows as 16 bits",
-          bench::Row::Goal::time_at_most,
-          1.2,
-          check,
-          timed(image, plugin),
-          timed(image, library)};
+  row.timed_work = timed(image, plugin);
+  row.timed_yardstick = timed(image, library);
+  return row;
 }
 
 }  // namespace
