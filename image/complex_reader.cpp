@@ -25,13 +25,9 @@ struct heap_deleter {
 template <class T>
 using heap_array = std::unique_ptr<T[], heap_deleter<T>>;
 
-// Cleared, so that what a short read leaves unread converts to pixels of 0 and not to what the heap
-// held before.
 template <class T>
 heap_array<T> allocate(std::size_t count) {
-  heap_array<T> block(static_cast<T*>(gkm_HeapMalloc(count * sizeof(T))));
-  if (block != nullptr) std::fill_n(block.get(), count, T{0});
-  return block;
+  return heap_array<T>(static_cast<T*>(gkm_HeapMalloc(count * sizeof(T))));
 }
 
 // Byte of a sample, as the unsigned 32-bit product that the format's readers agreed on; offsets
@@ -53,37 +49,59 @@ bool is_outside(const TsxFile& file, std::uint32_t start) {
   return end > image_bytes;
 }
 
+// Lines are converted a few at a time, enough for the loops to pay and few enough to stay in the
+// cache: about so many samples.
+constexpr std::size_t samples_at_once = 2048;
+
 // The working buffers of one block of w by h pixels.
 struct Block {
   std::size_t width;
   std::size_t height;
-  std::size_t pixels;  // width x height
+  std::size_t pixels;    // width x height
+  std::size_t capacity;  // of the sample planes, whole lines
   heap_array<std::int16_t> line;
   heap_array<std::int16_t> i;
   heap_array<std::int16_t> q;
   heap_array<std::uint16_t> result;
 
-  Block(std::size_t w, std::size_t h) : width(w), height(h), pixels(w * h) {
-    // Lines stand h apart in the planes, not w. Blocks are square; were they not, a plane would
-    // still hold its last line.
+  Block(std::size_t w, std::size_t h) : width(w), height(h), pixels(w * h), capacity(w) {
+    // Lines stand h apart in the result, not w. Blocks are square; were they not, it would still
+    // hold its last line.
     const std::size_t plane = h == 0 ? 0 : std::max(pixels, (h - 1) * h + w);
     if (std::max(plane, 2 * w) > most_items) return;
+    if (is_square() && w > 0) capacity = w * std::clamp<std::size_t>(samples_at_once / w, 1, h);
     line = allocate<std::int16_t>(2 * w);
-    i = allocate<std::int16_t>(plane);
-    q = allocate<std::int16_t>(plane);
+    i = allocate<std::int16_t>(capacity);
+    q = allocate<std::int16_t>(capacity);
     result = allocate<std::uint16_t>(plane);
+    if (allocated() && !is_square()) std::fill_n(result.get(), plane, std::uint16_t{0});
   }
   bool allocated() const {
     return line != nullptr && i != nullptr && q != nullptr && result != nullptr;
   }
+  // What no line fills is 0, the pixel of a sample of zeros, and not what the heap held before. The
+  // lines of a square block fill it from the start without a gap, so only what comes behind a short
+  // read is to be cleared; other blocks are cleared from the start.
+  void clear_unread(std::size_t from, std::size_t until) {
+    if (is_square() && from < until) std::fill(&result[from], &result[until], std::uint16_t{0});
+  }
+
+ private:
+  bool is_square() const { return width == height; }
 };
 
+using Convert = decltype(&tsx_ConvertMagnitude);
 enum class Outcome { complete, no_data, seek_failed };
 
-// Reads the block's lines into the planes; `converted` is the number of samples to convert.
-Outcome read_lines(gkf_Stream* stream, std::int64_t offset, std::int64_t line_step, Block& block,
-                   std::size_t* converted) {
+// Reads and converts the block's lines; `converted` is the number of pixels that the block gets.
+Outcome read_lines(gkf_Stream* stream, std::int64_t offset, std::int64_t line_step, Convert convert,
+                   Block& block, std::size_t* converted) {
   *converted = block.pixels;
+  std::size_t waiting = 0;  // samples in the planes
+  const auto convert_until = [&](std::size_t end) {
+    convert(block.i.get(), block.q.get(), &block.result[end - waiting], waiting);
+    waiting = 0;
+  };
   for (std::size_t j = 0; j < block.height; ++j, offset += line_step) {
     if (gkf_fseeko(stream, offset, 0) != 0) return Outcome::seek_failed;
     const std::size_t items = 2 * block.width;
@@ -94,13 +112,13 @@ Outcome read_lines(gkf_Stream* stream, std::int64_t offset, std::int64_t line_st
       // A read that came short elsewhere: its item count becomes the width and the place reached
       // the height of what is converted, never more than the block holds.
       *converted = std::min(got * p, block.pixels);
+      convert_until(p);
+      block.clear_unread(p, *converted);
       return Outcome::complete;
     }
-    gkm_MemSwab(block.line.get(), items, 2);
-    for (std::size_t k = 0; k < block.width; ++k) {
-      block.i[p + k] = block.line[2 * k];
-      block.q[p + k] = block.line[2 * k + 1];
-    }
+    tsx_SplitLine(block.line.get(), &block.i[waiting], &block.q[waiting], block.width);
+    waiting += block.width;
+    if (waiting == block.capacity || j + 1 == block.height) convert_until(p + block.width);
   }
   return Outcome::complete;
 }
@@ -124,8 +142,10 @@ void tsx_ReadLineComplex(TsxLayer* layer, std::int32_t layerIndex, std::int32_t 
     return;
   }
   const std::int64_t line_step = std::int64_t{sample_bytes} * file.width + 8;
+  const Convert convert = layerIndex % 2 == 0 ? tsx_ConvertMagnitude : tsx_ConvertPhase;
   std::size_t converted = 0;
-  switch (read_lines(cosar_file(file, layerIndex / 2), start, line_step, block, &converted)) {
+  switch (
+      read_lines(cosar_file(file, layerIndex / 2), start, line_step, convert, block, &converted)) {
     case Outcome::seek_failed:
       frame.report("gkf_fseeko failed");
       return;
@@ -135,7 +155,5 @@ void tsx_ReadLineComplex(TsxLayer* layer, std::int32_t layerIndex, std::int32_t 
     case Outcome::complete:
       break;
   }
-  const auto convert = layerIndex % 2 == 0 ? tsx_ConvertMagnitude : tsx_ConvertPhase;
-  convert(block.i.get(), block.q.get(), block.result.get(), converted);
   gkm_MemCpy(*pixelData, block.result.get(), 2 * converted);
 }

@@ -1,43 +1,77 @@
 #include "image/conversion.h"
 
-#include <cmath>
 #include <cstring>
+
+#include "image/conversion_kernels.h"
+
+extern const ConversionKernels baseline_kernels;
+#ifdef __x86_64__
+extern const ConversionKernels avx2_kernels;
+extern const ConversionKernels avx512_kernels;
+#endif
+
+namespace {
+
+// The instruction sets contain each other, so what the machine has is the start of one list.
+constexpr const ConversionKernels* all_kernels[] = {
+    &baseline_kernels,
+#ifdef __x86_64__
+    &avx2_kernels,
+    &avx512_kernels,
+#endif
+};
+
+std::size_t supported() {
+#ifdef __x86_64__
+  const bool avx2 = __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0;
+  const bool avx512 =
+      __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+      __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
+  if (avx2) return avx512 ? 3 : 2;
+#endif
+  return 1;
+}
+
+const ConversionKernels& fastest() {
+  static const ConversionKernels& kernels = *tsx_ConversionKernels().back();
+  return kernels;
+}
+
+}  // namespace
+
+std::span<const ConversionKernels* const> tsx_ConversionKernels() {
+  static const std::size_t count = supported();
+  return std::span(all_kernels).first(count);
+}
+
+void tsx_SplitLine(const std::int16_t* line, std::int16_t* i, std::int16_t* q, std::size_t count) {
+  fastest().split(line, i, q, count);
+}
 
 void tsx_ConvertMagnitude(const std::int16_t* i, const std::int16_t* q, std::uint16_t* pixels,
                           std::size_t count) {
-  for (std::size_t k = 0; k < count; ++k) {
-    const auto re = static_cast<float>(i[k]);
-    const auto im = static_cast<float>(q[k]);
-    const float squares = re * re + im * im;
-    pixels[k] = static_cast<std::uint16_t>(static_cast<std::int32_t>(std::sqrt(squares)));
-  }
+  fastest().magnitude(i, q, pixels, count);
 }
 
 void tsx_ConvertPhase(const std::int16_t* i, const std::int16_t* q, std::uint16_t* pixels,
                       std::size_t count) {
-  constexpr double per_radian = 10430.3783505;
-  for (std::size_t k = 0; k < count; ++k) {
-    if (q[k] == 0 || i[k] == 0) {
-      pixels[k] = 0;
-      continue;
-    }
-    const auto angle =
-        static_cast<float>(std::atan2(static_cast<double>(q[k]), static_cast<double>(i[k])));
-    pixels[k] = static_cast<std::uint16_t>(
-        static_cast<std::int32_t>(static_cast<double>(angle) * per_radian));
-  }
+  fastest().phase(i, q, pixels, count);
 }
 
 void tsx_NarrowPixels(const gkl_PixelRect& rect, std::int32_t width, std::int32_t height,
                       std::uint16_t* pixels) {
-  constexpr double limit = 9223372036854775808.0;
-  for (std::int32_t line = 0; line < height; ++line) {
-    const char* pixel = static_cast<const char*>(rect.data) + rect.rowStride * line;
-    for (std::int32_t column = 0; column < width; ++column, pixel += rect.columnStride) {
+  for (std::int32_t line = 0; line < height; ++line, pixels += width) {
+    const char* first = static_cast<const char*>(rect.data) + rect.rowStride * line;
+    const bool is_aligned = reinterpret_cast<std::uintptr_t>(first) % alignof(double) == 0;
+    if (rect.columnStride == sizeof(double) && is_aligned) {
+      fastest().narrow(reinterpret_cast<const double*>(first), pixels,
+                       static_cast<std::size_t>(width));
+      continue;
+    }
+    for (std::int32_t column = 0; column < width; ++column) {
       double value = 0;
-      std::memcpy(&value, pixel, sizeof value);
-      const bool is_integer = value > -limit && value < limit;
-      *pixels++ = is_integer ? static_cast<std::uint16_t>(static_cast<std::int64_t>(value)) : 0;
+      std::memcpy(&value, first + rect.columnStride * column, sizeof value);
+      fastest().narrow(&value, pixels + column, 1);
     }
   }
 }

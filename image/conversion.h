@@ -7,6 +7,10 @@
 
 // From complex samples to 16-bit pixels, the same to the bit on every machine.
 
+// `count` samples of a line as the file holds them, I then Q with the most significant byte first,
+// to two planes in host order.
+void tsx_SplitLine(const std::int16_t* line, std::int16_t* i, std::int16_t* q, std::size_t count);
+
 // Moduli of `count` samples: squares, sum and root in 32-bit floating point, truncated toward zero.
 // The largest is 46340, so nothing is clamped.
 void tsx_ConvertMagnitude(const std::int16_t* i, const std::int16_t* q, std::uint16_t* pixels,

@@ -1,7 +1,5 @@
-#include <algorithm>
 #include <cstddef>
-#include <cstring>
-#include <limits>
+#include <cstdint>
 #include <memory>
 #include <new>
 
@@ -37,16 +35,18 @@ gkl_PixelRect* gkl_PixelRectCreate(int32_t width, int32_t height, int32_t pixelT
     gridkit::fail(err, word, {"a rectangle needs a positive size and a known pixel type"});
     return nullptr;
   }
-  // Two 31-bit sizes times 8 bytes stay within 64 bits; the heap refuses what is too large.
   const std::size_t row = static_cast<std::size_t>(width) * pixel;
-  const std::size_t bytes = row * static_cast<std::size_t>(height);
+  std::size_t bytes = 0;
+  if (__builtin_mul_overflow(row, static_cast<std::size_t>(height), &bytes)) {
+    gridkit::fail(err, word, {"out of memory"});
+    return nullptr;
+  }
   std::unique_ptr<gkl_PixelRect> rect(new (std::nothrow) gkl_PixelRect);
   void* data = rect == nullptr ? nullptr : gkm_HeapMalloc(bytes);
   if (data == nullptr) {
     gridkit::fail(err, word, {"out of memory"});
     return nullptr;
   }
-  std::memset(data, 0, bytes);
   *rect = {
       data,     static_cast<std::int64_t>(row), static_cast<std::int64_t>(pixel), width, height,
       pixelType};

@@ -87,6 +87,57 @@ TEST_F(Layers, GiveWindowsWithZerosOutside) {
   gkl_LayerClose(layer, nullptr);
 }
 
+// The lowest and the highest number of each type, read as 64-bit floats; the third pixel of the
+// window lies outside.
+TEST_F(Layers, GiveEveryStoredTypeAsFloats) {
+  const auto first_two = [&](gridkit::SampleType type, auto low, auto high) {
+    const std::string file = folder / "typed.tif";
+    gridkit::RasterOptions options;
+    options.type = type;
+    const auto writer = gridkit::create_geotiff(file, 2, 1, options);
+    const decltype(low) pixels[] = {low, high};
+    writer->write_lines(std::as_bytes(std::span(pixels)), 1);
+    writer->finish();
+    gkl_Layer* layer = open(file);
+    gkl_PixelRect* rect = gkl_PixelRectCreate(3, 1, gkl_PixelF64, nullptr);
+    EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(layer, 0, 0, 3, 1, rect, err); }), "");
+    std::vector<double> values(3);
+    std::memcpy(values.data(), rect->data, 3 * sizeof(double));
+    gkl_PixelRectDelete(rect, nullptr);
+    gkl_LayerClose(layer, nullptr);
+    return values;
+  };
+  EXPECT_EQ(first_two(gridkit::SampleType::u8, std::uint8_t{0}, std::uint8_t{255}),
+            (std::vector<double>{0, 255, 0}));
+  EXPECT_EQ(first_two(gridkit::SampleType::u16, std::uint16_t{0}, std::uint16_t{65535}),
+            (std::vector<double>{0, 65535, 0}));
+  EXPECT_EQ(first_two(gridkit::SampleType::s16, std::int16_t{-32768}, std::int16_t{32767}),
+            (std::vector<double>{-32768, 32767, 0}));
+}
+
+// A rectangle of the caller's own: floats 12 bytes apart, on odd addresses.
+TEST_F(Layers, FillRectanglesOfAnyStrides) {
+  gkl_Layer* layer = open(path);
+  std::vector<char> bytes(200, 0x55);
+  gkl_PixelRect rect{bytes.data() + 1, 60, 12, 4, 3, gkl_PixelF64};
+  EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(layer, 1, 1, 4, 3, &rect, err); }), "");
+  for (int r = 0; r < 3; ++r) {
+    for (int c = 0; c < 4; ++c) {
+      double value = -1;
+      std::memcpy(&value, bytes.data() + 1 + 60 * r + 12 * c, sizeof value);
+      EXPECT_EQ(value, (r + 1) * width + c + 2) << r << ' ' << c;
+    }
+  }
+  // The same with floats side by side that lie on odd addresses.
+  rect = {bytes.data() + 1, 33, 8, 4, 3, gkl_PixelF64};
+  EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(layer, 1, 1, 4, 3, &rect, err); }), "");
+  double last = -1;
+  std::memcpy(&last, bytes.data() + 1 + 33 * 2 + 8 * 3, sizeof last);
+  EXPECT_EQ(last, 3 * width + 4 + 1);
+  EXPECT_EQ(bytes[0], 0x55);
+  gkl_LayerClose(layer, nullptr);
+}
+
 TEST_F(Layers, AnswerNullHandlesWithAReport) {
   gkl_PixelRect* rect = gkl_PixelRectCreate(1, 1, gkl_PixelF64, nullptr);
   EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(nullptr, 0, 0, 1, 1, rect, err); }),
@@ -141,6 +192,8 @@ TEST(PixelRect, RefusesSizesItCannotHold) {
   EXPECT_EQ(gkl_PixelRectCreate(1, -1, gkl_PixelF64, nullptr), nullptr);
   EXPECT_EQ(gkl_PixelRectCreate(1, 1, 99, nullptr), nullptr);
   EXPECT_EQ(gkl_PixelRectCreate(INT32_MAX, INT32_MAX, gkl_PixelF64, nullptr), nullptr);
+  // 8 x 1518500250 x 1518500250 bytes are 290948384 more than 64 bits count.
+  EXPECT_EQ(gkl_PixelRectCreate(1518500250, 1518500250, gkl_PixelF64, nullptr), nullptr);
 }
 
 }  // namespace
