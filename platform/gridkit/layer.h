@@ -27,7 +27,8 @@ typedef struct gkl_PixelRect {
   int32_t pixelType;
 } gkl_PixelRect;
 
-// A new rectangle, whose pixels hold anything until a read fills them; null and a report for sizes below 1, an unknown type or without memory.
+// A new rectangle, whose pixels hold anything until a read fills them; null and a report for sizes
+// below 1, an unknown type or without memory.
 GRIDKIT_API gkl_PixelRect* gkl_PixelRectCreate(int32_t width, int32_t height, int32_t pixelType,
                                                gke_Report** err);
 
