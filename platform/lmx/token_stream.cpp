@@ -11,6 +11,25 @@ namespace lmx {
 
 namespace {
 
+// Counted in bytes, of which vectors hold many, and summed before they overflow.
+std::uint64_t line_breaks_in(std::string_view bytes) {
+  std::uint64_t count = 0;
+  while (!bytes.empty()) {
+    std::uint8_t block_count = 0;
+    for (const char c : bytes.substr(0, 255)) {
+      block_count = static_cast<std::uint8_t>(block_count + (c == '\n' ? 1 : 0));
+    }
+    count += block_count;
+    bytes.remove_prefix(std::min<std::size_t>(bytes.size(), 255));
+  }
+  return count;
+}
+
+bool is_blank(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
+}
+
 // Characters of UTF-8 text: continuation bytes do not count.
 std::uint64_t characters_in(std::string_view bytes) {
   return static_cast<std::uint64_t>(std::count_if(bytes.begin(), bytes.end(), [](char c) {
@@ -57,14 +76,22 @@ struct token_stream::handlers {
         stream.fail(error_too_deep, "elements nested deeper than 256");
         return;
       }
+      stream.settle_blanks(false);
       const auto first = static_cast<std::uint32_t>(stream.attributes_.size());
+      bool declares = false;
       for (; *attributes != nullptr; attributes += 2) {
+        const std::string_view attribute = attributes[0];
+        declares = declares || attribute.starts_with("xmlns");
         stream.attributes_.push_back(
-            {stream.keep_text(attributes[0]), stream.keep_text(attributes[1])});
+            {stream.keep_text(attribute), stream.keep_text(attributes[1])});
       }
-      stream.push(token_kind::start, name,
-                  static_cast<std::uint64_t>(XML_GetCurrentByteCount(stream.parser_)));
-      record& made = stream.records_.back();
+      const std::string_view whole = name;
+      stream.follows_start_ = true;
+      stream.start_record_ = stream.records_.size();
+      record& made = stream.push(token_kind::start, stream.keep_text(whole), stream.place(),
+                                 stream.size_here());
+      made.prefixed = whole.find(':') != std::string_view::npos;
+      made.declares = declares;
       made.first_attribute = first;
       made.attribute_count = static_cast<std::uint32_t>(stream.attributes_.size()) - first;
     });
@@ -72,9 +99,15 @@ struct token_stream::handlers {
 
   static void XMLCALL end(void* user, const XML_Char* name) {
     guard(user, [&](token_stream& stream) {
+      stream.settle_blanks(stream.follows_start_);
+      // Right behind its start the name stands in the arena already.
+      const bool is_kept = stream.follows_start_ && stream.start_record_ != no_record;
+      const span text =
+          is_kept ? stream.records_[stream.start_record_].text : stream.keep_text(name);
+      stream.follows_start_ = false;
       // The end of a tag that closes itself has no bytes of its own.
-      const auto size = static_cast<std::uint64_t>(XML_GetCurrentByteCount(stream.parser_));
-      stream.push(token_kind::end, name, size);
+      const std::uint64_t size = stream.size_here();
+      stream.push(token_kind::end, text, stream.place(), size);
       if (size == 0) {
         stream.records_.back().self_closed = true;
         stream.records_[stream.records_.size() - 2].self_closed = true;
@@ -83,16 +116,23 @@ struct token_stream::handlers {
     });
   }
 
+  // expat hands out text in pieces; neighbours in the arena grow together.
   static void XMLCALL text(void* user, const XML_Char* characters, int length) {
     guard(user, [&](token_stream& stream) {
       const std::string_view piece(characters, static_cast<std::size_t>(length));
-      // expat hands out text in pieces; neighbours in the arena grow together.
       if (!stream.records_.empty() && stream.records_.back().kind == token_kind::text) {
         stream.keep_text(piece);
         stream.records_.back().text.size += piece.size();
         return;
       }
-      stream.push(token_kind::text, piece, 0);
+      if (!stream.has_blanks_) {
+        stream.has_blanks_ = true;
+        stream.blanks_ = {stream.arena_.size(), 0};
+        stream.blanks_offset_ = stream.place();
+      }
+      stream.keep_text(piece);
+      stream.blanks_.size += piece.size();
+      if (!is_blank(piece)) stream.settle_blanks(true);
     });
   }
 
@@ -131,17 +171,38 @@ token_stream::span token_stream::keep_text(std::string_view text) {
   return kept;
 }
 
-void token_stream::push(token_kind kind, std::string_view text, std::uint64_t size) {
-  const auto offset = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
-  records_.push_back({kind, false, error_none, keep_text(text), offset, offset + size, 0, 0});
+std::uint64_t token_stream::place() const {
+  return static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
+}
+
+std::uint64_t token_stream::size_here() const {
+  return static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser_));
+}
+
+token_stream::record& token_stream::push(token_kind kind, span text, std::uint64_t offset,
+                                         std::uint64_t size) {
+  return records_.emplace_back(
+      record{.kind = kind, .text = text, .offset = offset, .end_offset = offset + size});
+}
+
+// Makes the text read since the last tag a step of its own, or drops it.
+void token_stream::settle_blanks(bool count) {
+  if (!has_blanks_) return;
+  has_blanks_ = false;
+  if (count) {
+    push(token_kind::text, blanks_, blanks_offset_, 0);
+  } else {
+    arena_.resize(blanks_.begin);
+  }
 }
 
 void token_stream::fail(elmx_error error, std::string_view words) {
   if (faulted_) return;
   faulted_ = true;
+  settle_blanks(follows_start_);
   const auto index = XML_GetCurrentByteIndex(parser_);
   const auto offset = index < 0 ? chunk_start_.offset : static_cast<std::uint64_t>(index);
-  records_.push_back({token_kind::fault, false, error, keep_text(words), offset, offset, 0, 0});
+  push(token_kind::fault, keep_text(words), offset, 0).error = error;
   XML_StopParser(parser_, XML_FALSE);
 }
 
@@ -177,7 +238,7 @@ void token_stream::advance_landmark() {
   previous_start_ = chunk_start_;
   const std::string_view bytes(chunk_.data(), chunk_.size());
   chunk_start_.offset += bytes.size();
-  const auto breaks = static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+  const std::uint64_t breaks = line_breaks_in(bytes);
   chunk_start_.line += breaks;
   if (breaks == 0) {
     chunk_start_.column += characters_in(bytes);
@@ -191,6 +252,7 @@ void token_stream::parse_chunk() {
   attributes_.clear();
   arena_.clear();
   next_ = 0;
+  start_record_ = no_record;
   advance_landmark();
   previous_chunk_.swap(chunk_);
   chunk_.resize(chunk_capacity_);
@@ -208,9 +270,10 @@ void token_stream::parse_chunk() {
   if (thrown_) std::rethrow_exception(thrown_);
   if (status == XML_STATUS_ERROR && !faulted_) note_parse_error();
   if (got == 0 && !faulted_) fail(error_truncated, "the end of the document");
+  settle_blanks(follows_start_);
 }
 
-const token& token_stream::peek() {
+void token_stream::parse_until_token() {
   while (next_ >= records_.size()) {
     if (ended_ && !faulted_) fail(error_truncated, "the end of the document");
     if (faulted_ && !records_.empty() && records_.back().kind == token_kind::fault) {
@@ -218,19 +281,6 @@ const token& token_stream::peek() {
       break;
     }
     parse_chunk();
-  }
-  const record& r = records_[next_];
-  current_ = {r.kind,   r.self_closed, r.error,           view(r.text),
-              r.offset, r.end_offset,  r.first_attribute, r.attribute_count};
-  return current_;
-}
-
-void token_stream::attributes_of(const token& start,
-                                 std::vector<attribute_token>& attributes) const {
-  attributes.clear();
-  for (std::uint32_t i = 0; i < start.attribute_count; ++i) {
-    const attribute_record& a = attributes_[start.first_attribute + i];
-    attributes.push_back({view(a.name), view(a.value)});
   }
 }
 
@@ -257,7 +307,7 @@ text_position token_stream::position_of(std::uint64_t offset) const {
   if (offset < from.offset) return position;
   const auto size = std::min<std::uint64_t>(offset - from.offset, bytes.size());
   const std::string_view before(bytes.data(), static_cast<std::size_t>(size));
-  const auto breaks = static_cast<std::uint64_t>(std::count(before.begin(), before.end(), '\n'));
+  const std::uint64_t breaks = line_breaks_in(before);
   position.line += breaks;
   position.column = breaks == 0 ? from.column + characters_in(before)
                                 : 1 + characters_in(before.substr(before.rfind('\n') + 1));

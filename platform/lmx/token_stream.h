@@ -25,10 +25,14 @@ class byte_source {
 
 enum class token_kind { start, end, text, fault };
 
-// One step of the document, in document order. The views live until the next call of peek().
+// One step of the document, in document order. The view lives until a chunk is parsed: at the
+// soonest in the next call of peek() behind take(). Blanks beside a tag are no step, unless they
+// are an element's whole content.
 struct token {
   token_kind kind;
   bool self_closed;          // of a start that closes itself, and of its end
+  bool prefixed;             // of a start whose name has a prefix
+  bool declares;             // of a start with an attribute whose name begins with "xmlns"
   elmx_error error;          // of a fault
   std::string_view text;     // name of a start or end, characters of a text, words of a fault; of
                              // an attribute that stands twice the element's name
@@ -63,11 +67,19 @@ class token_stream {
 
   // The next token without taking it. A fault stays; behind the root's end tag stands a fault of
   // code error_truncated.
-  const token& peek();
+  token peek() {
+    if (next_ >= records_.size()) parse_until_token();
+    const record& r = records_[next_];
+    return {r.kind,       r.self_closed, r.prefixed,   r.declares,        r.error,
+            view(r.text), r.offset,      r.end_offset, r.first_attribute, r.attribute_count};
+  }
   void take() { ++next_; }
 
-  // The attributes of a start into `attributes`, as views.
-  void attributes_of(const token& start, std::vector<attribute_token>& attributes) const;
+  // Attribute `index` of those in the chunk parsed last, as a start token tells them.
+  attribute_token attribute(std::size_t index) const {
+    const attribute_record& a = attributes_[index];
+    return {view(a.name), view(a.value)};
+  }
 
   // Starts keeping the document's bytes from `offset` on, which lies in the chunk parsed last.
   void keep_from(std::uint64_t offset);
@@ -84,6 +96,8 @@ class token_stream {
   text_position position_of(std::uint64_t offset) const;
 
  private:
+  static constexpr std::size_t no_record = static_cast<std::size_t>(-1);
+
   struct handlers;
   struct span {
     std::size_t begin;
@@ -91,13 +105,15 @@ class token_stream {
   };
   struct record {
     token_kind kind;
-    bool self_closed;
-    elmx_error error;
     span text;
     std::uint64_t offset;
     std::uint64_t end_offset;
-    std::uint32_t first_attribute;
-    std::uint32_t attribute_count;
+    bool self_closed = false;
+    bool prefixed = false;
+    bool declares = false;
+    elmx_error error = error_none;
+    std::uint32_t first_attribute = 0;
+    std::uint32_t attribute_count = 0;
   };
   struct attribute_record {
     span name;
@@ -110,6 +126,7 @@ class token_stream {
     std::uint64_t column;
   };
 
+  void parse_until_token();
   void parse_chunk();
   void fail(elmx_error error, std::string_view words);
   void note_parse_error();
@@ -117,7 +134,10 @@ class token_stream {
   void advance_landmark();
   span keep_text(std::string_view text);
   std::string_view view(span s) const { return {arena_.data() + s.begin, s.size}; }
-  void push(token_kind kind, std::string_view text, std::uint64_t size);
+  record& push(token_kind kind, span text, std::uint64_t offset, std::uint64_t size);
+  void settle_blanks(bool count);
+  std::uint64_t place() const;
+  std::uint64_t size_here() const;
 
   std::unique_ptr<byte_source> source_;
   XML_ParserStruct* parser_;
@@ -130,7 +150,11 @@ class token_stream {
   std::vector<attribute_record> attributes_;
   std::string arena_;
   std::size_t next_ = 0;
-  token current_{};
+  bool follows_start_ = false;            // the last tag was a start
+  std::size_t start_record_ = no_record;  // its record, where that is in the chunk parsed last
+  bool has_blanks_ = false;               // blanks behind a tag, of which it is open whether they
+  span blanks_{};                         // count
+  std::uint64_t blanks_offset_ = 0;
   std::size_t depth_ = 0;
   bool ended_ = false;
   bool faulted_ = false;

@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <ostream>
 #include <string_view>
 
@@ -44,6 +45,37 @@ magnitude parse_integer(std::string_view text) {
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec == std::errc::result_out_of_range) value = UINT64_MAX;
   return {negative, value};
+}
+
+// The powers of ten that a double holds exactly, as far as a 64-bit number has digits.
+constexpr std::array<double, 20> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,
+                                                  1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13,
+                                                  1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
+
+// A number written without exponent and with so few digits that they make a whole number which a
+// double holds exactly. The quotient of two exact doubles is rounded once, to the double nearest to
+// the text: the same that from_chars and atof find. Nothing for any other text.
+std::optional<double> convert_short_decimal(std::string_view text) {
+  const std::string_view number = skip_sign(text);
+  std::uint64_t digits = 0;
+  std::size_t count = 0;
+  std::size_t fraction = 0;
+  bool has_point = false;
+  for (const char c : number) {
+    if (is_digit(c)) {
+      digits = digits * 10 + static_cast<std::uint64_t>(c - '0');
+      ++count;
+      fraction += has_point ? 1U : 0U;
+    } else if (c == '.' && !has_point) {
+      has_point = true;
+    } else {
+      return std::nullopt;
+    }
+  }
+  constexpr std::uint64_t exact_up_to = std::uint64_t{1} << 53;
+  if (count == 0 || count >= powers_of_ten.size() || digits > exact_up_to) return std::nullopt;
+  const double value = static_cast<double>(digits) / powers_of_ten[fraction];
+  return text[0] == '-' ? -value : value;
 }
 
 // atof, with a dot for the decimal point whatever the locale; for the rare numbers that from_chars
@@ -87,6 +119,7 @@ std::string_view escape_of(char c) {
 }  // namespace
 
 void collapse(std::string& text) {
+  if (std::none_of(text.begin(), text.end(), is_blank)) return;
   std::size_t kept = 0;
   for (const char c : text) {
     if (!is_blank(c)) {
@@ -164,6 +197,12 @@ double to_double(const std::string& text) {
   double value = 0;
   const auto result = std::from_chars(first, text.c_str() + text.size(), value);
   return result.ec == std::errc() ? value : convert_by_library(text);
+}
+
+std::optional<double> to_valid_double(const std::string& text) {
+  if (const auto value = convert_short_decimal(text)) return value;
+  if (!is_valid_float(text)) return std::nullopt;
+  return to_double(text);
 }
 
 bool to_bool(const std::string& text) {
