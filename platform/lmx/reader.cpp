@@ -40,7 +40,7 @@ std::string shortened(std::string_view text) {
 
 std::string c_string_stack::path() const {
   std::string path;
-  for (std::size_t i = 0; i < size_; ++i) path += '/' + names_[i];
+  for (std::size_t i = 0; i < size_; ++i) path += '/' + *names_[i];
   return path;
 }
 

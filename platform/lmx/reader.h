@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -26,18 +25,20 @@ namespace lmx {
 class c_string_stack {
  public:
   void push(const std::string& name) {
-    if (size_ == names_.size()) names_.emplace_back();
-    names_[size_++] = name;
+    if (size_ == names_.size()) names_.push_back(std::make_unique<std::string>());
+    *names_[size_] = name;
+    ++size_;
   }
   void pop() { --size_; }
-  const std::string& back() const { return names_[size_ - 1]; }
+  const std::string& back() const { return *names_[size_ - 1]; }
 
   // "/outer/inner" for the whole stack.
   std::string path() const;
 
  private:
-  std::deque<std::string> names_;  // a name stays where it is while the stack grows; popped ones
-  std::size_t size_ = 0;           // keep their room for the next
+  // A name stays where it is while the stack grows; popped ones keep their room for the next.
+  std::vector<std::unique_ptr<std::string>> names_;
+  std::size_t size_ = 0;
 };
 
 // Keeps a name on the stack for its own life.

@@ -25,9 +25,12 @@ std::uint64_t line_breaks_in(std::string_view bytes) {
   return count;
 }
 
-bool is_blank(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; });
+// Whether a piece of text is surely blank: a line break, or an indentation of one kind of blanks.
+bool is_plainly_blank(std::string_view piece) {
+  if (piece.empty()) return true;
+  const char first = piece[0];
+  return (first == ' ' || first == '\n' || first == '\t') &&
+         std::memcmp(piece.data(), piece.data() + 1, piece.size() - 1) == 0;
 }
 
 // Characters of UTF-8 text: continuation bytes do not count.
@@ -54,6 +57,43 @@ bool names_utf8(std::string_view encoding) {
 }
 
 }  // namespace
+
+// --- Steps, as the callbacks find them ----------------------------------------------------------
+
+inline token_stream::span token_stream::keep_text(std::string_view text) {
+  if (arena_.size() - arena_end_ < text.size()) [[unlikely]] {
+    arena_.resize(2 * arena_.size() + text.size());
+  }
+  std::memcpy(arena_.data() + arena_end_, text.data(), text.size());
+  const span kept{arena_end_, text.size()};
+  arena_end_ += text.size();
+  return kept;
+}
+
+inline std::uint64_t token_stream::place() const {
+  return static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
+}
+
+inline std::uint64_t token_stream::size_here() const {
+  return static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser_));
+}
+
+inline token_stream::record& token_stream::push(token_kind kind, span text, std::uint64_t offset,
+                                                std::uint64_t size) {
+  return records_.emplace_back(
+      record{.kind = kind, .text = text, .offset = offset, .end_offset = offset + size});
+}
+
+// Makes the text read since the last tag a step of its own, or drops it.
+inline void token_stream::settle_blanks(bool count) {
+  if (!has_blanks_) return;
+  has_blanks_ = false;
+  if (count) {
+    push(token_kind::text, blanks_, blanks_offset_, 0);
+  } else {
+    arena_end_ = blanks_.begin;
+  }
+}
 
 // expat's callbacks. An exception must not cross the parser: it is kept, the parser is stopped, and
 // parse_chunk() throws it on.
@@ -127,12 +167,12 @@ struct token_stream::handlers {
       }
       if (!stream.has_blanks_) {
         stream.has_blanks_ = true;
-        stream.blanks_ = {stream.arena_.size(), 0};
+        stream.blanks_ = {stream.arena_end_, 0};
         stream.blanks_offset_ = stream.place();
       }
       stream.keep_text(piece);
       stream.blanks_.size += piece.size();
-      if (!is_blank(piece)) stream.settle_blanks(true);
+      if (!is_plainly_blank(piece)) stream.settle_blanks(true);
     });
   }
 
@@ -163,37 +203,6 @@ token_stream::token_stream(std::unique_ptr<byte_source> source, std::size_t chun
 
 token_stream::~token_stream() {
   XML_ParserFree(parser_);
-}
-
-token_stream::span token_stream::keep_text(std::string_view text) {
-  const span kept{arena_.size(), text.size()};
-  arena_.append(text);
-  return kept;
-}
-
-std::uint64_t token_stream::place() const {
-  return static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
-}
-
-std::uint64_t token_stream::size_here() const {
-  return static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser_));
-}
-
-token_stream::record& token_stream::push(token_kind kind, span text, std::uint64_t offset,
-                                         std::uint64_t size) {
-  return records_.emplace_back(
-      record{.kind = kind, .text = text, .offset = offset, .end_offset = offset + size});
-}
-
-// Makes the text read since the last tag a step of its own, or drops it.
-void token_stream::settle_blanks(bool count) {
-  if (!has_blanks_) return;
-  has_blanks_ = false;
-  if (count) {
-    push(token_kind::text, blanks_, blanks_offset_, 0);
-  } else {
-    arena_.resize(blanks_.begin);
-  }
 }
 
 void token_stream::fail(elmx_error error, std::string_view words) {
@@ -250,7 +259,7 @@ void token_stream::advance_landmark() {
 void token_stream::parse_chunk() {
   records_.clear();
   attributes_.clear();
-  arena_.clear();
+  arena_end_ = 0;
   next_ = 0;
   start_record_ = no_record;
   advance_landmark();

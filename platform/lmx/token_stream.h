@@ -148,7 +148,8 @@ class token_stream {
   landmark previous_start_{0, 1, 1};
   std::vector<record> records_;
   std::vector<attribute_record> attributes_;
-  std::string arena_;
+  std::vector<char> arena_ = std::vector<char>(4096);  // texts of the records, up to arena_end_
+  std::size_t arena_end_ = 0;
   std::size_t next_ = 0;
   bool follows_start_ = false;            // the last tag was a start
   std::size_t start_record_ = no_record;  // its record, where that is in the chunk parsed last

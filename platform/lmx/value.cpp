@@ -56,24 +56,28 @@ constexpr std::array<double, 20> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  
 // double holds exactly. The quotient of two exact doubles is rounded once, to the double nearest to
 // the text: the same that from_chars and atof find. Nothing for any other text.
 std::optional<double> convert_short_decimal(std::string_view text) {
-  const std::string_view number = skip_sign(text);
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  if (at != end && (*at == '-' || *at == '+')) ++at;
   std::uint64_t digits = 0;
-  std::size_t count = 0;
-  std::size_t fraction = 0;
-  bool has_point = false;
-  for (const char c : number) {
-    if (is_digit(c)) {
-      digits = digits * 10 + static_cast<std::uint64_t>(c - '0');
-      ++count;
-      fraction += has_point ? 1U : 0U;
-    } else if (c == '.' && !has_point) {
-      has_point = true;
-    } else {
-      return std::nullopt;
+  const auto take_digits = [&] {
+    const char* const first = at;
+    for (; at != end && is_digit(*at); ++at) {
+      digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
     }
+    return static_cast<std::size_t>(at - first);
+  };
+  const std::size_t whole = take_digits();
+  std::size_t fraction = 0;
+  if (at != end && *at == '.') {
+    ++at;
+    fraction = take_digits();
   }
   constexpr std::uint64_t exact_up_to = std::uint64_t{1} << 53;
-  if (count == 0 || count >= powers_of_ten.size() || digits > exact_up_to) return std::nullopt;
+  const std::size_t count = whole + fraction;
+  if (at != end || count == 0 || count >= powers_of_ten.size() || digits > exact_up_to) {
+    return std::nullopt;
+  }
   const double value = static_cast<double>(digits) / powers_of_ten[fraction];
   return text[0] == '-' ? -value : value;
 }
@@ -119,7 +123,9 @@ std::string_view escape_of(char c) {
 }  // namespace
 
 void collapse(std::string& text) {
-  if (std::none_of(text.begin(), text.end(), is_blank)) return;
+  // Mostly there is nothing to do; blanks are among the characters up to ' '.
+  const auto may_be_blank = [](char c) { return static_cast<unsigned char>(c) <= ' '; };
+  if (std::none_of(text.begin(), text.end(), may_be_blank)) return;
   std::size_t kept = 0;
   for (const char c : text) {
     if (!is_blank(c)) {
