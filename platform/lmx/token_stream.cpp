@@ -6,6 +6,8 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <span>
+#include <utility>
 
 namespace lmx {
 
@@ -25,12 +27,11 @@ std::uint64_t line_breaks_in(std::string_view bytes) {
   return count;
 }
 
-// Whether a piece of text is surely blank: a line break, or an indentation of one kind of blanks.
-bool is_plainly_blank(std::string_view piece) {
-  if (piece.empty()) return true;
+// Whether a piece of text is one blank, once or repeated: a line break, or an indentation.
+bool is_one_blank(std::string_view piece) {
   const char first = piece[0];
-  return (first == ' ' || first == '\n' || first == '\t') &&
-         std::memcmp(piece.data(), piece.data() + 1, piece.size() - 1) == 0;
+  if (first != ' ' && first != '\n' && first != '\t') return false;
+  return piece.size() == 1 || std::memcmp(piece.data(), piece.data() + 1, piece.size() - 1) == 0;
 }
 
 // Characters of UTF-8 text: continuation bytes do not count.
@@ -60,14 +61,19 @@ bool names_utf8(std::string_view encoding) {
 
 // --- Steps, as the callbacks find them ----------------------------------------------------------
 
-inline token_stream::span token_stream::keep_text(std::string_view text) {
-  if (arena_.size() - arena_end_ < text.size()) [[unlikely]] {
-    arena_.resize(2 * arena_.size() + text.size());
+// Room for so many bytes more.
+inline char* token_stream::grow_arena(std::size_t size) {
+  if (arena_.size() - arena_end_ < size) [[unlikely]] {
+    arena_.resize(2 * arena_.size() + size);
   }
-  std::memcpy(arena_.data() + arena_end_, text.data(), text.size());
-  const span kept{arena_end_, text.size()};
-  arena_end_ += text.size();
-  return kept;
+  char* const room = arena_.data() + arena_end_;
+  arena_end_ += size;
+  return room;
+}
+
+inline token_stream::span token_stream::keep_text(std::string_view text) {
+  std::memcpy(grow_arena(text.size()), text.data(), text.size());
+  return {arena_end_ - text.size(), text.size()};
 }
 
 inline std::uint64_t token_stream::place() const {
@@ -84,15 +90,31 @@ inline token_stream::record& token_stream::push(token_kind kind, span text, std:
       record{.kind = kind, .text = text, .offset = offset, .end_offset = offset + size});
 }
 
-// Makes the text read since the last tag a step of its own, or drops it.
+// Makes the blanks read since the last tag a step of their own, or forgets them.
 inline void token_stream::settle_blanks(bool count) {
-  if (!has_blanks_) return;
-  has_blanks_ = false;
-  if (count) {
-    push(token_kind::text, blanks_, blanks_offset_, 0);
-  } else {
-    arena_end_ = blanks_.begin;
+  const std::size_t runs = std::exchange(blank_runs_, 0);
+  if (!count || runs == 0) return;
+  const std::size_t begin = arena_end_;
+  for (const blank_run& run : std::span(blanks_).first(runs)) {
+    std::memset(grow_arena(run.size), run.blank, run.size);
   }
+  push(token_kind::text, {begin, arena_end_ - begin}, blanks_offset_, 0);
+}
+
+// expat hands out text in pieces; neighbours in the arena grow together.
+inline void token_stream::push_text(std::string_view piece) {
+  const bool is_new = records_.empty() || records_.back().kind != token_kind::text;
+  if (is_new && blank_runs_ < blanks_.size() && is_one_blank(piece)) {
+    if (blank_runs_ == 0) blanks_offset_ = place();
+    blanks_[blank_runs_++] = {piece[0], piece.size()};
+    return;
+  }
+  settle_blanks(true);
+  if (records_.empty() || records_.back().kind != token_kind::text) {
+    push(token_kind::text, {arena_end_, 0}, place(), 0);
+  }
+  keep_text(piece);
+  records_.back().text.size += piece.size();
 }
 
 // expat's callbacks. An exception must not cross the parser: it is kept, the parser is stopped, and
@@ -156,23 +178,9 @@ struct token_stream::handlers {
     });
   }
 
-  // expat hands out text in pieces; neighbours in the arena grow together.
   static void XMLCALL text(void* user, const XML_Char* characters, int length) {
     guard(user, [&](token_stream& stream) {
-      const std::string_view piece(characters, static_cast<std::size_t>(length));
-      if (!stream.records_.empty() && stream.records_.back().kind == token_kind::text) {
-        stream.keep_text(piece);
-        stream.records_.back().text.size += piece.size();
-        return;
-      }
-      if (!stream.has_blanks_) {
-        stream.has_blanks_ = true;
-        stream.blanks_ = {stream.arena_end_, 0};
-        stream.blanks_offset_ = stream.place();
-      }
-      stream.keep_text(piece);
-      stream.blanks_.size += piece.size();
-      if (!is_plainly_blank(piece)) stream.settle_blanks(true);
+      if (length > 0) stream.push_text({characters, static_cast<std::size_t>(length)});
     });
   }
 

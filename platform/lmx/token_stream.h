@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -115,6 +116,10 @@ class token_stream {
     std::uint32_t first_attribute = 0;
     std::uint32_t attribute_count = 0;
   };
+  struct blank_run {
+    char blank;
+    std::size_t size;
+  };
   struct attribute_record {
     span name;
     span value;
@@ -132,9 +137,11 @@ class token_stream {
   void note_parse_error();
   std::string tag_name_before(std::uint64_t offset) const;
   void advance_landmark();
+  char* grow_arena(std::size_t size);
   span keep_text(std::string_view text);
   std::string_view view(span s) const { return {arena_.data() + s.begin, s.size}; }
   record& push(token_kind kind, span text, std::uint64_t offset, std::uint64_t size);
+  void push_text(std::string_view piece);
   void settle_blanks(bool count);
   std::uint64_t place() const;
   std::uint64_t size_here() const;
@@ -153,8 +160,9 @@ class token_stream {
   std::size_t next_ = 0;
   bool follows_start_ = false;            // the last tag was a start
   std::size_t start_record_ = no_record;  // its record, where that is in the chunk parsed last
-  bool has_blanks_ = false;               // blanks behind a tag, of which it is open whether they
-  span blanks_{};                         // count
+  // Blanks behind a tag, of which it is open whether they count.
+  std::array<blank_run, 4> blanks_{};
+  std::size_t blank_runs_ = 0;
   std::uint64_t blanks_offset_ = 0;
   std::size_t depth_ = 0;
   bool ended_ = false;
