@@ -207,6 +207,14 @@ double to_double(const std::string& text) {
 
 std::optional<double> to_valid_double(const std::string& text) {
   if (const auto value = convert_short_decimal(text)) return value;
+  // from_chars also takes "inf", "nan(1)" and the like; of what it takes whole, only the forms that
+  // XML Schema has too end so.
+  const char* const end = text.data() + text.size();
+  double value = 0;
+  const auto result = std::from_chars(text.data(), end, value);
+  if (result.ec == std::errc() && result.ptr == end && (is_digit(end[-1]) || end[-1] == '.')) {
+    return value;
+  }
   if (!is_valid_float(text)) return std::nullopt;
   return to_double(text);
 }
