@@ -47,15 +47,17 @@ magnitude parse_integer(std::string_view text) {
   return {negative, value};
 }
 
-// The powers of ten that a double holds exactly, as far as a 64-bit number has digits.
-constexpr std::array<double, 20> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,
-                                                  1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13,
-                                                  1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
+// The powers of ten, all of which a double holds exactly, as far as a short decimal has digits.
+constexpr std::size_t longest_short_decimal = 18;  // 16 digits, a sign and a point
+constexpr std::array<double, longest_short_decimal + 1> powers_of_ten = {
+    1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
+    1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
 
 // A number written without exponent and with so few digits that they make a whole number which a
 // double holds exactly. The quotient of two exact doubles is rounded once, to the double nearest to
 // the text: the same that from_chars and atof find. Nothing for any other text.
 std::optional<double> convert_short_decimal(std::string_view text) {
+  if (text.size() > longest_short_decimal) return std::nullopt;
   const char* at = text.data();
   const char* const end = at + text.size();
   if (at != end && (*at == '-' || *at == '+')) ++at;
@@ -74,10 +76,7 @@ std::optional<double> convert_short_decimal(std::string_view text) {
     fraction = take_digits();
   }
   constexpr std::uint64_t exact_up_to = std::uint64_t{1} << 53;
-  const std::size_t count = whole + fraction;
-  if (at != end || count == 0 || count >= powers_of_ten.size() || digits > exact_up_to) {
-    return std::nullopt;
-  }
+  if (at != end || whole + fraction == 0 || digits > exact_up_to) return std::nullopt;
   const double value = static_cast<double>(digits) / powers_of_ten[fraction];
   return text[0] == '-' ? -value : value;
 }
