@@ -235,7 +235,7 @@ double peak_beside_size(const Annotation& annotation) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   if (argc == 3 && std::strcmp(argv[1], peak_option) == 0) return print_peak_of_bind(argv[2]);
   const ScratchFolder scratch;
   const auto annotation = [&](double megabytes) {
@@ -246,10 +246,7 @@ int main(int argc, char** argv) {
   const auto ten = annotation(10);
   const auto hundred = annotation(100);
   const auto folder = gridkit::load_plugins(gridkit::default_plugin_folder());
-  if (folder.plugins.empty()) {
-    std::fprintf(stderr, "binding_bench: no plug-in beside the toolkit\n");
-    return 1;
-  }
+  if (folder.plugins.empty()) throw std::runtime_error("no plug-in beside the toolkit");
   return bench::run(argc, argv,
                     {bind_beside_walk(*ten), bind_beside_walk_in_memory(*ten),
                      open_beside_tree(*half, *folder.plugins.front()),
@@ -261,4 +258,7 @@ int main(int argc, char** argv) {
                           {"peak memory of binding 100 MB from a file", "times its size",
                            peak_beside_size(*hundred), 8}};
                     });
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "binding_bench: %s\n", error.what());
+  return 1;
 }

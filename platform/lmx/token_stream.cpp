@@ -77,11 +77,11 @@ inline token_stream::span token_stream::keep_text(std::string_view text) {
 }
 
 inline std::uint64_t token_stream::place() const {
-  return static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
+  return static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_.get()));
 }
 
 inline std::uint64_t token_stream::size_here() const {
-  return static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser_));
+  return static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser_.get()));
 }
 
 inline token_stream::record& token_stream::push(token_kind kind, span text, std::uint64_t offset,
@@ -128,7 +128,7 @@ struct token_stream::handlers {
       action(stream);
     } catch (...) {
       stream.thrown_ = std::current_exception();
-      XML_StopParser(stream.parser_, XML_FALSE);
+      XML_StopParser(stream.parser_.get(), XML_FALSE);
     }
   }
 
@@ -202,25 +202,25 @@ token_stream::token_stream(std::unique_ptr<byte_source> source, std::size_t chun
       parser_(XML_ParserCreate(nullptr)),
       chunk_capacity_(std::max<std::size_t>(chunk_size, 1)) {
   if (parser_ == nullptr) throw std::bad_alloc();
-  XML_SetUserData(parser_, this);
-  XML_SetElementHandler(parser_, &handlers::start, &handlers::end);
-  XML_SetCharacterDataHandler(parser_, &handlers::text);
-  XML_SetStartDoctypeDeclHandler(parser_, &handlers::doctype);
-  XML_SetXmlDeclHandler(parser_, &handlers::declaration);
+  XML_SetUserData(parser_.get(), this);
+  XML_SetElementHandler(parser_.get(), &handlers::start, &handlers::end);
+  XML_SetCharacterDataHandler(parser_.get(), &handlers::text);
+  XML_SetStartDoctypeDeclHandler(parser_.get(), &handlers::doctype);
+  XML_SetXmlDeclHandler(parser_.get(), &handlers::declaration);
 }
 
-token_stream::~token_stream() {
-  XML_ParserFree(parser_);
+void token_stream::parser_end::operator()(XML_ParserStruct* parser) const {
+  XML_ParserFree(parser);
 }
 
 void token_stream::fail(elmx_error error, std::string_view words) {
   if (faulted_) return;
   faulted_ = true;
   settle_blanks(follows_start_);
-  const auto index = XML_GetCurrentByteIndex(parser_);
+  const auto index = XML_GetCurrentByteIndex(parser_.get());
   const auto offset = index < 0 ? chunk_start_.offset : static_cast<std::uint64_t>(index);
   push(token_kind::fault, keep_text(words), offset, 0).error = error;
-  XML_StopParser(parser_, XML_FALSE);
+  XML_StopParser(parser_.get(), XML_FALSE);
 }
 
 // Name of the start tag that holds a byte of the chunk parsed last; empty when the tag began before
@@ -235,10 +235,10 @@ std::string token_stream::tag_name_before(std::uint64_t offset) const {
 }
 
 void token_stream::note_parse_error() {
-  const XML_Error code = XML_GetErrorCode(parser_);
+  const XML_Error code = XML_GetErrorCode(parser_.get());
   if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
   if (code == XML_ERROR_DUPLICATE_ATTRIBUTE) {
-    const auto place = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
+    const auto place = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_.get()));
     fail(error_attribute_twice, tag_name_before(place));
     return;
   }
@@ -283,7 +283,7 @@ void token_stream::parse_chunk() {
   if (chunk_start_.offset == 0 && starts_as_utf16({chunk_.data(), chunk_.size()})) is_utf8_ = false;
   if (keeping_) kept_.append(chunk_.data(), chunk_.size());
   const XML_Status status =
-      XML_Parse(parser_, chunk_.data(), static_cast<int>(chunk_.size()), got == 0);
+      XML_Parse(parser_.get(), chunk_.data(), static_cast<int>(chunk_.size()), got == 0);
   if (thrown_) std::rethrow_exception(thrown_);
   if (status == XML_STATUS_ERROR && !faulted_) note_parse_error();
   if (got == 0 && !faulted_) fail(error_truncated, "the end of the document");

@@ -64,7 +64,6 @@ class token_stream {
   token_stream(std::unique_ptr<byte_source> source, std::size_t chunk_size);
   token_stream(const token_stream&) = delete;
   token_stream& operator=(const token_stream&) = delete;
-  ~token_stream();
 
   // The next token without taking it. A fault stays; behind the root's end tag stands a fault of
   // code error_truncated.
@@ -99,6 +98,9 @@ class token_stream {
  private:
   static constexpr std::size_t no_record = static_cast<std::size_t>(-1);
 
+  struct parser_end {
+    void operator()(XML_ParserStruct* parser) const;
+  };
   struct handlers;
   struct span {
     std::size_t begin;
@@ -147,7 +149,7 @@ class token_stream {
   std::uint64_t size_here() const;
 
   std::unique_ptr<byte_source> source_;
-  XML_ParserStruct* parser_;
+  std::unique_ptr<XML_ParserStruct, parser_end> parser_;
   std::vector<char> chunk_;           // bytes parsed last
   std::vector<char> previous_chunk_;  // those before
   std::size_t chunk_capacity_;
