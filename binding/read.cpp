@@ -245,7 +245,7 @@ elmx_error read_children(const class_description& description, void* object, c_x
 
 elmx_error read_own_text(const class_description& description, void* object, c_xml_reader& reader,
                          const lmx::c_string_stack_node& element) {
-  reader.current_name = element.get_str();
+  reader.current_name = element.str();
   elmx_error error{};
   const bool has_content = reader.current_event != element_end;
   read_text(description, object, reader, reader.current_name, &error, has_content);
@@ -265,7 +265,7 @@ elmx_error read_element(const class_description& description, void* object, c_xm
                         const std::string& element_name) {
   // The children overwrite current_name, so the element's own name is kept on the stack.
   const lmx::c_string_stack_node element(reader.element_name_stack, element_name);
-  if (const elmx_error error = read_attributes(description, object, reader, element.get_str());
+  if (const elmx_error error = read_attributes(description, object, reader, element.str());
       error != 0) {
     return error;
   }

@@ -1,5 +1,7 @@
 #include "binding/read_value.h"
 
+#include <optional>
+
 #include "lmx/list_tokeniser.h"
 #include "lmx/value.h"
 
@@ -64,12 +66,20 @@ lmx::elmx_error check_integer(const value_site& site) {
 // Bounds are compared in the member's own type. NaN is refused by the lower one.
 template <class T>
 lmx::elmx_error store_floating(const value_site& site, T& target) {
-  if (!lmx::is_valid_float(site.reader.value_text)) {
+  // Most numbers come without blanks and convert as they stand.
+  std::string& text = site.reader.value_text;
+  std::optional<double> number = lmx::to_valid_double(text);
+  if (!number) {
+    lmx::collapse(text);
+    number = lmx::to_valid_double(text);
+  }
+  if (!number) {
     if (const auto error = site.fault(lmx::error_invalid_value, "a number"); error != 0) {
       return error;
     }
+    number = lmx::to_double(text);
   }
-  const T value = static_cast<T>(lmx::to_double(site.reader.value_text));
+  const T value = static_cast<T>(*number);
   if (site.m.limit != 0) {
     const T limit = static_cast<T>(site.m.limit);
     if (!(value >= -limit)) {
@@ -101,14 +111,16 @@ lmx::elmx_error store_boolean(const value_site& site, bool& target) {
 }
 
 lmx::elmx_error store_date_time(const value_site& site, lmx::c_datetime& target) {
-  if (!lmx::c_datetime::is_valid(site.reader.value_text)) {
+  lmx::c_datetime read;
+  read = site.reader.value_text;
+  if (read.text().empty()) {  // which no valid text leaves it
     if (const auto error = site.fault(lmx::error_invalid_value,
                                       "a date and time such as 2008-03-10T13:32:20.083162Z");
         error != 0) {
       return error;
     }
   }
-  target = site.reader.value_text;
+  target = read;
   return {};
 }
 
@@ -136,9 +148,12 @@ lmx::elmx_error value_site::fault(lmx::elmx_error code, std::string expected) co
 }
 
 lmx::elmx_whitespace whitespace_of(const member& m) {
-  const bool collapsed =
-      m.form == form::token_list ? m.role != role::element : m.type != value_type::string;
-  return collapsed ? lmx::whitespace_collapse : lmx::whitespace_preserve;
+  if (m.form == form::token_list) {
+    return m.role == role::element ? lmx::whitespace_preserve : lmx::whitespace_collapse;
+  }
+  const bool kept = m.type == value_type::string || m.type == value_type::float64 ||
+                    m.type == value_type::float32;
+  return kept ? lmx::whitespace_preserve : lmx::whitespace_collapse;
 }
 
 lmx::elmx_error store_scalar(const value_site& site, void* value) {

@@ -23,7 +23,9 @@ struct value_site {
 };
 
 // How the value's whitespace is treated before it is checked: texts of elements and attributes stay
-// as they are; numbers, booleans, times and list-valued attributes and texts are collapsed.
+// as they are; integers, booleans, times and list-valued attributes and texts are collapsed.
+// Floating numbers, of which there are most, stay as they are too: store_scalar collapses those
+// that do not convert so.
 lmx::elmx_whitespace whitespace_of(const member& m);
 
 // Checks reader.value_text by the member's type, in the type's order of checks, and stores it in

@@ -17,8 +17,7 @@ number parse(std::string_view text) {
     negative = text[0] == '-';
     text.remove_prefix(1);
   }
-  const auto first = text.find_first_not_of('0');
-  text = first == std::string_view::npos ? std::string_view() : text.substr(first);
+  while (!text.empty() && text[0] == '0') text.remove_prefix(1);
   return {negative && !text.empty(), text};
 }
 
@@ -27,22 +26,27 @@ int compare_magnitudes(std::string_view a, std::string_view b) {
   return a.compare(b);
 }
 
-int compare(std::string_view left, std::string_view right) {
-  const number a = parse(left);
-  const number b = parse(right);
-  if (a.negative != b.negative) return a.negative ? -1 : 1;
-  return a.negative ? compare_magnitudes(b.digits, a.digits)
-                    : compare_magnitudes(a.digits, b.digits);
-}
-
 }  // namespace
 
+c_big_int::c_big_int(const char* digits) : digits_(digits) {
+  const number parsed = parse(digits_);
+  negative_ = parsed.negative;
+  first_ = digits_.size() - parsed.digits.size();
+}
+
+int c_big_int::compared_with(std::string_view value) const {
+  const number a = parse(value);
+  const std::string_view digits = std::string_view(digits_).substr(first_);
+  if (a.negative != negative_) return a.negative ? -1 : 1;
+  return a.negative ? compare_magnitudes(digits, a.digits) : compare_magnitudes(a.digits, digits);
+}
+
 bool operator>=(const std::string& value, const c_big_int& bound) {
-  return compare(value, bound.digits()) >= 0;
+  return bound.compared_with(value) >= 0;
 }
 
 bool operator<=(const std::string& value, const c_big_int& bound) {
-  return compare(value, bound.digits()) <= 0;
+  return bound.compared_with(value) <= 0;
 }
 
 }  // namespace lmx

@@ -10,7 +10,6 @@ namespace lmx {
 
 namespace {
 
-constexpr int event_unknown = 1;
 constexpr int event_end = 6;
 constexpr int event_start = 7;
 constexpr std::string_view instance_namespace = "http://www.w3.org/2001/XMLSchema-instance";
@@ -41,7 +40,7 @@ std::string shortened(std::string_view text) {
 
 std::string c_string_stack::path() const {
   std::string path;
-  for (const auto& name : names_) path += '/' + name;
+  for (std::size_t i = 0; i < size_; ++i) path += '/' + *names_[i];
   return path;
 }
 
@@ -53,17 +52,19 @@ void c_xml::enter_start_tag(const token& start) {
   ++depth_;
   start_closes_itself_ = start.self_closed;
   content_place_ = start.end_offset;
-  tokens_.attributes_of(start, attributes_);
-  next_attribute_ = 0;
-  for (const attribute_token& a : attributes_) {
+  first_attribute_ = next_attribute_ = start.first_attribute;
+  end_attribute_ = first_attribute_ + start.attribute_count;
+  if (!start.declares) return;
+  for (std::size_t i = first_attribute_; i < end_attribute_; ++i) {
+    const attribute_token a = tokens_.attribute(i);
     if (a.name == "xmlns") scope_.declare({}, a.value, depth_);
     if (prefix_of(a.name) == "xmlns") scope_.declare(local_of(a.name), a.value, depth_);
   }
 }
 
 bool c_xml::next_attribute(std::string* name) {
-  if (next_attribute_ >= attributes_.size()) return false;
-  *name = attributes_[next_attribute_].name;
+  if (next_attribute_ == end_attribute_) return false;
+  *name = tokens_.attribute(next_attribute_).name;
   ++next_attribute_;
   return true;
 }
@@ -74,14 +75,14 @@ void c_xml::leave_end_tag() {
 }
 
 bool c_xml::get_attribute_value(std::string* value, elmx_whitespace whitespace) {
-  if (next_attribute_ == 0 || next_attribute_ > attributes_.size()) return false;
-  *value = attributes_[next_attribute_ - 1].value;
+  if (next_attribute_ == first_attribute_) return false;
+  *value = tokens_.attribute(next_attribute_ - 1).value;
   if (whitespace == whitespace_collapse) collapse(*value);
   return true;
 }
 
 bool c_xml::skip_attribute_value() {
-  return next_attribute_ != 0 && next_attribute_ <= attributes_.size();
+  return next_attribute_ != first_attribute_;
 }
 
 bool c_xml::is_xsi_attribute(const c_xml_local* local, const std::string& name) const {
@@ -91,9 +92,10 @@ bool c_xml::is_xsi_attribute(const c_xml_local* local, const std::string& name) 
 }
 
 bool c_xml::get_element_value(std::string* value, elmx_whitespace whitespace, bool) {
+  leave_start_tag();
   value->clear();
   for (;;) {
-    const token& next = tokens_.peek();
+    const token next = tokens_.peek();
     switch (next.kind) {
       case token_kind::text:
         value->append(next.text);
@@ -123,8 +125,9 @@ void c_xml_reader::set_ns_map(const s_ns_map*) {}
 void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, std::string* name) {
   in_simple_element_ = false;
   token_error_ = error_none;
+  leave_start_tag();
   for (;;) {
-    const token& next = tokens_.peek();
+    const token next = tokens_.peek();
     place_ = next.offset;
     switch (next.kind) {
       case token_kind::text:
@@ -153,10 +156,9 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
         return;
       case token_kind::start:
         *name = next.text;
-        local_name = local_of(next.text);
+        local_name = next.prefixed ? local_of(next.text) : next.text;
         enter_start_tag(next);
-        element_ns_id_ =
-            scope_.uri_of(prefix_of(*name)).empty() && prefix_of(*name).empty() ? 1 : 0;
+        element_ns_id_ = !next.prefixed && scope_.uri_of({}).empty() ? 1 : 0;
         tokens_.take();
         *error = error_none;
         if (map == nullptr) {
@@ -185,7 +187,7 @@ bool c_xml_reader::get_attribute_event(const s_event_map*, elmx_error* error, st
 
 void c_xml_reader::classify(const s_event_map* map, std::string_view name, int ns_id) {
   for (; map->name != nullptr; ++map) {
-    if (map->name_length == name.size() && map->ns_id == ns_id &&
+    if (map->name_length == name.size() && map->name[0] == name[0] && map->ns_id == ns_id &&
         std::memcmp(map->name, name.data(), name.size()) == 0) {
       break;
     }
@@ -196,10 +198,9 @@ void c_xml_reader::classify(const s_event_map* map, std::string_view name, int n
 void c_xml_reader::tokenise(const s_event_map* map, elxp_attr_elem mode) {
   if (mode == current_element) {
     classify(map, local_of(current_name), element_ns_id_);
-  } else if (prefix_of(attribute_name).empty()) {
-    classify(map, attribute_name, 1);
   } else {
-    current_event = event_unknown;
+    // Attributes are in no namespace unless they have a prefix, which no row's name has.
+    classify(map, attribute_name, 1);
   }
 }
 
@@ -245,9 +246,10 @@ bool c_xml_reader::get_element_ur_value(const std::string& name, std::string* va
     *error = token_error_ = error_encoding;
     return false;
   }
+  leave_start_tag();
   tokens_.keep_from(content_place_);
   for (std::size_t inner = 0;;) {
-    const token& next = tokens_.peek();
+    const token next = tokens_.peek();
     if (next.kind == token_kind::fault) {
       token_words_ = next.text;
       place_ = next.offset;

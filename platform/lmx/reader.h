@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -25,15 +24,21 @@ namespace lmx {
 // Names of the open elements, innermost last.
 class c_string_stack {
  public:
-  void push(const std::string& name) { names_.push_back(name); }
-  void pop() { names_.pop_back(); }
-  const std::string& back() const { return names_.back(); }
+  void push(const std::string& name) {
+    if (size_ == names_.size()) names_.push_back(std::make_unique<std::string>());
+    *names_[size_] = name;
+    ++size_;
+  }
+  void pop() { --size_; }
+  const std::string& back() const { return *names_[size_ - 1]; }
 
   // "/outer/inner" for the whole stack.
   std::string path() const;
 
  private:
-  std::deque<std::string> names_;  // a name stays where it is while the stack grows
+  // A name stays where it is while the stack grows; popped ones keep their room for the next.
+  std::vector<std::unique_ptr<std::string>> names_;
+  std::size_t size_ = 0;
 };
 
 // Keeps a name on the stack for its own life.
@@ -80,6 +85,8 @@ class c_xml {
  protected:
   void enter_start_tag(const token& start);
   bool next_attribute(std::string* name);
+  // Attributes end with their tag: the tokens that hold them may go with the next step.
+  void leave_start_tag() { first_attribute_ = next_attribute_ = end_attribute_ = 0; }
   void leave_end_tag();
 
   token_stream tokens_;
@@ -92,8 +99,10 @@ class c_xml {
   std::string token_words_;              // what the parser says of it
 
  private:
-  std::vector<attribute_token> attributes_;
+  // The attributes of the start tag read last, by their numbers in the token stream.
+  std::size_t first_attribute_ = 0;
   std::size_t next_attribute_ = 0;
+  std::size_t end_attribute_ = 0;
 };
 
 class c_xml_reader : public c_xml {

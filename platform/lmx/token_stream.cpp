@@ -6,10 +6,33 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <span>
+#include <utility>
 
 namespace lmx {
 
 namespace {
+
+// Counted in bytes, of which vectors hold many, and summed before they overflow.
+std::uint64_t line_breaks_in(std::string_view bytes) {
+  std::uint64_t count = 0;
+  while (!bytes.empty()) {
+    std::uint8_t block_count = 0;
+    for (const char c : bytes.substr(0, 255)) {
+      block_count = static_cast<std::uint8_t>(block_count + (c == '\n' ? 1 : 0));
+    }
+    count += block_count;
+    bytes.remove_prefix(std::min<std::size_t>(bytes.size(), 255));
+  }
+  return count;
+}
+
+// Whether a piece of text is one blank, once or repeated: a line break, or an indentation.
+bool is_one_blank(std::string_view piece) {
+  const char first = piece[0];
+  if (first != ' ' && first != '\n' && first != '\t') return false;
+  return piece.size() == 1 || std::memcmp(piece.data(), piece.data() + 1, piece.size() - 1) == 0;
+}
 
 // Characters of UTF-8 text: continuation bytes do not count.
 std::uint64_t characters_in(std::string_view bytes) {
@@ -36,6 +59,64 @@ bool names_utf8(std::string_view encoding) {
 
 }  // namespace
 
+// --- Steps, as the callbacks find them ----------------------------------------------------------
+
+// Room for so many bytes more.
+inline char* token_stream::grow_arena(std::size_t size) {
+  if (arena_.size() - arena_end_ < size) [[unlikely]] {
+    arena_.resize(2 * arena_.size() + size);
+  }
+  char* const room = arena_.data() + arena_end_;
+  arena_end_ += size;
+  return room;
+}
+
+inline token_stream::span token_stream::keep_text(std::string_view text) {
+  std::memcpy(grow_arena(text.size()), text.data(), text.size());
+  return {arena_end_ - text.size(), text.size()};
+}
+
+inline std::uint64_t token_stream::place() const {
+  return static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_.get()));
+}
+
+inline std::uint64_t token_stream::size_here() const {
+  return static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser_.get()));
+}
+
+inline token_stream::record& token_stream::push(token_kind kind, span text, std::uint64_t offset,
+                                                std::uint64_t size) {
+  return records_.emplace_back(
+      record{.kind = kind, .text = text, .offset = offset, .end_offset = offset + size});
+}
+
+// Makes the blanks read since the last tag a step of their own, or forgets them.
+inline void token_stream::settle_blanks(bool count) {
+  const std::size_t runs = std::exchange(blank_runs_, 0);
+  if (!count || runs == 0) return;
+  const std::size_t begin = arena_end_;
+  for (const blank_run& run : std::span(blanks_).first(runs)) {
+    std::memset(grow_arena(run.size), run.blank, run.size);
+  }
+  push(token_kind::text, {begin, arena_end_ - begin}, blanks_offset_, 0);
+}
+
+// expat hands out text in pieces; neighbours in the arena grow together.
+inline void token_stream::push_text(std::string_view piece) {
+  const bool is_new = records_.empty() || records_.back().kind != token_kind::text;
+  if (is_new && blank_runs_ < blanks_.size() && is_one_blank(piece)) {
+    if (blank_runs_ == 0) blanks_offset_ = place();
+    blanks_[blank_runs_++] = {piece[0], piece.size()};
+    return;
+  }
+  settle_blanks(true);
+  if (records_.empty() || records_.back().kind != token_kind::text) {
+    push(token_kind::text, {arena_end_, 0}, place(), 0);
+  }
+  keep_text(piece);
+  records_.back().text.size += piece.size();
+}
+
 // expat's callbacks. An exception must not cross the parser: it is kept, the parser is stopped, and
 // parse_chunk() throws it on.
 struct token_stream::handlers {
@@ -47,7 +128,7 @@ struct token_stream::handlers {
       action(stream);
     } catch (...) {
       stream.thrown_ = std::current_exception();
-      XML_StopParser(stream.parser_, XML_FALSE);
+      XML_StopParser(stream.parser_.get(), XML_FALSE);
     }
   }
 
@@ -57,14 +138,22 @@ struct token_stream::handlers {
         stream.fail(error_too_deep, "elements nested deeper than 256");
         return;
       }
+      stream.settle_blanks(false);
       const auto first = static_cast<std::uint32_t>(stream.attributes_.size());
+      bool declares = false;
       for (; *attributes != nullptr; attributes += 2) {
+        const std::string_view attribute = attributes[0];
+        declares = declares || attribute.starts_with("xmlns");
         stream.attributes_.push_back(
-            {stream.keep_text(attributes[0]), stream.keep_text(attributes[1])});
+            {stream.keep_text(attribute), stream.keep_text(attributes[1])});
       }
-      stream.push(token_kind::start, name,
-                  static_cast<std::uint64_t>(XML_GetCurrentByteCount(stream.parser_)));
-      record& made = stream.records_.back();
+      const std::string_view whole = name;
+      stream.follows_start_ = true;
+      stream.start_record_ = stream.records_.size();
+      record& made = stream.push(token_kind::start, stream.keep_text(whole), stream.place(),
+                                 stream.size_here());
+      made.prefixed = whole.find(':') != std::string_view::npos;
+      made.declares = declares;
       made.first_attribute = first;
       made.attribute_count = static_cast<std::uint32_t>(stream.attributes_.size()) - first;
     });
@@ -72,9 +161,15 @@ struct token_stream::handlers {
 
   static void XMLCALL end(void* user, const XML_Char* name) {
     guard(user, [&](token_stream& stream) {
+      stream.settle_blanks(stream.follows_start_);
+      // Right behind its start the name stands in the arena already.
+      const bool is_kept = stream.follows_start_ && stream.start_record_ != no_record;
+      const span text =
+          is_kept ? stream.records_[stream.start_record_].text : stream.keep_text(name);
+      stream.follows_start_ = false;
       // The end of a tag that closes itself has no bytes of its own.
-      const auto size = static_cast<std::uint64_t>(XML_GetCurrentByteCount(stream.parser_));
-      stream.push(token_kind::end, name, size);
+      const std::uint64_t size = stream.size_here();
+      stream.push(token_kind::end, text, stream.place(), size);
       if (size == 0) {
         stream.records_.back().self_closed = true;
         stream.records_[stream.records_.size() - 2].self_closed = true;
@@ -85,14 +180,7 @@ struct token_stream::handlers {
 
   static void XMLCALL text(void* user, const XML_Char* characters, int length) {
     guard(user, [&](token_stream& stream) {
-      const std::string_view piece(characters, static_cast<std::size_t>(length));
-      // expat hands out text in pieces; neighbours in the arena grow together.
-      if (!stream.records_.empty() && stream.records_.back().kind == token_kind::text) {
-        stream.keep_text(piece);
-        stream.records_.back().text.size += piece.size();
-        return;
-      }
-      stream.push(token_kind::text, piece, 0);
+      if (length > 0) stream.push_text({characters, static_cast<std::size_t>(length)});
     });
   }
 
@@ -114,35 +202,25 @@ token_stream::token_stream(std::unique_ptr<byte_source> source, std::size_t chun
       parser_(XML_ParserCreate(nullptr)),
       chunk_capacity_(std::max<std::size_t>(chunk_size, 1)) {
   if (parser_ == nullptr) throw std::bad_alloc();
-  XML_SetUserData(parser_, this);
-  XML_SetElementHandler(parser_, &handlers::start, &handlers::end);
-  XML_SetCharacterDataHandler(parser_, &handlers::text);
-  XML_SetStartDoctypeDeclHandler(parser_, &handlers::doctype);
-  XML_SetXmlDeclHandler(parser_, &handlers::declaration);
+  XML_SetUserData(parser_.get(), this);
+  XML_SetElementHandler(parser_.get(), &handlers::start, &handlers::end);
+  XML_SetCharacterDataHandler(parser_.get(), &handlers::text);
+  XML_SetStartDoctypeDeclHandler(parser_.get(), &handlers::doctype);
+  XML_SetXmlDeclHandler(parser_.get(), &handlers::declaration);
 }
 
-token_stream::~token_stream() {
-  XML_ParserFree(parser_);
-}
-
-token_stream::span token_stream::keep_text(std::string_view text) {
-  const span kept{arena_.size(), text.size()};
-  arena_.append(text);
-  return kept;
-}
-
-void token_stream::push(token_kind kind, std::string_view text, std::uint64_t size) {
-  const auto offset = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
-  records_.push_back({kind, false, error_none, keep_text(text), offset, offset + size, 0, 0});
+void token_stream::parser_end::operator()(XML_ParserStruct* parser) const {
+  XML_ParserFree(parser);
 }
 
 void token_stream::fail(elmx_error error, std::string_view words) {
   if (faulted_) return;
   faulted_ = true;
-  const auto index = XML_GetCurrentByteIndex(parser_);
+  settle_blanks(follows_start_);
+  const auto index = XML_GetCurrentByteIndex(parser_.get());
   const auto offset = index < 0 ? chunk_start_.offset : static_cast<std::uint64_t>(index);
-  records_.push_back({token_kind::fault, false, error, keep_text(words), offset, offset, 0, 0});
-  XML_StopParser(parser_, XML_FALSE);
+  push(token_kind::fault, keep_text(words), offset, 0).error = error;
+  XML_StopParser(parser_.get(), XML_FALSE);
 }
 
 // Name of the start tag that holds a byte of the chunk parsed last; empty when the tag began before
@@ -157,10 +235,10 @@ std::string token_stream::tag_name_before(std::uint64_t offset) const {
 }
 
 void token_stream::note_parse_error() {
-  const XML_Error code = XML_GetErrorCode(parser_);
+  const XML_Error code = XML_GetErrorCode(parser_.get());
   if (code == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
   if (code == XML_ERROR_DUPLICATE_ATTRIBUTE) {
-    const auto place = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_));
+    const auto place = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser_.get()));
     fail(error_attribute_twice, tag_name_before(place));
     return;
   }
@@ -177,7 +255,7 @@ void token_stream::advance_landmark() {
   previous_start_ = chunk_start_;
   const std::string_view bytes(chunk_.data(), chunk_.size());
   chunk_start_.offset += bytes.size();
-  const auto breaks = static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+  const std::uint64_t breaks = line_breaks_in(bytes);
   chunk_start_.line += breaks;
   if (breaks == 0) {
     chunk_start_.column += characters_in(bytes);
@@ -189,8 +267,9 @@ void token_stream::advance_landmark() {
 void token_stream::parse_chunk() {
   records_.clear();
   attributes_.clear();
-  arena_.clear();
+  arena_end_ = 0;
   next_ = 0;
+  start_record_ = no_record;
   advance_landmark();
   previous_chunk_.swap(chunk_);
   chunk_.resize(chunk_capacity_);
@@ -204,13 +283,14 @@ void token_stream::parse_chunk() {
   if (chunk_start_.offset == 0 && starts_as_utf16({chunk_.data(), chunk_.size()})) is_utf8_ = false;
   if (keeping_) kept_.append(chunk_.data(), chunk_.size());
   const XML_Status status =
-      XML_Parse(parser_, chunk_.data(), static_cast<int>(chunk_.size()), got == 0);
+      XML_Parse(parser_.get(), chunk_.data(), static_cast<int>(chunk_.size()), got == 0);
   if (thrown_) std::rethrow_exception(thrown_);
   if (status == XML_STATUS_ERROR && !faulted_) note_parse_error();
   if (got == 0 && !faulted_) fail(error_truncated, "the end of the document");
+  settle_blanks(follows_start_);
 }
 
-const token& token_stream::peek() {
+void token_stream::parse_until_token() {
   while (next_ >= records_.size()) {
     if (ended_ && !faulted_) fail(error_truncated, "the end of the document");
     if (faulted_ && !records_.empty() && records_.back().kind == token_kind::fault) {
@@ -218,19 +298,6 @@ const token& token_stream::peek() {
       break;
     }
     parse_chunk();
-  }
-  const record& r = records_[next_];
-  current_ = {r.kind,   r.self_closed, r.error,           view(r.text),
-              r.offset, r.end_offset,  r.first_attribute, r.attribute_count};
-  return current_;
-}
-
-void token_stream::attributes_of(const token& start,
-                                 std::vector<attribute_token>& attributes) const {
-  attributes.clear();
-  for (std::uint32_t i = 0; i < start.attribute_count; ++i) {
-    const attribute_record& a = attributes_[start.first_attribute + i];
-    attributes.push_back({view(a.name), view(a.value)});
   }
 }
 
@@ -257,7 +324,7 @@ text_position token_stream::position_of(std::uint64_t offset) const {
   if (offset < from.offset) return position;
   const auto size = std::min<std::uint64_t>(offset - from.offset, bytes.size());
   const std::string_view before(bytes.data(), static_cast<std::size_t>(size));
-  const auto breaks = static_cast<std::uint64_t>(std::count(before.begin(), before.end(), '\n'));
+  const std::uint64_t breaks = line_breaks_in(before);
   position.line += breaks;
   position.column = breaks == 0 ? from.column + characters_in(before)
                                 : 1 + characters_in(before.substr(before.rfind('\n') + 1));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -25,10 +26,14 @@ class byte_source {
 
 enum class token_kind { start, end, text, fault };
 
-// One step of the document, in document order. The views live until the next call of peek().
+// One step of the document, in document order. The view lives until a chunk is parsed: at the
+// soonest in the next call of peek() behind take(). Blanks beside a tag are no step, unless they
+// are an element's whole content.
 struct token {
   token_kind kind;
   bool self_closed;          // of a start that closes itself, and of its end
+  bool prefixed;             // of a start whose name has a prefix
+  bool declares;             // of a start with an attribute whose name begins with "xmlns"
   elmx_error error;          // of a fault
   std::string_view text;     // name of a start or end, characters of a text, words of a fault; of
                              // an attribute that stands twice the element's name
@@ -59,15 +64,22 @@ class token_stream {
   token_stream(std::unique_ptr<byte_source> source, std::size_t chunk_size);
   token_stream(const token_stream&) = delete;
   token_stream& operator=(const token_stream&) = delete;
-  ~token_stream();
 
   // The next token without taking it. A fault stays; behind the root's end tag stands a fault of
   // code error_truncated.
-  const token& peek();
+  token peek() {
+    if (next_ >= records_.size()) parse_until_token();
+    const record& r = records_[next_];
+    return {r.kind,       r.self_closed, r.prefixed,   r.declares,        r.error,
+            view(r.text), r.offset,      r.end_offset, r.first_attribute, r.attribute_count};
+  }
   void take() { ++next_; }
 
-  // The attributes of a start into `attributes`, as views.
-  void attributes_of(const token& start, std::vector<attribute_token>& attributes) const;
+  // Attribute `index` of those in the chunk parsed last, as a start token tells them.
+  attribute_token attribute(std::size_t index) const {
+    const attribute_record& a = attributes_[index];
+    return {view(a.name), view(a.value)};
+  }
 
   // Starts keeping the document's bytes from `offset` on, which lies in the chunk parsed last.
   void keep_from(std::uint64_t offset);
@@ -84,6 +96,11 @@ class token_stream {
   text_position position_of(std::uint64_t offset) const;
 
  private:
+  static constexpr std::size_t no_record = static_cast<std::size_t>(-1);
+
+  struct parser_end {
+    void operator()(XML_ParserStruct* parser) const;
+  };
   struct handlers;
   struct span {
     std::size_t begin;
@@ -91,13 +108,19 @@ class token_stream {
   };
   struct record {
     token_kind kind;
-    bool self_closed;
-    elmx_error error;
     span text;
     std::uint64_t offset;
     std::uint64_t end_offset;
-    std::uint32_t first_attribute;
-    std::uint32_t attribute_count;
+    bool self_closed = false;
+    bool prefixed = false;
+    bool declares = false;
+    elmx_error error = error_none;
+    std::uint32_t first_attribute = 0;
+    std::uint32_t attribute_count = 0;
+  };
+  struct blank_run {
+    char blank;
+    std::size_t size;
   };
   struct attribute_record {
     span name;
@@ -110,17 +133,23 @@ class token_stream {
     std::uint64_t column;
   };
 
+  void parse_until_token();
   void parse_chunk();
   void fail(elmx_error error, std::string_view words);
   void note_parse_error();
   std::string tag_name_before(std::uint64_t offset) const;
   void advance_landmark();
+  char* grow_arena(std::size_t size);
   span keep_text(std::string_view text);
   std::string_view view(span s) const { return {arena_.data() + s.begin, s.size}; }
-  void push(token_kind kind, std::string_view text, std::uint64_t size);
+  record& push(token_kind kind, span text, std::uint64_t offset, std::uint64_t size);
+  void push_text(std::string_view piece);
+  void settle_blanks(bool count);
+  std::uint64_t place() const;
+  std::uint64_t size_here() const;
 
   std::unique_ptr<byte_source> source_;
-  XML_ParserStruct* parser_;
+  std::unique_ptr<XML_ParserStruct, parser_end> parser_;
   std::vector<char> chunk_;           // bytes parsed last
   std::vector<char> previous_chunk_;  // those before
   std::size_t chunk_capacity_;
@@ -128,9 +157,15 @@ class token_stream {
   landmark previous_start_{0, 1, 1};
   std::vector<record> records_;
   std::vector<attribute_record> attributes_;
-  std::string arena_;
+  std::vector<char> arena_ = std::vector<char>(4096);  // texts of the records, up to arena_end_
+  std::size_t arena_end_ = 0;
   std::size_t next_ = 0;
-  token current_{};
+  bool follows_start_ = false;            // the last tag was a start
+  std::size_t start_record_ = no_record;  // its record, where that is in the chunk parsed last
+  // Blanks behind a tag, of which it is open whether they count.
+  std::array<blank_run, 4> blanks_{};
+  std::size_t blank_runs_ = 0;
+  std::uint64_t blanks_offset_ = 0;
   std::size_t depth_ = 0;
   bool ended_ = false;
   bool faulted_ = false;

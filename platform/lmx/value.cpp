@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <ostream>
 #include <string_view>
 
@@ -44,6 +45,40 @@ magnitude parse_integer(std::string_view text) {
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec == std::errc::result_out_of_range) value = UINT64_MAX;
   return {negative, value};
+}
+
+// The powers of ten, all of which a double holds exactly, as far as a short decimal has digits.
+constexpr std::size_t longest_short_decimal = 18;  // 16 digits, a sign and a point
+constexpr std::array<double, longest_short_decimal + 1> powers_of_ten = {
+    1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
+    1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
+
+// A number written without exponent and with so few digits that they make a whole number which a
+// double holds exactly. The quotient of two exact doubles is rounded once, to the double nearest to
+// the text: the same that from_chars and atof find. Nothing for any other text.
+std::optional<double> convert_short_decimal(std::string_view text) {
+  if (text.size() > longest_short_decimal) return std::nullopt;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  if (at != end && (*at == '-' || *at == '+')) ++at;
+  std::uint64_t digits = 0;
+  const auto take_digits = [&] {
+    const char* const first = at;
+    for (; at != end && is_digit(*at); ++at) {
+      digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+    }
+    return static_cast<std::size_t>(at - first);
+  };
+  const std::size_t whole = take_digits();
+  std::size_t fraction = 0;
+  if (at != end && *at == '.') {
+    ++at;
+    fraction = take_digits();
+  }
+  constexpr std::uint64_t exact_up_to = std::uint64_t{1} << 53;
+  if (at != end || whole + fraction == 0 || digits > exact_up_to) return std::nullopt;
+  const double value = static_cast<double>(digits) / powers_of_ten[fraction];
+  return text[0] == '-' ? -value : value;
 }
 
 // atof, with a dot for the decimal point whatever the locale; for the rare numbers that from_chars
@@ -87,6 +122,9 @@ std::string_view escape_of(char c) {
 }  // namespace
 
 void collapse(std::string& text) {
+  // Mostly there is nothing to do; blanks are among the characters up to ' '.
+  const auto may_be_blank = [](char c) { return static_cast<unsigned char>(c) <= ' '; };
+  if (std::none_of(text.begin(), text.end(), may_be_blank)) return;
   std::size_t kept = 0;
   for (const char c : text) {
     if (!is_blank(c)) {
@@ -164,6 +202,20 @@ double to_double(const std::string& text) {
   double value = 0;
   const auto result = std::from_chars(first, text.c_str() + text.size(), value);
   return result.ec == std::errc() ? value : convert_by_library(text);
+}
+
+std::optional<double> to_valid_double(const std::string& text) {
+  if (const auto value = convert_short_decimal(text)) return value;
+  // from_chars also takes "inf", "nan(1)" and the like; of what it takes whole, only the forms that
+  // XML Schema has too end so.
+  const char* const end = text.data() + text.size();
+  double value = 0;
+  const auto result = std::from_chars(text.data(), end, value);
+  if (result.ec == std::errc() && result.ptr == end && (is_digit(end[-1]) || end[-1] == '.')) {
+    return value;
+  }
+  if (!is_valid_float(text)) return std::nullopt;
+  return to_double(text);
 }
 
 bool to_bool(const std::string& text) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <optional>
 #include <string>
 
 #include "lmx/big_int.h"
@@ -39,7 +40,9 @@ std::int64_t to_int64(const std::string& text);
 std::uint64_t to_uint64(const std::string& text);
 std::uint8_t to_uint8(const std::string& text);  // low 8 bits of the number
 double to_double(const std::string& text);       // beyond the range: infinity or zero
-bool to_bool(const std::string& text);           // true for "true" and "1"
+// is_valid_float and to_double in one: nothing for a text that is not valid.
+std::optional<double> to_valid_double(const std::string& text);
+bool to_bool(const std::string& text);  // true for "true" and "1"
 
 // A value to be written as XML text: strings with markup, line breaks and tabs escaped, so that
 // they read back equal from an element and from an attribute; numbers as the shortest text that

@@ -199,6 +199,21 @@ TEST(Attributes, TellHowTheTagEnds) {
   }
 }
 
+TEST(Attributes, EndWithTheirTag) {
+  const std::string document = "<a x='1' y='2'><b/></a>";
+  c_xml_reader_memory reader(document.data(), document.size());
+  enter(reader);
+  elmx_error error{};
+  ASSERT_TRUE(reader.get_attribute_event(nullptr, &error, &reader.attribute_name));
+  EXPECT_TRUE(reader.skip_attribute_value());
+  reader.get_element_event(nullptr, &error, &reader.current_name);
+  std::string value = "none";
+  EXPECT_FALSE(reader.get_attribute_value(&value, whitespace_preserve)) << "of <a>";
+  EXPECT_FALSE(reader.skip_attribute_value());
+  EXPECT_FALSE(reader.get_attribute_event(nullptr, &error, &reader.attribute_name));
+  EXPECT_EQ(value, "none");
+}
+
 TEST(Attributes, HaveTheirValuesCollapsedWhereAsked) {
   const std::string document = "<a x=' 1  2 '/>";
   c_xml_reader_memory reader(document.data(), document.size());
@@ -244,6 +259,24 @@ TEST(SimpleValue, JoinsTextCdataReferencesAndAroundComments) {
   EXPECT_EQ(value.text, " x<y>&Az ");
   EXPECT_EQ(simple_value("<a> x \n y </a>", whitespace_collapse).text, "x y");
   EXPECT_EQ(simple_value("<a/>").text, "");
+}
+
+// Blanks between tags are skipped, but not those that are all of an element's content.
+TEST(SimpleValue, KeepsBlanksThatAreAllThereIs) {
+  for (const std::string blanks : {" ", "\n", "\n\t\t", "  \n \t\n  \n\t \n", "\t \t \t \t"}) {
+    EXPECT_EQ(simple_value("<a>" + blanks + "</a>").text, blanks);
+    EXPECT_EQ(simple_value("<a>" + blanks + "x\n</a>").text, blanks + "x\n");
+    EXPECT_EQ(simple_value("<a>\n<!-- no -->" + blanks + "</a>").text, '\n' + blanks);
+  }
+  EXPECT_EQ(simple_value("<a>&#9;&#13; </a>").text, "\t\r ");
+  const std::string document = "<a>\n  \n </a>";
+  for (std::size_t chunk = 1; chunk <= document.size(); ++chunk) {
+    c_xml_reader_memory reader(document.data(), document.size(), chunk);
+    enter(reader);
+    std::string value;
+    EXPECT_TRUE(reader.get_element_value(&value, whitespace_preserve, true));
+    EXPECT_EQ(value, "\n  \n ") << "chunks of " << chunk;
+  }
 }
 
 TEST(SimpleValue, ReplacesWhatThePlaceHeld) {
@@ -395,6 +428,18 @@ TEST(Diagnostic, NamesThePlaceWhereverChunksEnd) {
     if (chunk < 8) continue;  // a token longer than two chunks has no exact place
     EXPECT_EQ(fault.line, 3U) << "chunks of " << chunk;
     EXPECT_EQ(fault.column, 2U);
+  }
+}
+
+// The blanks before a stray text are quoted with it, whatever tag they follow.
+TEST(Diagnostic, QuotesStrayTextWithItsBlanks) {
+  for (const std::string tag : {"<b/>", "<b></b>", "<b>"}) {
+    const lmx::diagnostic fault = diagnose("<a>" + tag + "\n \t oops<c/>", 4096);
+    EXPECT_EQ(fault.code, error_unexpected_text);
+    EXPECT_EQ(fault.found, "the text \"\n \t oops\"");
+    EXPECT_EQ(fault.offset, 3 + tag.size() + 4) << "the text itself, behind \"\\n \\t \"";
+    EXPECT_EQ(fault.line, 2U);
+    EXPECT_EQ(fault.column, 4U);
   }
 }
 

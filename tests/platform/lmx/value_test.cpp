@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <random>
 #include <sstream>
 
 #include "lmx/list_tokeniser.h"
@@ -99,6 +100,69 @@ TEST(Conversions, AreTheLibrarysToTheBit) {
     const double expected = std::strtod(text, nullptr);
     const double value = to_double(text);
     EXPECT_EQ(std::memcmp(&value, &expected, sizeof value), 0) << text;
+  }
+}
+
+bool same_bits(double a, double b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+// Both in one must be the two one by one.
+TEST(ValidDouble, IsTheCheckAndTheConversion) {
+  for (const std::string text : {"0",
+                                 "-0",
+                                 "-0.000",
+                                 "+4.5",
+                                 "5.",
+                                 ".5",
+                                 "-.5",
+                                 "007",
+                                 "9007199254740992",
+                                 "9007199254740993",
+                                 "0.9007199254740993",
+                                 "9999999999999999999",
+                                 "99999999999999999999",
+                                 "0.0000000000000000001",
+                                 "0.00000000000000000001",
+                                 "1E+03",
+                                 "5.e1",
+                                 "+.5e-1",
+                                 "1e999",
+                                 "-1e999",
+                                 "1e-999",
+                                 "INF",
+                                 "-INF",
+                                 "4.9406564584124654E-324"}) {
+    const auto value = to_valid_double(text);
+    ASSERT_TRUE(value.has_value()) << text;
+    EXPECT_TRUE(is_valid_float(text)) << text;
+    EXPECT_TRUE(same_bits(*value, to_double(text))) << text;
+  }
+  EXPECT_TRUE(std::isnan(to_valid_double("NaN").value()));
+  for (const std::string text :
+       {"",     "+",     "-",   ".",   "-.",   "1..2",     "1.2.3",  "1e",
+        "1e+",  "+INF",  "nan", "inf", "-inf", "infinity", "nan(1)", "nan(1).",
+        "0x10", "0x1p3", "1,5", "1 2", " 1",   "1 ",       "+-1",    "--1"}) {
+    EXPECT_FALSE(to_valid_double(text).has_value()) << text;
+    EXPECT_FALSE(is_valid_float(text)) << text;
+  }
+}
+
+// Digits drawn at random, the point anywhere among them: short texts take the short way, longer
+// ones the library's. The library's own answer is the reference.
+TEST(ValidDouble, OfAnyDecimalIsTheLibrarysToTheBit) {
+  std::mt19937_64 random(20080310);
+  for (int i = 0; i < 200000; ++i) {
+    std::string text = random() % 2 == 0 ? "-" : "";
+    const auto size = 1 + random() % 21;
+    const auto point = random() % (size + 1);
+    for (std::size_t digit = 0; digit < size; ++digit) {
+      if (digit == point) text += '.';
+      text += static_cast<char>('0' + random() % 10);
+    }
+    const auto value = to_valid_double(text);
+    ASSERT_TRUE(value.has_value()) << text;
+    ASSERT_TRUE(same_bits(*value, std::strtod(text.c_str(), nullptr))) << text;
   }
 }
 
