@@ -1,0 +1,75 @@
+"""Includes run one way: each folder sees only what stands here for it.
+
+    includes_test.py ROOT
+"""
+import re
+import sys
+import unittest
+from pathlib import Path
+
+ROOT = Path(sys.argv[1])
+
+# What a folder's sources may include of the project, by the beginning of the include's path. Paths below
+# platform/ are included without that word.
+TOOLKIT = ("gridkit/", "handlepool/", "rmdllib/", "debug/")
+ALLOWED = {
+    "platform/lmx": ("lmx/",),
+    "platform/gridkit": ("gridkit/", "handlepool/handlepool.h"),
+    "platform/handlepool": ("handlepool/", "gridkit/export.h"),
+    "platform/debug": ("debug/", "gridkit/export.h"),
+    "platform/rmdllib": ("rmdllib/", "gridkit/"),
+    "binding": ("binding/", "lmx/"),
+    "schema": ("schema/", "level1bProduct/", "binding/", "lmx/"),
+    "record": ("record/", "binding/level1bProductBase.h", *TOOLKIT),
+    "geometry": ("geometry/", "record/", "binding/level1bProductBase.h", *TOOLKIT),
+    "image": ("image/", "record/", "binding/level1bProductBase.h", *TOOLKIT),
+    "plugin": ("plugin/", "image/", "geometry/", "record/", "binding/level1bProductBase.h", *TOOLKIT,
+               "lmx/error.h"),
+    # The simulator and the annotation's own tool work on the classes; the host's command line on products.
+    "tools/annotation": ("tools/annotation/", "plugin/schema_version.h", "plugin/required_texts.h",
+                         "binding/", "lmx/", "level1bProduct"),
+    "tools/simulate": ("tools/simulate/", "tools/annotation/", "plugin/schema_version.h", "binding/", "lmx/",
+                       "gridkit/", "rmdllib/vector3.h", "level1bProduct"),
+    "tools/gridkit": ("tools/gridkit/", "tools/annotation/", *TOOLKIT),
+}
+# The one source of the plug-in that names classes of the schema.
+EXCEPTIONS = {"plugin/document.cpp": ("level1bProduct",)}
+
+
+def includes(file):
+    return re.findall(r'^\s*#include "([^"]+)"', file.read_text(), re.M)
+
+
+class Includes(unittest.TestCase):
+    def test_run_one_way(self):
+        for folder, allowed in ALLOWED.items():
+            files = [f for f in sorted((ROOT / folder).glob("*")) if f.suffix in (".h", ".cpp", ".inc")]
+            self.assertTrue(files, folder)
+            for file in files:
+                name = str(file.relative_to(ROOT))
+                for path in includes(file):
+                    with self.subTest(file=name, include=path):
+                        self.assertTrue(path.startswith(allowed + EXCEPTIONS.get(name, ())))
+
+    def test_every_folder_of_sources_has_its_rule(self):
+        for top in ("platform", "tools"):
+            for folder in (ROOT / top).iterdir():
+                if folder.is_dir():
+                    self.assertIn(str(folder.relative_to(ROOT)), ALLOWED)
+
+    def test_libraries_stand_behind_their_folders(self):
+        behind = {"expat.h": "platform/lmx", "gdal": "platform/gridkit", "ogr": "platform/gridkit",
+                  "png.h": "platform/gridkit", "cpl_": "platform/gridkit"}
+        for folder in ALLOWED:
+            for file in (ROOT / folder).glob("*"):
+                if file.suffix not in (".h", ".cpp"):
+                    continue
+                for path in re.findall(r"^\s*#include <([^>]+)>", file.read_text(), re.M):
+                    for library, home in behind.items():
+                        if path.startswith(library):
+                            with self.subTest(file=str(file), include=path):
+                                self.assertEqual(folder, home)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
