@@ -55,7 +55,7 @@ void add(const std::string& name, const std::function<void(benchmark::State&)>& 
 std::string take_json_argument(int& argc, char** argv) {
   for (int i = 1; i + 1 < argc; ++i) {
     if (std::string(argv[i]) != "--json") continue;
-    const std::string file = argv[i + 1];
+    std::string file = argv[i + 1];
     std::move(argv + i + 2, argv + argc, argv + i);
     argc -= 2;
     return file;

@@ -83,7 +83,8 @@ void read_layer(TsxFile* file, const char* name) {
   std::int32_t out[6] = {};
   tsxLayerOpen(file, name, &out[0], &out[1], &out[2], &out[3], &out[4], &out[5], &layer);
   if (layer == nullptr) return;
-  std::vector<std::uint16_t> pixels(64 * 64);
+  constexpr std::size_t block_pixels = std::size_t{64} * 64;
+  std::vector<std::uint16_t> pixels(block_pixels);
   for (const std::int32_t row : {0, 1, 1000000, -1}) {
     void* block = pixels.data();
     const std::int32_t result = tsxLayerRasterRead(layer, row, 0, &block);

@@ -66,7 +66,8 @@ Motion OrbitTrack::at(double time) const {
   Vector3 slope;
   Vector3 half_curvature;
   for (std::size_t i = 2 * nodes - 1; i-- > 0;) {
-    const double distance = u - static_cast<double>(i / 2);
+    const std::size_t node = i / 2;
+    const double distance = u - static_cast<double>(node);
     half_curvature = slope + distance * half_curvature;
     slope = value + distance * slope;
     value = differences[i] + distance * value;
