@@ -4,14 +4,12 @@
 """
 import json
 import math
-import os
 import re
 import struct
 import sys
 import unittest
-from pathlib import Path
 
-from programs import ANNOTATION, FOLDER, GRIDKIT, SIMULATE, complaint, run, simulate, text
+from programs import ANNOTATION, FOLDER, GRIDKIT, SIMULATE, complaint, real_annotations, run, simulate, text
 
 LINES, SAMPLES = 300, 260
 
@@ -276,11 +274,8 @@ class Rewrite(unittest.TestCase):
 
 
 class RealAnnotations(unittest.TestCase):
-    """Annotations of real products, where some are at hand: TSX_REAL_ANNOTATIONS names their folder."""
-
     def test_bind_and_open_once_images_are_made(self):
-        folder = os.environ.get("TSX_REAL_ANNOTATIONS")
-        files = sorted(Path(folder).glob("*.xml")) if folder else []
+        files = real_annotations()
         if not files:
             self.skipTest("none at hand")
         for file in files:

@@ -3,13 +3,11 @@
     locate_test.py BUILD FOLDER
 """
 import json
-import os
 import re
 import sys
 import unittest
-from pathlib import Path
 
-from programs import FOLDER, GRIDKIT, SIMULATE, complaint, run, simulate, text
+from programs import FOLDER, GRIDKIT, SIMULATE, complaint, real_annotations, run, simulate, text
 
 
 def locate(annotation, *arguments):
@@ -116,11 +114,8 @@ class Refusals(unittest.TestCase):
 
 
 class RealAnnotations(unittest.TestCase):
-    """Annotations of real products, where some are at hand: TSX_REAL_ANNOTATIONS names their folder."""
-
     def test_corners_lie_within_two_metres_at_their_height(self):
-        folder = os.environ.get("TSX_REAL_ANNOTATIONS")
-        files = sorted(Path(folder).glob("*.xml")) if folder else []
+        files = real_annotations()
         if not files:
             self.skipTest("none at hand")
         for file in files:

@@ -1,4 +1,5 @@
 """The programs of a build and a folder to work in, as the tests' two arguments name them."""
+import os
 import shutil
 import subprocess
 import sys
@@ -34,3 +35,9 @@ def simulate(name, *options, lines=300, samples=260):
     shutil.rmtree(folder, ignore_errors=True)
     printed = text(SIMULATE, folder, "--lines", lines, "--samples", samples, *options)
     return Path(printed.strip())
+
+
+def real_annotations():
+    """Annotations of real products, where some are at hand: TSX_REAL_ANNOTATIONS names their folder."""
+    folder = os.environ.get("TSX_REAL_ANNOTATIONS")
+    return sorted(Path(folder).glob("*.xml")) if folder else []

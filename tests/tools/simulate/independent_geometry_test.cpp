@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/scene_sites.h"
 #include "tests/support/scratch_folder.h"
 #include "tools/simulate/product.h"
 
@@ -205,36 +206,7 @@ Seen look_at(const Annotation& annotation, const Vector& target) {
   return {before, 2 * norm(sight) / light};
 }
 
-struct Site {
-  const char* what;
-  double latitude;
-  double longitude;
-  simulate::Pass pass;
-  simulate::Look look;
-  const char* start;
-};
-
-void PrintTo(const Site& site, std::ostream* out) {
-  *out << site.what;
-}
-
-constexpr auto up = simulate::Pass::ascending;
-constexpr auto down = simulate::Pass::descending;
-constexpr auto right = simulate::Look::right;
-constexpr auto left = simulate::Look::left;
-
-constexpr Site sites[] = {
-    {"north", 48, 11, down, right, "2008-03-10T13:32:20"},
-    {"left", 48, 11, up, left, "2008-03-10T13:32:20"},
-    {"south", -33, 18, up, right, "2010-01-01T05:00:00"},
-    {"southleft", -33, 18, down, left, "2010-01-01T05:00:00"},
-    {"dateline", 10, 179.999, up, right, "2012-06-30T12:00:00"},
-    {"datelinewest", -10, -179.999, down, right, "2012-06-30T12:00:00"},
-    {"midnight", 60, 25, up, right, "2008-12-31T23:59:59.9"},
-    {"polar", 78, 15, up, right, "2008-07-01T00:00:00"},
-};
-
-class FoundAgain : public testing::TestWithParam<Site> {
+class FoundAgain : public testing::TestWithParam<SceneSite> {
  protected:
   // A stripmap scene of about that many metres both ways, with images that hold nothing.
   simulate::Options options(simulate::Variant variant, double extent) const {
@@ -373,7 +345,7 @@ TEST_P(FoundAgain, CornersAndCentreAreSeenAtTheAverageHeight) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sites, FoundAgain, testing::ValuesIn(sites),
+INSTANTIATE_TEST_SUITE_P(Sites, FoundAgain, testing::ValuesIn(scene_sites),
                          [](const auto& site) { return site.param.what; });
 
 }  // namespace
