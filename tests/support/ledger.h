@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 // What was handed out and has not come back, each thing with its kind and with what ends it. What
 // is left ends with the ledger.
@@ -35,9 +36,9 @@ class Ledger {
     return counts;
   }
 
+  // What ends a thing may strike it out.
   void clear() {
-    for (const auto& [object, thing] : lent_) thing.end(object);
-    lent_.clear();
+    for (const auto& [object, thing] : std::exchange(lent_, {})) thing.end(object);
   }
 
  private:
