@@ -164,8 +164,4 @@ TEST(HostFailureSweep, ReachesEveryOperationThatCanFail) {
   for (const auto& [operation, count] : calls) EXPECT_GT(count, 0) << operation;
 }
 
-TEST(HostFailureSweep, KnowsEveryOperationThatThePluginCalls) {
-  EXPECT_EQ(operations_called_by(TSX_PLUGIN), known_operations());
-}
-
 }  // namespace

@@ -84,10 +84,9 @@ inline std::set<std::string> known_operations() {
   return names;
 }
 
-// What a plug-in's binary asks of its host: its undefined symbols, less those of the language's and
-// the system's libraries, which carry a version or begin with an underscore, and of the XML parser.
-inline std::set<std::string> operations_called_by(const std::string& library) {
-  const std::string command = "nm -D --undefined-only '" + library + "'";
+// The names of C functions that a library needs ("undefined-only") or offers ("defined-only").
+inline std::set<std::string> dynamic_names(const std::string& library, const std::string& which) {
+  const std::string command = "nm -D --" + which + " '" + library + "'";
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(::popen(command.c_str(), "r"),
                                                              &::pclose);
   if (pipe == nullptr) throw std::runtime_error("cannot run " + command);
@@ -95,11 +94,19 @@ inline std::set<std::string> operations_called_by(const std::string& library) {
   std::array<char, 4096> line{};
   while (std::fgets(line.data(), line.size(), pipe.get()) != nullptr) {
     const std::string text = line.data();
-    const std::string name =
-        text.substr(text.rfind(' ') + 1, text.find('\n') - text.rfind(' ') - 1);
-    const bool foreign =
-        name.find('@') != std::string::npos || name[0] == '_' || name.starts_with("XML_");
-    if (!foreign) names.insert(name);
+    const std::string name = text.substr(text.rfind(' ') + 1);
+    if (name[0] != '_') names.insert(name.substr(0, name.find_first_of("@\n")));
+  }
+  return names;
+}
+
+// What a plug-in's binary asks of the host's library.
+inline std::set<std::string> operations_called_by(const std::string& plugin,
+                                                  const std::string& host) {
+  const std::set<std::string> offered = dynamic_names(host, "defined-only");
+  std::set<std::string> names;
+  for (const std::string& name : dynamic_names(plugin, "undefined-only")) {
+    if (offered.contains(name)) names.insert(name);
   }
   return names;
 }
