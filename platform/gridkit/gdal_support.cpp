@@ -1,6 +1,7 @@
 #include "gridkit/gdal_support.h"
 
 #include <mutex>
+#include <new>
 
 #include <cpl_error.h>
 #include <gdal.h>
@@ -10,9 +11,15 @@ namespace gridkit {
 
 namespace {
 
+// Called by the library, so nothing may be thrown.
 void CPL_STDCALL collect(CPLErr kind, CPLErrorNum, const char* message) {
   auto* first = static_cast<std::string*>(CPLGetErrorHandlerUserData());
-  if (kind >= CE_Failure && first->empty()) *first = message;
+  if (kind < CE_Failure || !first->empty()) return;
+  try {
+    *first = message;
+  } catch (const std::bad_alloc&) {
+    *first = "out of memory";  // short enough to need none
+  }
 }
 
 }  // namespace

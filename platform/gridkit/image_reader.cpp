@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "gridkit/preference.h"
+#include "gridkit/report.h"
 #include "gridkit/tail.h"
 
 namespace gridkit {
@@ -15,15 +16,29 @@ constexpr int most_tries = 8;
 constexpr const char* group = "import";
 constexpr const char* name = "default_block_size";
 
-// The block-size preference, put back at the end.
+[[noreturn]] void refuse_preference(gke_Report* failure) {
+  const std::string why = gke_ReportMessage(failure);
+  gke_DeleteErrorReportEx(&failure);
+  throw Error("the preferred block size cannot be changed: " + why);
+}
+
+// The block-size preference, put back at the end, for which no memory is needed.
 class BlockSizePreference {
  public:
-  BlockSizePreference() : before_(gkp_GetNumberPreference(group, name, unset, nullptr)) {}
+  BlockSizePreference() {
+    gke_Report* failure = nullptr;
+    before_ = gkp_GetNumberPreference(group, name, unset, &failure);
+    if (failure != nullptr) refuse_preference(failure);
+  }
   BlockSizePreference(const BlockSizePreference&) = delete;
   BlockSizePreference& operator=(const BlockSizePreference&) = delete;
   ~BlockSizePreference() { restore(); }
 
-  void set(std::int32_t size) { gkp_SetNumberPreference(group, name, size, nullptr); }
+  void set(std::int32_t size) {
+    gke_Report* failure = nullptr;
+    gkp_SetNumberPreference(group, name, size, &failure);
+    if (failure != nullptr) refuse_preference(failure);
+  }
   void restore() {
     if (before_ == unset) {
       gkp_ClearNumberPreference(group, name);
@@ -34,7 +49,7 @@ class BlockSizePreference {
 
  private:
   static constexpr double unset = std::numeric_limits<double>::lowest();
-  double before_;
+  double before_ = unset;
 };
 
 void check(const Layer& layer, const Window& window) {

@@ -20,6 +20,11 @@ namespace {
 
 using gridkit::dataset;
 
+struct list_deleter {
+  void operator()(gks_StringList* list) const { gks_StringListDelete(list, nullptr); }
+};
+using string_list = std::unique_ptr<gks_StringList, list_deleter>;
+
 // Opens a GeoTIFF by itself: files that lie beside it have no say in its pixels nor
 // in where they lie.
 dataset open_geotiff(const char* path) {
@@ -143,20 +148,21 @@ gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance* token, gke_Rep
     gridkit::fail(err, word, {path, ": ", messages.first_or("not a GeoTIFF file")});
     return nullptr;
   }
-  gks_StringList* names = nullptr;
+  string_list names;
   const int bands = GDALGetRasterCount(file.get());
   for (int band = 1; band <= bands; ++band) {
     const std::string name = std::to_string(band) + ':' + path;
     gke_Report* failed = nullptr;
-    names = gks_StringListAppend(names, name.c_str(), &failed);
+    gks_StringList* const longer = gks_StringListAppend(names.get(), name.c_str(), &failed);
+    static_cast<void>(names.release());
+    names.reset(longer);
     if (failed == nullptr) continue;
     if (err != nullptr) *err = failed;
     if (err == nullptr) gke_DeleteErrorReportEx(&failed);
-    gks_StringListDelete(names, nullptr);
     return nullptr;
   }
   if (names == nullptr) gridkit::fail(err, word, {path, ": the file holds no image"});
-  return names;
+  return names.release();
 } catch (const std::bad_alloc&) {
   gridkit::fail(err, "gkl_LayerGetNames", {"out of memory"});
   return nullptr;

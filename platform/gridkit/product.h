@@ -92,7 +92,7 @@ class GRIDKIT_API Product {
   // Names of the layers. Throws Error.
   std::vector<std::string> layer_names() const;
 
-  // Names of the data beside the pixels; none when the plug-in has none to list.
+  // Names of the data beside the pixels; none when the plug-in has none to list. Throws Error.
   std::vector<std::string> data_names() const;
 
   // Data by name; nothing when the plug-in does not know the name. Throws Error.
