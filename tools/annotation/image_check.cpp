@@ -60,8 +60,8 @@ class Checker {
     const std::uint64_t bytes = fs::file_size(image.file, failed);
     if (failed) return refuse(failed.message());
     if (bytes == 0) return refuse("an empty file");
-    check_size(image, static_cast<std::int64_t>(bytes));
     const std::string facts = is_complex() ? check_complex(bytes) : check_detected(bytes);
+    check_size(image, static_cast<std::int64_t>(bytes));
     return facts.empty() ? facts : facts + ", " + in_bytes(static_cast<std::int64_t>(bytes));
   }
 
