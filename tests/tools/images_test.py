@@ -450,6 +450,15 @@ class Warnings(unittest.TestCase):
                          run(GRIDKIT, "info", product).stderr.decode())
 
 
+class MadeImages(unittest.TestCase):
+    def test_images_made_for_an_annotation_have_its_sizes(self):
+        for variant, ending in (("SSC", ".cos"), ("MGD", ".tif")):
+            product = simulate("made", "--variant", variant)
+            image_of(product, ending).unlink()
+            run(SIMULATE, "--images-for", product)
+            self.assertEqual([], findings(product, status=0))
+
+
 class RealAnnotations(unittest.TestCase):
     def test_pass_once_images_are_made(self):
         files = real_annotations()

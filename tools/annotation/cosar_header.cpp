@@ -25,7 +25,7 @@ std::uint32_t word(const Bytes& bytes, std::size_t index) {
 std::size_t read_at(std::istream& file, std::uint64_t offset, Bytes& bytes) {
   file.clear();
   file.seekg(static_cast<std::streamoff>(offset));
-  file.read(bytes.data(), bytes.size());
+  file.read(bytes.data(), std::streamsize{header_bytes});
   return static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0));
 }
 

@@ -36,7 +36,7 @@ std::string size_text(std::int64_t width, std::int64_t height) {
 }
 
 std::string samples_text(gridkit::SampleKind kind, int bits) {
-  const std::string depth = std::to_string(bits) + " bits";
+  std::string depth = std::to_string(bits) + " bits";
   switch (kind) {
     case gridkit::SampleKind::unsigned_integer:
       return depth;
