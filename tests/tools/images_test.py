@@ -90,6 +90,13 @@ class AnyFile(unittest.TestCase):
         self.assertEqual(1, len(done.stdout.splitlines()), "no image was compared")
         self.refused("no such file")
 
+    def test_a_name_of_several_lines_is_told_in_one(self):
+        name = self.image.name
+        self.product.write_text(self.product.read_text().replace(name, "a&#10;b&#9;"))
+        done = run(ANNOTATION, "check", "--images", self.product, status=1)
+        self.assertEqual(f"tsx-annotation: {self.image.parent}/a?b?: file: found no such file, the annotation says "
+                         f"a COSAR image of {SAMPLES} x {LINES}\n", done.stderr.decode())
+
     def test_an_empty_file_is_told(self):
         self.image.write_bytes(b"")
         self.refused("an empty file")

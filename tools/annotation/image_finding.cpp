@@ -1,5 +1,8 @@
 #include "tools/annotation/image_finding.h"
 
+#include <algorithm>
+#include <cctype>
+
 std::string_view name_of(ImageFinding::Authority authority) {
   switch (authority) {
     case ImageFinding::Authority::annotation:
@@ -12,9 +15,14 @@ std::string_view name_of(ImageFinding::Authority authority) {
   return "";
 }
 
-std::string ImageFinding::text() const {
+std::string ImageFinding::line() const {
   const std::string article =
       authority == ImageFinding::Authority::header ? "the file's own " : "the ";
-  return what + ": found " + found + ", " + article + std::string(name_of(authority)) + " says " +
-         expected;
+  std::string text = path + ": " + what + ": found " + found + ", " + article;
+  text += name_of(authority);
+  text += " says " + expected;
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; }, '?');
+  return text;
 }

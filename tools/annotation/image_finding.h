@@ -17,8 +17,9 @@ struct ImageFinding {
   // The pixels would be wrong, incomplete or misplaced; otherwise something worth a look.
   bool serious = true;
 
-  // "WHAT: found FOUND, the annotation says EXPECTED", or "the file's own header" or "the format".
-  std::string text() const;
+  // One line: "PATH: WHAT: found FOUND, the annotation says EXPECTED", or "the file's own header"
+  // or "the format". Control characters, which names in an annotation may hold, are told as "?".
+  std::string line() const;
 };
 
 // "annotation", "header" or "format".

@@ -77,8 +77,8 @@ bool check_its_images(const CheckResult& valid, bool as_text, nlohmann::ordered_
   const auto check = check_images(valid.file, valid.schema);
   if (!check) throw std::runtime_error(valid.file + ": changed while it was read");
   for (const ImageFinding& finding : check->findings) {
-    std::cerr << "tsx-annotation: " << (finding.serious ? "" : "warning: ") << finding.path << ": "
-              << finding.text() << '\n';
+    std::cerr << "tsx-annotation: " << (finding.serious ? "" : "warning: ") << finding.line()
+              << '\n';
   }
   json["images"] = images_as_json(check->images);
   json["findings"] = findings_as_json(check->findings);

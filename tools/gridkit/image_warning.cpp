@@ -12,7 +12,7 @@ void warn_about_images(const std::string& annotation) {
   const auto serious = std::find_if(findings.begin(), findings.end(),
                                     [](const ImageFinding& finding) { return finding.serious; });
   const ImageFinding& gravest = serious == findings.end() ? findings.front() : *serious;
-  std::cerr << "gridkit: warning: " << gravest.path << ": " << gravest.text();
+  std::cerr << "gridkit: warning: " << gravest.line();
   if (findings.size() > 1) std::cerr << "; and " << findings.size() - 1 << " more";
   std::cerr << "; see `tsx-annotation check --images`\n";
 }
