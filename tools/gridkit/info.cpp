@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tools/gridkit/commands.h"
+#include "tools/gridkit/image_warning.h"
 
 namespace {
 
@@ -68,6 +69,7 @@ struct Request {
 
 int show(const Host& host, const Request& request) {
   const gridkit::Product product = host.open(request.path);
+  warn_about_images(product.path());
   if (request.as_json) {
     print_as_json(product);
   } else {

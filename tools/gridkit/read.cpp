@@ -12,6 +12,7 @@
 #include "gridkit/image_reader.h"
 #include "gridkit/raster_writer.h"
 #include "tools/gridkit/commands.h"
+#include "tools/gridkit/image_warning.h"
 
 namespace {
 
@@ -119,6 +120,7 @@ std::string metadata_as_text(std::int32_t column, std::int32_t line) {
 // and named in the file's metadata.
 int read_image(const Host& host, const ReadRequest& request) {
   const gridkit::Product product = host.open(request.path);
+  warn_about_images(product.path());
   gridkit::Window window;
   gridkit::RasterOptions options;
   {
@@ -159,6 +161,7 @@ int read_image(const Host& host, const ReadRequest& request) {
 // One block as raw 16-bit pixels in host order; status 3 where the plug-in has no data for it.
 int read_raw_block(const Host& host, const ReadRequest& request) {
   const gridkit::Product product = host.open(request.path);
+  warn_about_images(product.path());
   const gridkit::Layer layer = product.open_layer(request.layer);
   std::vector<std::uint16_t> pixels;
   if (!layer.read_block(request.block[0], request.block[1], pixels)) return no_data;
