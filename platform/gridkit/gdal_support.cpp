@@ -22,6 +22,12 @@ void register_geotiff() {
   std::call_once(once, GDALRegister_GTiff);
 }
 
+void register_cog() {
+  static std::once_flag once;
+  register_geotiff();
+  std::call_once(once, GDALRegister_COG);
+}
+
 gdal_messages::gdal_messages() {
   CPLPushErrorHandlerEx(collect, &first_);
 }

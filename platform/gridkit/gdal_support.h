@@ -4,8 +4,11 @@
 
 namespace gridkit {
 
-// Registers GDAL's GeoTIFF driver, and no other, once for the process.
+// Registers GDAL's GeoTIFF driver once for the process.
 void register_geotiff();
+
+// Registers the driver that writes Cloud-Optimised GeoTIFF too, once for the process.
+void register_cog();
 
 // While it lives, GDAL's error messages of this thread are collected instead of printed.
 class gdal_messages {

@@ -74,7 +74,7 @@ int show(const Host& host, const Request& request) {
 void add_data(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand("data", "Show the data beside the pixels, decoded");
-  command->add_option("ANNOTATION", request->path, "The product's annotation")->required();
+  command->add_option("PRODUCT", request->path, product_help)->required();
   command->add_option("NAME", request->name, "The data's name, as `info` shows it")->required();
   command->add_flag("--json", request->as_json, "As JSON on standard output");
   command->callback([request, &chosen] {
