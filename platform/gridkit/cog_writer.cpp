@@ -14,7 +14,10 @@ namespace gridkit {
 namespace {
 
 struct closer {
-  void operator()(void* dataset) const { GDALClose(dataset); }
+  void operator()(void* dataset) const {
+    const gdal_messages unheard;
+    GDALClose(dataset);
+  }
 };
 using dataset = std::unique_ptr<void, closer>;
 
@@ -60,6 +63,7 @@ class CogWriter final : public RasterWriter {
     register_cog();
     RasterOptions of_draft = options;
     of_draft.existing = Existing::replace;
+    of_draft.shown_path = path;
     writer_ = create_geotiff(draft_.path(), width, height, of_draft);
   }
 
@@ -87,15 +91,15 @@ class CogWriter final : public RasterWriter {
     dataset copy(GDALCreateCopy(GDALGetDriverByName("COG"), file_.path().c_str(), draft.get(),
                                 FALSE, settings.List(),
                                 progress_ ? &tell_progress : &GDALDummyProgress, &progress_));
-    const bool made = copy != nullptr;
-    copy.reset();
-    if (!made || !messages.first_or("").empty()) refuse(messages);
+    if (copy == nullptr) refuse(messages);
+    GDALClose(copy.release());
+    if (messages.any()) refuse(messages);
     file_.complete();
   }
 
  private:
   [[noreturn]] void refuse(const gdal_messages& messages) {
-    throw Error(target_ + ": cannot be written: " + messages.first_or("unknown reason"));
+    throw Error(target_ + ": cannot be written: " + messages.reason());
   }
 
   PartialFile file_;

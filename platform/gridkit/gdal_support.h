@@ -21,8 +21,16 @@ class gdal_messages {
   // The first error since construction, or `otherwise`.
   std::string first_or(const char* otherwise) const;
 
+  bool any() const { return !first_.empty(); }
+
+  // The first error, in plain words where the operating system refused to write.
+  std::string reason() const;
+
  private:
+  static void collect(int kind, int number, const char* message);
+
   std::string first_;
+  int os_error_ = 0;  // the system's last error when the first came
 };
 
 }  // namespace gridkit

@@ -31,8 +31,12 @@ GDALDataType gdal_type(SampleType type) {
 
 constexpr std::int32_t lines_in_memory = 64;  // the library would keep a part of all memory
 
+// Gives a file up: what goes wrong then concerns nobody.
 struct closer {
-  void operator()(void* dataset) const { GDALClose(dataset); }
+  void operator()(void* dataset) const {
+    const gdal_messages unheard;
+    GDALClose(dataset);
+  }
 };
 
 class GeoTiffWriter final : public RasterWriter {
@@ -41,7 +45,7 @@ class GeoTiffWriter final : public RasterWriter {
                 const RasterOptions& options)
       : lines_(path, width, height, sample_size(options.type)),
         file_(path, options.existing),
-        target_(path),
+        target_(options.shown_path.empty() ? path : options.shown_path),
         type_(gdal_type(options.type)) {
     register_geotiff();
     const gdal_messages messages;
@@ -66,7 +70,8 @@ class GeoTiffWriter final : public RasterWriter {
     if (lines_.next_line() / lines_in_memory != first / lines_in_memory) {
       written = GDALFlushRasterCache(band()) == CE_None && written;
     }
-    if (!written) refuse("cannot be written", messages);
+    // A line that was put off earlier may be what fails now.
+    if (!written || messages.any()) refuse("cannot be written", messages);
   }
 
   void add_metadata(const std::string& key, const std::string& value) override {
@@ -78,8 +83,8 @@ class GeoTiffWriter final : public RasterWriter {
 
   void finish() override {
     const gdal_messages messages;
-    dataset_.reset();
-    if (!messages.first_or("").empty()) refuse("cannot be written", messages);
+    GDALClose(dataset_.release());
+    if (messages.any()) refuse("cannot be written", messages);
     file_.complete();
   }
 
@@ -87,7 +92,7 @@ class GeoTiffWriter final : public RasterWriter {
   GDALRasterBandH band() const { return GDALGetRasterBand(dataset_.get(), 1); }
 
   [[noreturn]] void refuse(const char* what, const gdal_messages& messages) {
-    throw Error(target_ + ": " + what + ": " + messages.first_or("unknown reason"));
+    throw Error(target_ + ": " + what + ": " + messages.reason());
   }
 
   void describe(const RasterOptions& options, const gdal_messages& messages) {

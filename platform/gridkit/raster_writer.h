@@ -47,11 +47,12 @@ enum class Overview { nearest, average, root_mean_square };
 struct RasterOptions {
   SampleType type = SampleType::u16;
   Existing existing = Existing::replace;
-  std::string band_name;                       // of GeoTIFF and ENVI files; empty: none
-  std::string unit;                            // the same
-  std::optional<Georeference> georeference{};    // the same
+  std::string shown_path{};                    // how messages call a GeoTIFF; empty: by its path
+  std::string band_name{};                     // of GeoTIFF and ENVI files; empty: none
+  std::string unit{};                          // the same
+  std::optional<Georeference> georeference{};  // the same
   std::vector<ControlPoint> control_points{};  // GeoTIFF only; not beside a georeference
-  std::optional<double> no_data{};               // GeoTIFF and ENVI
+  std::optional<double> no_data{};             // GeoTIFF and ENVI
   bool sparse = false;  // GeoTIFF only: lines never written take no room and read as zeros
   Overview overview = Overview::average;  // Cloud-Optimised GeoTIFF only
   // Cloud-Optimised GeoTIFF only: called in finish() with the share of its work that is done, 0

@@ -66,8 +66,18 @@ std::string in_metres(double value) {
   return text.str();
 }
 
-std::string map_as_text(const gridkit::MapInfo& map) {
-  return map.projection + ", upper left " + in_metres(map.upper_left[0]) + ", " +
+// "UTM zone 32N, WGS 84", or the projection's name alone where it is no UTM.
+std::string projection_as_text(const gridkit::Layer& layer, const gridkit::MapInfo& map) try {
+  const auto projection = layer.map_projection();
+  if (!projection || projection->name != "UTM") return map.projection;
+  return map.projection + " zone " + projection->value(4).value_or("") +
+         projection->value(5).value_or("") + ", " + projection->value(2).value_or("");
+} catch (const gridkit::Error&) {
+  return map.projection;  // one that has no parameters to tell is shown all the same
+}
+
+std::string map_as_text(const gridkit::Layer& layer, const gridkit::MapInfo& map) {
+  return projection_as_text(layer, map) + ", upper left " + in_metres(map.upper_left[0]) + ", " +
          in_metres(map.upper_left[1]) + ", pixels of " + in_metres(map.pixel_size[0]) + " x " +
          in_metres(map.pixel_size[1]) + ' ' + map.units;
 }
@@ -90,7 +100,8 @@ void print_as_text(const gridkit::Product& product) {
     std::cout << "  " << std::left << std::setw(22) << name << ' ' << std::right << std::setw(6)
               << layer.width() << " x " << std::left << std::setw(6) << layer.height() << "  "
               << type_as_text(layer.pixel_type()) << '\n';
-    if (const auto own = layer.map_info()) std::cout << "    map: " << map_as_text(*own) << '\n';
+    if (const auto own = layer.map_info())
+      std::cout << "    map: " << map_as_text(layer, *own) << '\n';
   }
   const auto data = product.data_names();
   if (!data.empty()) std::cout << on_output("data", Style::bold) << '\n';

@@ -57,6 +57,16 @@ std::string readable(const lmx::c_datetime& time) {
   return text;
 }
 
+// From start to stop, the date once where they share it.
+template <class Scene>
+std::string interval(const Scene& scene) {
+  const std::string start = readable(scene.get_start().get_timeUTC());
+  const std::string stop = readable(scene.get_stop().get_timeUTC());
+  const std::size_t date = start.find(' ');
+  const bool same_day = date != std::string::npos && stop.compare(0, date, start, 0, date) == 0;
+  return start + " to " + (same_day ? stop.substr(date + 1) : stop);
+}
+
 template <class Place>
 std::string place(const Place& at) {
   return format("%.4f%c %.4f%c", std::abs(static_cast<double>(at.get_lat())),
@@ -155,8 +165,7 @@ std::string spacing_row(const Product& product) {
         format("%.3f x %.3f m", static_cast<double>(raster.get_columnSpacing().get_columnSpacing()),
                static_cast<double>(raster.get_rowSpacing().get_rowSpacing()));
   }
-  return text + format("; resolution %.2f m azimuth, %.2f m ground range",
-                       raster.get_azimuthResolution(), raster.get_groundRangeResolution());
+  return text;
 }
 
 template <class Product>
@@ -169,8 +178,7 @@ std::vector<SummaryRow> rows_of(const Product& product) {
       {"mode", mode_row(product)},
       {"polarisation", polarisation_row(product)},
       {"satellite", orbit_row(product)},
-      {"time", readable(scene.get_start().get_timeUTC()) + " to " +
-                   readable(scene.get_stop().get_timeUTC()) + " UTC"},
+      {"time", interval(scene) + " UTC"},
       {"centre",
        place(centre) + format(", %.0f m above the ellipsoid, incidence %.2f degrees",
                               scene.get_sceneAverageHeight(), centre.get_incidenceAngle())}};
@@ -181,6 +189,9 @@ std::vector<SummaryRow> rows_of(const Product& product) {
       {"size", format("%d columns x %d lines", static_cast<int>(raster.get_numberOfColumns()),
                       static_cast<int>(raster.get_numberOfRows()))});
   rows.push_back({"spacing", spacing_row(product)});
+  rows.push_back(
+      {"resolution", format("%.2f m azimuth, %.2f m ground range", raster.get_azimuthResolution(),
+                            raster.get_groundRangeResolution())});
   return rows;
 }
 
