@@ -56,7 +56,7 @@ class CogWriter final : public RasterWriter {
   CogWriter(const std::string& path, std::int32_t width, std::int32_t height,
             const RasterOptions& options)
       : file_(path, options.existing),
-        draft_(path),
+        draft_(std::make_unique<PartialFile>(path)),
         target_(path),
         overview_(options.overview),
         progress_(options.progress) {
@@ -64,7 +64,7 @@ class CogWriter final : public RasterWriter {
     RasterOptions of_draft = options;
     of_draft.existing = Existing::replace;
     of_draft.shown_path = path;
-    writer_ = create_geotiff(draft_.path(), width, height, of_draft);
+    writer_ = create_geotiff(draft_->path(), width, height, of_draft);
   }
 
   void write_lines(std::span<const std::byte> samples, std::int32_t lines) override {
@@ -77,10 +77,17 @@ class CogWriter final : public RasterWriter {
 
   void finish() override {
     writer_->finish();
+    copy_draft();
+    draft_.reset();
+    file_.complete();
+  }
+
+ private:
+  void copy_draft() {
     const gdal_messages messages;
     const block_cache_limit limit;
     const char* const drivers[] = {"GTiff", nullptr};
-    const dataset draft(GDALOpenEx(draft_.path().c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY,
+    const dataset draft(GDALOpenEx(draft_->path().c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY,
                                    drivers, nullptr, nullptr));
     if (draft == nullptr) refuse(messages);
     CPLStringList settings;
@@ -94,16 +101,14 @@ class CogWriter final : public RasterWriter {
     if (copy == nullptr) refuse(messages);
     GDALClose(copy.release());
     if (messages.any()) refuse(messages);
-    file_.complete();
   }
 
- private:
   [[noreturn]] void refuse(const gdal_messages& messages) {
     throw Error(target_ + ": cannot be written: " + messages.reason());
   }
 
   PartialFile file_;
-  PartialFile draft_;  // never completed: it goes with the writer
+  std::unique_ptr<PartialFile> draft_;  // never completed: it goes when the copy is made
   std::string target_;
   Overview overview_;
   std::function<bool(double)> progress_;

@@ -27,8 +27,7 @@ constexpr mode_t readable_by_umask = 0666;
 // The file that the target stands for, checked to be none or a regular file.
 fs::path resolve(const std::string& target, Existing existing) {
   std::error_code failed;
-  const fs::path path =
-      fs::is_symlink(target, failed) ? fs::canonical(target, failed) : fs::path(target);
+  fs::path path = fs::is_symlink(target, failed) ? fs::canonical(target, failed) : fs::path(target);
   if (failed && failed != std::errc::no_such_file_or_directory) {
     refuse(target, os_error_in_words(failed.value()));
   }

@@ -15,6 +15,16 @@
 namespace {
 
 using json = nlohmann::ordered_json;
+
+constexpr const char* footer =
+    R"(Lines and samples count from 0, and whole numbers are centres of pixels. Places are latitude and
+longitude in degrees on WGS 84, heights metres above the ellipsoid.
+
+Examples:
+  gridkit locate PRODUCT 1200 340
+  gridkit locate PRODUCT 1200 340 --height 512
+  gridkit locate PRODUCT --ground 48.08 11.28 600
+  gridkit locate PRODUCT --check)";
 using rmdllib::Geodetic;
 using rmdllib::Pixel;
 
@@ -152,6 +162,7 @@ void add_locate(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand(
       "locate", "Where a pixel lies on Earth, or a place in the image: by the published model");
+  command->footer(footer);
   command->add_option("PRODUCT", request->path, product_help)->required();
   auto* line = command->add_option("LINE", request->line, "Line from 0; whole numbers are centres");
   auto* sample = command->add_option("SAMPLE", request->sample, "Sample from 0");

@@ -161,10 +161,12 @@ TEST_F(Writer, TwoMayWriteTheSameFileSideBySide) {
 TEST_F(Writer, ACogIsGivenUpWhenItsProgressIsRefused) {
   gridkit::RasterOptions options;
   int calls = 0;
-  options.progress = [&](double) { return ++calls < 2; };
+  options.progress = [&](double) { return ++calls < 3; };
   {
-    const auto writer = gridkit::create_cog((folder / "x").string(), 3, 1, options);
-    writer->write_lines(line(), 1);
+    // Some tiles, so that there is progress to tell.
+    const auto writer = gridkit::create_cog((folder / "x").string(), 3000, 1000, options);
+    const std::vector<std::byte> lines(2 * 3000 * 1000);
+    writer->write_lines(lines, 1000);
     EXPECT_THROW(writer->finish(), gridkit::Error);
   }
   EXPECT_GT(calls, 1);
