@@ -52,22 +52,6 @@ class BlockSizePreference {
   double before_ = unset;
 };
 
-void check(const Layer& layer, const Window& window) {
-  const bool inside = window.column >= 0 && window.line >= 0 && window.width > 0 &&
-                      window.height > 0 && window.width <= layer.width() - window.column &&
-                      window.height <= layer.height() - window.line;
-  if (!inside) {
-    throw Error("the window " + std::to_string(window.width) + " x " +
-                std::to_string(window.height) + " at column " + std::to_string(window.column) +
-                ", line " + std::to_string(window.line) + " does not lie in the image of " +
-                std::to_string(layer.width()) + " x " + std::to_string(layer.height()));
-  }
-  if (layer.block_width() < 1 || layer.block_width() != layer.block_height()) {
-    throw Error(layer.name() + ": blocks of " + std::to_string(layer.block_width()) + " x " +
-                std::to_string(layer.block_height()) + " pixels cannot be read");
-  }
-}
-
 // Reads one row of blocks into whole lines of the window; false when a block did not come.
 bool read_block_row(const Layer& layer, const Window& window, std::int32_t row,
                     std::vector<std::uint16_t>& block, std::vector<std::uint16_t>& lines) {
@@ -108,18 +92,62 @@ void read_tail(const Layer& layer, Tail& tail, std::vector<std::uint16_t>& block
 
 // Lines so far above the bottom that they are not held for another attempt.
 std::vector<LineRange> give_up_lines(const Window& window, std::int32_t first, std::int32_t last,
-                                     const LineSink& sink) {
+                                     const MarkedLineSink& sink) {
   const std::vector<std::uint16_t> empty(static_cast<std::size_t>(window.width), 0);
-  for (std::int32_t line = first; line <= last; ++line) sink(empty, 1);
+  for (std::int32_t line = first; line <= last; ++line) sink(empty, 1, false);
   return first <= last ? std::vector<LineRange>{{first, last}} : std::vector<LineRange>{};
+}
+
+// Hands the tail on in runs of lines that are complete or are not.
+void hand_on(const Tail& tail, const Window& window, const std::vector<LineRange>& missing,
+             const MarkedLineSink& sink) {
+  std::span<const std::uint16_t> pixels = tail.pixels();
+  const auto hand = [&](std::int32_t lines, bool complete) {
+    if (lines == 0) return;
+    const auto count = static_cast<std::size_t>(lines) * static_cast<std::size_t>(window.width);
+    sink(pixels.first(count), lines, complete);
+    pixels = pixels.subspan(count);
+  };
+  const std::int32_t end = window.line + window.height;
+  std::int32_t next = end - tail.lines();
+  for (const LineRange& range : missing) {
+    hand(range.first - next, true);
+    hand(range.last + 1 - range.first, false);
+    next = range.last + 1;
+  }
+  hand(end - next, true);
 }
 
 }  // namespace
 
+void check_window(const Layer& layer, const Window& window) {
+  const bool inside = window.column >= 0 && window.line >= 0 && window.width > 0 &&
+                      window.height > 0 && window.width <= layer.width() - window.column &&
+                      window.height <= layer.height() - window.line;
+  if (!inside) {
+    throw Error("the window " + std::to_string(window.width) + " x " +
+                std::to_string(window.height) + " at column " + std::to_string(window.column) +
+                ", line " + std::to_string(window.line) + " does not lie in the image of " +
+                std::to_string(layer.width()) + " x " + std::to_string(layer.height()));
+  }
+  if (layer.block_width() < 1 || layer.block_width() != layer.block_height()) {
+    throw Error(layer.name() + ": blocks of " + std::to_string(layer.block_width()) + " x " +
+                std::to_string(layer.block_height()) + " pixels cannot be read");
+  }
+}
+
 std::vector<LineRange> read_window(const Product& product, const std::string& layer_name,
                                    const Window& window, const LineSink& sink) {
+  return read_window(product, layer_name, window,
+                     [&](std::span<const std::uint16_t> pixels, std::int32_t lines, bool) {
+                       sink(pixels, lines);
+                     });
+}
+
+std::vector<LineRange> read_window(const Product& product, const std::string& layer_name,
+                                   const Window& window, const MarkedLineSink& sink) {
   Layer layer = product.open_layer(layer_name);
-  check(layer, window);
+  check_window(layer, window);
   std::vector<std::uint16_t> block;
   std::vector<std::uint16_t> lines;
   const std::int32_t size = layer.block_width();
@@ -127,7 +155,7 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
   std::int32_t next = window.line;
   while (next < end && read_block_row(layer, window, next / size, block, lines)) {
     const std::int32_t until = std::min((next / size + 1) * size, end);
-    sink(lines, until - next);
+    sink(lines, until - next, true);
     next = until;
   }
   if (next == end) return {};
@@ -148,8 +176,8 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
   // The block size belongs to the product, so the preferred one is put back for its other layers.
   preference.restore();
   layer = product.open_layer(layer_name);
-  sink(tail.pixels(), tail.lines());
   const std::vector<LineRange> left = tail.missing();
+  hand_on(tail, window, left, sink);
   missing.insert(missing.end(), left.begin(), left.end());
   return missing;
 }

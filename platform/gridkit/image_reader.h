@@ -19,6 +19,10 @@ struct Window {
   std::int32_t height = 0;
 };
 
+// Throws Error for a window that does not lie in the layer's image, and for a layer whose blocks
+// cannot be read in windows.
+GRIDKIT_API void check_window(const Layer& layer, const Window& window);
+
 // Lines of the image, both ends included.
 struct LineRange {
   std::int32_t first;
@@ -27,6 +31,10 @@ struct LineRange {
 
 // Takes whole lines of a window, in order: [lines][window width] pixels.
 using LineSink = std::function<void(std::span<const std::uint16_t> pixels, std::int32_t lines)>;
+
+// The same, and whether all pixels of these lines came.
+using MarkedLineSink =
+    std::function<void(std::span<const std::uint16_t> pixels, std::int32_t lines, bool complete)>;
 
 // Reads a window of a layer, row of blocks by row of blocks, and hands its lines to the sink.
 //
@@ -41,6 +49,8 @@ using LineSink = std::function<void(std::span<const std::uint16_t> pixels, std::
 // outside the image or a failing read.
 GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std::string& layer,
                                                const Window& window, const LineSink& sink);
+GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std::string& layer,
+                                               const Window& window, const MarkedLineSink& sink);
 
 inline constexpr std::int32_t longest_tail = 4096;
 inline constexpr std::int32_t largest_block = 4096;

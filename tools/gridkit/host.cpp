@@ -6,6 +6,7 @@
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
 #include "tools/annotation/check.h"
+#include "tools/gridkit/product_path.h"
 
 namespace {
 
@@ -47,13 +48,8 @@ Host::Host(const HostOptions& options) {
   throw gridkit::Error(message);
 }
 
-gridkit::Product Host::open(const std::string& path) const {
-  std::error_code failed;
-  const auto status = std::filesystem::status(path, failed);
-  if (!std::filesystem::exists(status)) throw gridkit::Error(path + ": no such file");
-  if (!std::filesystem::is_regular_file(status)) {
-    throw gridkit::Error(path + ": not a regular file; give a product's annotation (TSX1*.xml)");
-  }
+gridkit::Product Host::open(const std::string& given) const {
+  const std::string path = find_product(given, plugins());
   for (const auto& plugin : plugins()) {
     if (!plugin->identify(path)) continue;
     try {
