@@ -85,3 +85,11 @@ install(FILES completions/gridkit.bash
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions RENAME gridkit COMPONENT tools)
 install(FILES completions/_gridkit
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions COMPONENT tools)
+
+# Debian wants the licence told beside each package's documents.
+foreach(part IN ITEMS library:libgridkit${PROJECT_VERSION_MAJOR} development:libgridkit-dev
+    plugin:gridkit-tsx tools:gridkit-tools)
+  string(REGEX MATCH "(.*):(.*)" ignored ${part})
+  install(FILES LICENSE RENAME copyright
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CMAKE_MATCH_2} COMPONENT ${CMAKE_MATCH_1})
+endforeach()
