@@ -59,7 +59,8 @@ _gridkit() {
       verb=${words[i]}
       options=$(_gridkit_options "$program" "$verb")
     else
-      given+=("${words[i]/#\~\//$HOME/}")
+      name=${words[i]/#\~\//$HOME/}
+      given+=("${name//\\/}")
     fi
   done
 

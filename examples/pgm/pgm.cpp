@@ -81,7 +81,8 @@ int32_t end_image(void* handle) {
 
 }  // namespace
 
-// ---- The format: what the host may know before it opens a file ------------------------------------
+// ---- The format: what the host may know before it opens a file
+// ------------------------------------
 
 PGM_EXPORT int32_t pgmInstanceDescriptionGet(char** description) {
   return give_text(description, "grey images of 16 bits, portable grey map");
@@ -124,7 +125,8 @@ PGM_EXPORT int32_t pgmInstanceMapProjectionIsSupported(void*, const char*, void*
   return 0;
 }
 
-// ---- A file ---------------------------------------------------------------------------------------
+// ---- A file
+// ---------------------------------------------------------------------------------------
 
 // Asked with a null mode it only says whether the file is of the format: title 0, else -1.
 PGM_EXPORT Image* pgmFileTitleIdentifyAndOpen(const char* fileName, int32_t* titleIndex,
@@ -178,7 +180,8 @@ PGM_EXPORT int32_t pgmFileDataModTimeGet(Image*, const char*, int64_t* time) {
   return 0;
 }
 
-// ---- A layer --------------------------------------------------------------------------------------
+// ---- A layer
+// --------------------------------------------------------------------------------------
 
 // The types are indices into the lists above.
 PGM_EXPORT int32_t pgmLayerOpen(Image* image, const char* layerName, int32_t* pixelType,
