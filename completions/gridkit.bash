@@ -8,11 +8,14 @@ _gridkit_verbs() {
 
 # The options of a verb, or of the program without one: name, number of values, kind of value.
 _gridkit_options() {
-  "$@" --help 2>/dev/null | awk '/^  -/ {
-    kind = $2 ~ /^(Needs|Excludes|REQUIRED)/ ? "" : $2
-    values = kind !~ /^[A-Z]+([:(]|$)/ ? 0 : $3 == "x" ? $4 : 1
+  "$@" --help 2>/dev/null | awk '/^Options:/ { on = 1; next } /^$/ { on = 0 } on && /^  -/ {
+    kind = $0
+    sub(/^ +[^ ]+/, "", kind)
+    sub(/ (Needs|Excludes|REQUIRED).*/, "", kind)
+    sub(/  .*/, "", kind)
+    values = kind == "" ? 0 : match(kind, / x [0-9]+$/) ? substr(kind, RSTART + 3) : 1
     count = split($1, names, ",")
-    for (i = 1; i <= count; ++i) print names[i], values, kind
+    for (i = 1; i <= count; ++i) print names[i], values kind
   }'
 }
 
