@@ -4,12 +4,12 @@
 // comments in it is not read.
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
 #include <new>
-#include <string>
 
 #include <gridkit/file.h>
 #include <gridkit/memory.h>
@@ -24,7 +24,7 @@ namespace {
 
 // An open image. The host sees its address only.
 struct Image {
-  std::string path;
+  char* path = nullptr;
   gkf_Stream* stream = nullptr;
   int32_t width = 0;
   int32_t height = 0;
@@ -37,12 +37,14 @@ struct Layer {
   int32_t block;  // width and height of a block, in pixels
 };
 
-// Tells the host what went wrong, and gives the result that stands for failure.
-int32_t fail(const char* function, const std::string& message) {
-  gke_Report* report =
-      gke_CreateErrorReport(function, 0, gke_SeverityError, nullptr, message.c_str(), 0);
+// Tells the host what went wrong, and gives the result that stands for failure. The message comes
+// from gks_Sprintf; null means that there was no memory for it.
+int32_t fail(const char* function, char* message) {
+  gke_Report* report = gke_CreateErrorReport(function, 0, gke_SeverityError, nullptr,
+                                             message == nullptr ? "out of memory" : message, 0);
   gke_PrintErrorReport(report, 0, 0);
   gke_DeleteErrorReportEx(&report);
+  gkm_HeapFree(message);
   return -1;
 }
 
@@ -66,7 +68,8 @@ bool read_header(Image& image) {
   const int found = std::sscanf(header, "P5%*1[ \t\r\n]%9d %9d %9d%n", &image.width, &image.height,
                                 &greatest, &end);
   image.first_pixel = end + 1;
-  const bool ends_well = static_cast<size_t>(end) < length && std::strchr(" \t\r\n", header[end]);
+  const bool ends_well = static_cast<size_t>(end) < length &&
+                         std::isspace(static_cast<unsigned char>(header[end])) != 0;
   return found == 3 && ends_well && image.width > 0 && image.height > 0 && greatest > 255 &&
          greatest < 65536;
 }
@@ -75,6 +78,7 @@ bool read_header(Image& image) {
 int32_t end_image(void* handle) {
   auto* image = static_cast<Image*>(handle);
   if (image->stream != nullptr) gkf_fclose(image->stream);
+  gkm_HeapFree(image->path);
   delete image;
   return 0;
 }
@@ -134,7 +138,7 @@ PGM_EXPORT Image* pgmFileTitleIdentifyAndOpen(const char* fileName, int32_t* tit
   if (titleIndex != nullptr) *titleIndex = -1;
   auto* image = new (std::nothrow) Image;
   if (image == nullptr) return nullptr;
-  image->path = fileName;
+  image->path = gks_Duplicate(fileName);
   image->stream = gkf_fopen(fileName, "rb");
   const bool known = image->stream != nullptr && read_header(*image);
   if (known && titleIndex != nullptr) *titleIndex = 0;
@@ -143,8 +147,8 @@ PGM_EXPORT Image* pgmFileTitleIdentifyAndOpen(const char* fileName, int32_t* tit
     end_image(image);
     return known && mode != nullptr ? static_cast<Image*>(open) : nullptr;
   }
-  if (pool_AddFileHandleToList(image, fileName, end_image) != 0) {
-    fail("pgmFileTitleIdentifyAndOpen", "out of memory");
+  if (image->path == nullptr || pool_AddFileHandleToList(image, fileName, end_image) != 0) {
+    fail("pgmFileTitleIdentifyAndOpen", nullptr);
     end_image(image);
     return nullptr;
   }
@@ -152,9 +156,7 @@ PGM_EXPORT Image* pgmFileTitleIdentifyAndOpen(const char* fileName, int32_t* tit
 }
 
 PGM_EXPORT int32_t pgmFileClose(Image* image) {
-  // By a copy of the name: the registry ends the image on the way.
-  const std::string path = image->path;
-  pool_RemoveFileHandleFromList(path.c_str(), 0);
+  pool_RemoveFileHandleFromList(image->path, 0);
   return 0;
 }
 
@@ -189,16 +191,19 @@ PGM_EXPORT int32_t pgmLayerOpen(Image* image, const char* layerName, int32_t* pi
                                 int32_t* blockWidth, int32_t* blockHeight, Layer** layer) {
   *layer = nullptr;
   if (std::strcmp(layerName, "GREY") != 0) {
-    return fail("pgmLayerOpen", std::string("no layer ") + layerName + "; there is GREY");
+    return fail("pgmLayerOpen",
+                gks_Sprintf(nullptr, "no layer %s; there is GREY", nullptr, layerName));
   }
   const double block = gkp_GetNumberPreference("import", "default_block_size", 64, nullptr);
-  if (!(block >= 1 && block <= 4096)) return fail("pgmLayerOpen", "a block size out of 1 to 4096");
+  if (!(block >= 1 && block <= 4096)) {
+    return fail("pgmLayerOpen", gks_Sprintf(nullptr, "no blocks of size %g", nullptr, block));
+  }
   *pixelType = *layerType = 0;
   *width = image->width;
   *height = image->height;
   *blockWidth = *blockHeight = static_cast<int32_t>(block);
   *layer = new (std::nothrow) Layer{image, *blockWidth};
-  return *layer == nullptr ? fail("pgmLayerOpen", "out of memory") : 0;
+  return *layer == nullptr ? fail("pgmLayerOpen", nullptr) : 0;
 }
 
 PGM_EXPORT int32_t pgmLayerClose(Layer* layer) {
@@ -214,7 +219,8 @@ PGM_EXPORT int32_t pgmLayerRasterRead(Layer* layer, int32_t blockRow, int32_t bl
   const int64_t first_column = int64_t{blockColumn} * layer->block;
   if (first_line < 0 || first_line >= image.height || first_column < 0 ||
       first_column >= image.width) {
-    return fail("pgmLayerRasterRead", image.path + ": no such block");
+    return fail("pgmLayerRasterRead",
+                gks_Sprintf(nullptr, "%s: no such block", nullptr, image.path));
   }
   const auto block = static_cast<size_t>(layer->block);
   auto* pixels = static_cast<uint16_t*>(*pixelData);
@@ -227,7 +233,8 @@ PGM_EXPORT int32_t pgmLayerRasterRead(Layer* layer, int32_t blockRow, int32_t bl
     if (gkf_fseeko(image.stream, place, 0) != 0 ||
         gkf_fread(pixels, 2, columns, image.stream) != columns) {
       return fail("pgmLayerRasterRead",
-                  image.path + ": line " + std::to_string(line) + " cannot be read");
+                  gks_Sprintf(nullptr, "%s: line %lld cannot be read", nullptr, image.path,
+                              static_cast<long long>(line)));
     }
     gkm_MemSwab(pixels, columns, 2);
   }

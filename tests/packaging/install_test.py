@@ -222,7 +222,7 @@ class Examples(unittest.TestCase):
 
     def test_other_files_are_left_to_other_plugins(self):
         for header in ("P5 150 100 255\n", "P5 150 100 65536\n", "P2 150 100 65535\n", "P5150 100 65535\n",
-                       "P5 0 100 65535\n", "P5 150 -1 65535\n", "P5 150 100 65535x", "P5\n# by hand\n150 100 65535\n",
+                       "P5 0 100 65535\n", "P5 150 -1 65535\n", "P5 150 100 65535x", "P5 150 100 65535\0", "P5\n# by hand\n150 100 65535\n",
                        "P5 150 100 65535", "P5", ""):
             other = write_pgm("other.pgm", header, pixels=0)
             self.assertIn("none of the known formats", complaint("gridkit", "info", other), header)
