@@ -2,7 +2,7 @@
 # plug-ins are built with, the plug-in, and the tools. The tree may be moved as a whole.
 
 # Debian keeps libraries in a folder per architecture below every prefix that its linker searches.
-if(EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE)
+if(NOT DEFINED CMAKE_INSTALL_LIBDIR AND EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE)
   set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Libraries, below the prefix")
 endif()
 include(GNUInstallDirs)
