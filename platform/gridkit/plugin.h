@@ -61,7 +61,8 @@ struct PluginFolder {
 };
 GRIDKIT_API PluginFolder load_plugins(const std::filesystem::path& folder);
 
-// The folder `gridkit` beside the toolkit's own library.
+// The folder that the environment variable GRIDKIT_PLUGINS names; where that is unset or empty, the
+// folder `gridkit` beside the toolkit's own library.
 GRIDKIT_API std::filesystem::path default_plugin_folder();
 
 }  // namespace gridkit

@@ -1,6 +1,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -59,6 +61,17 @@ TEST_F(Host, TellsAMissingFolder) {
   const gridkit::PluginFolder folder = gridkit::load_plugins("/nonexistent");
   EXPECT_TRUE(folder.plugins.empty());
   EXPECT_EQ(folder.refused.size(), 1U);
+}
+
+TEST_F(Host, TheEnvironmentCanNameThePluginFolder) {
+  ::setenv("GRIDKIT_PLUGINS", TEST_PLUGINS, 1);
+  EXPECT_EQ(gridkit::default_plugin_folder(), TEST_PLUGINS);
+  ::setenv("GRIDKIT_PLUGINS", "", 1);
+  const std::filesystem::path beside = gridkit::default_plugin_folder();
+  ::unsetenv("GRIDKIT_PLUGINS");
+  EXPECT_EQ(gridkit::default_plugin_folder(), beside);
+  EXPECT_EQ(beside.filename(), "gridkit");
+  EXPECT_TRUE(std::filesystem::exists(beside.parent_path() / "libgridkit.so")) << beside;
 }
 
 TEST_F(Host, IdentifiesByAskingThePlugin) {
