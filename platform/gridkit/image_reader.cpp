@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <mutex>
 
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
@@ -20,6 +21,12 @@ constexpr const char* name = "default_block_size";
   const std::string why = gke_ReportMessage(failure);
   gke_DeleteErrorReportEx(&failure);
   throw Error("the preferred block size cannot be changed: " + why);
+}
+
+// The preferred block size is the whole process's; who changes it or counts on it holds this.
+std::mutex& block_size_in_use() {
+  static std::mutex mutex;
+  return mutex;
 }
 
 // The block-size preference, put back at the end, for which no memory is needed.
@@ -118,6 +125,29 @@ void hand_on(const Tail& tail, const Window& window, const std::vector<LineRange
   hand(end - next, true);
 }
 
+Layer open_with_preferred_blocks(const Product& product, const std::string& layer) {
+  const std::lock_guard lock(block_size_in_use());
+  return product.open_layer(layer);
+}
+
+// Asks for what the open layer did not deliver with other block sizes.
+void read_with_other_blocks(const Product& product, const std::string& layer_name, Tail& tail,
+                            std::vector<std::uint16_t>& block) {
+  const std::lock_guard lock(block_size_in_use());
+  BlockSizePreference preference;
+  for (int attempt = 0; attempt < most_tries && !tail.is_complete(); ++attempt) {
+    const auto better = tail.best_block_size();
+    if (!better) break;
+    preference.set(*better);
+    const Layer layer = product.open_layer(layer_name);
+    if (layer.block_width() != *better || layer.block_height() != *better) break;
+    read_tail(layer, tail, block);
+  }
+  // The block size belongs to the product, so the preferred one is put back for its other layers.
+  preference.restore();
+  product.open_layer(layer_name);
+}
+
 }  // namespace
 
 void check_window(const Layer& layer, const Window& window) {
@@ -146,7 +176,7 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
 
 std::vector<LineRange> read_window(const Product& product, const std::string& layer_name,
                                    const Window& window, const MarkedLineSink& sink) {
-  Layer layer = product.open_layer(layer_name);
+  const Layer layer = open_with_preferred_blocks(product, layer_name);
   check_window(layer, window);
   std::vector<std::uint16_t> block;
   std::vector<std::uint16_t> lines;
@@ -164,18 +194,7 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
   std::vector<LineRange> missing = give_up_lines(window, next, held_from - 1, sink);
   Tail tail(window, held_from, layer.width(), layer.height());
   read_tail(layer, tail, block);
-  BlockSizePreference preference;
-  for (int attempt = 0; attempt < most_tries && !tail.is_complete(); ++attempt) {
-    const auto better = tail.best_block_size();
-    if (!better) break;
-    preference.set(*better);
-    layer = product.open_layer(layer_name);
-    if (layer.block_width() != *better || layer.block_height() != *better) break;
-    read_tail(layer, tail, block);
-  }
-  // The block size belongs to the product, so the preferred one is put back for its other layers.
-  preference.restore();
-  layer = product.open_layer(layer_name);
+  read_with_other_blocks(product, layer_name, tail, block);
   const std::vector<LineRange> left = tail.missing();
   hand_on(tail, window, left, sink);
   missing.insert(missing.end(), left.begin(), left.end());

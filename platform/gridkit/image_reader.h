@@ -44,6 +44,9 @@ using MarkedLineSink =
 // preference "default_block_size" of the group "import", as long as one promises more lines; the
 // preference is put back afterwards. Blocks that reach past the right edge are cropped.
 //
+// Windows of different products may be read on different threads. While one asks for a tail, a
+// layer that another thread opens by itself may get that block size; the layer tells which it has.
+//
 // Gives the lines that stayed without data in part or in whole; their missing pixels are 0. Memory:
 // a row of blocks, and at most `longest_tail` lines of the window. Throws Error for a window
 // outside the image or a failing read.

@@ -81,8 +81,9 @@ class GRIDKIT_API Layer {
 };
 
 // A holder of an open product. Plug-ins hand out the same record for a second open of a path; the
-// host counts the holders of each record and closes it once, when the last one goes. Not for use
-// from several threads at once.
+// host counts the holders of each record and closes it once, when the last one goes. Different
+// products may be used on different threads; the holders of one record, and its layers, on one at a
+// time.
 class GRIDKIT_API Product {
  public:
   const std::string& path() const;
