@@ -13,5 +13,6 @@ using Action = std::function<int(const Host&)>;
 void add_formats(CLI::App& app, Action& chosen);
 void add_info(CLI::App& app, Action& chosen);
 void add_read(CLI::App& app, Action& chosen);
+void add_quicklook(CLI::App& app, Action& chosen);
 void add_data(CLI::App& app, Action& chosen);
 void add_locate(CLI::App& app, Action& chosen);
