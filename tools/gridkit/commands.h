@@ -16,3 +16,4 @@ void add_read(CLI::App& app, Action& chosen);
 void add_quicklook(CLI::App& app, Action& chosen);
 void add_data(CLI::App& app, Action& chosen);
 void add_locate(CLI::App& app, Action& chosen);
+void add_report(CLI::App& app, Action& chosen);
