@@ -16,6 +16,7 @@ namespace report {
 namespace {
 
 constexpr std::size_t most_curve_points = 500;
+constexpr std::size_t most_layers_in_full = 2;  // by their first, middle and last record
 constexpr double milliseconds = 1e3;
 
 // Days from 1970-01-01 in the Gregorian calendar: March is the first month, so that a leap day ends
@@ -76,15 +77,16 @@ std::vector<PlotPoint> over_range(const Polynomial& polynomial, Shown shown) {
 
 // The curves of one layer's records. `records` of them are given by `at`, as time and polynomial.
 template <class At, class Shown>
-void add_curves(const std::string& name, std::size_t records, At at, Shown shown,
-                std::vector<Series>& time_curves, std::vector<Series>& range_curves) {
+void add_curves(const std::string& name, std::size_t records, std::size_t layers, At at,
+                Shown shown, std::vector<Series>& time_curves, std::vector<Series>& range_curves) {
   Series along{name, {}};
   for (std::size_t i = 0; i < records; i += stride_of(records)) {
     const auto [time, values] = at(i);
     along.points.push_back({time, shown(values.value((values.from + values.to) / 2))});
   }
   time_curves.push_back(std::move(along));
-  std::vector<std::size_t> shown_records = {0, records / 2, records - 1};
+  std::vector<std::size_t> shown_records = {records / 2};
+  if (layers <= most_layers_in_full) shown_records = {0, records / 2, records - 1};
   shown_records.erase(std::unique(shown_records.begin(), shown_records.end()), shown_records.end());
   for (const std::size_t i : shown_records) {
     const auto [time, values] = at(i);
@@ -104,8 +106,8 @@ void add_doppler(const Product& product, const lmx::c_datetime& start, Acquisiti
                        polynomial(estimate.get_combinedDoppler()));
     };
     add_curves(
-        curve_name(layer), layer.size_dopplerEstimate(), at, [](double hertz) { return hertz; },
-        result.doppler_over_time, result.doppler_over_range);
+        curve_name(layer), layer.size_dopplerEstimate(), doppler.size_dopplerCentroid(), at,
+        [](double hertz) { return hertz; }, result.doppler_over_time, result.doppler_over_range);
   }
 }
 
@@ -150,7 +152,7 @@ void add_noise(const Product& product, const lmx::c_datetime& start, Acquisition
           noise.size_noiseEstimate() > 0 ? polynomial(noise.get_noiseEstimate(0)) : Polynomial{});
     };
     add_curves(
-        curve_name(layer), layer.size_imageNoise(), at,
+        curve_name(layer), layer.size_imageNoise(), product.size_noise(), at,
         [&](double intensity) { return 10 * std::log10(*factor * intensity); },
         result.noise_over_time, result.noise_over_range);
   }
@@ -221,7 +223,6 @@ void add_facts(const Product& product, Acquisition& result) {
   const std::string polarisations =
       joined(pols.size_polLayer(), [&](std::size_t i) { return pols.get_polLayer(i); });
   result.duration = seconds_between(start, scene.get_stop().get_timeUTC());
-  result.looks_left = acquisition.get_lookDirection() == "LEFT";
   result.subtitle = variants + " · " + mode + " · " + polarisations + " · " + time_in_words(start);
   result.facts = {{"Mission", mission.get_mission()},
                   {"Product", variant.get_productType()},

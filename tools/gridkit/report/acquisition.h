@@ -24,11 +24,10 @@ struct Acquisition {
   std::vector<std::pair<std::string, std::string>> facts;  // name and text
   double duration = 0;                                     // of the scene, seconds
   std::vector<OrbitState> orbit;
-  bool looks_left = false;
 
   // Curves of every layer (and beam): over the azimuth time from the scene's start in seconds, at
   // the middle of the range; and over two-way range time in milliseconds, of the first, middle and
-  // last record.
+  // last record, or of the middle one alone where there are more than two layers.
   std::vector<Series> doppler_over_time;  // Hz
   std::vector<Series> doppler_over_range;
   std::vector<Series> noise_over_time;  // noise equivalent radar brightness, dB

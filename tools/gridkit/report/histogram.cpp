@@ -49,10 +49,11 @@ Plot histogram(const Quicklook& quicklook) {
     plot.series.push_back(shares(turned, turned.size(), -180, 180.0 / 32768, total));
     return plot;
   }
+  plot.x_label = "digital number";
+  if (counts.front() == total) return plot;  // no pixel holds data
   std::uint64_t below = 0;
   std::size_t values = 0;
   while (values < counts.size() && below < total - total / 200) below += counts[values++];
-  plot.x_label = "digital number";
   plot.series.push_back(shares(counts, values, 0, 1, total));
   return plot;
 }

@@ -53,6 +53,7 @@ std::string caption(const Quicklook& quicklook) {
   if (quicklook.meaning == PixelMeaning::phase) {
     return words + phase_key();
   }
+  if (quicklook.stretch.high == 0) return words + "No pixel holds data.";
   words += "Black at " + number(quicklook.stretch.low, 4) + ", white at " +
            number(quicklook.stretch.high, 4) + ".";
   return words;

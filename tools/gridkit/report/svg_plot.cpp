@@ -38,7 +38,7 @@ bool is_finite(const PlotPoint& point) {
 // A range that a drawing can divide by: of some length, and a little wider than its values.
 Range widened(Range range, double least, double margin) {
   const double middle = (range.low + range.high) / 2;
-  const double smallest = std::max(least, std::max(1e-9, std::abs(middle) * 1e-6));
+  const double smallest = std::max(least, std::abs(middle) * 1e-9);
   if (range.length() < smallest) range = {middle - smallest / 2, middle + smallest / 2};
   const double added = range.length() * margin;
   return {range.low - added, range.high + added};
@@ -166,9 +166,9 @@ std::string draw(const Plot& plot) {
     return "<figure class=\"plot\">" + caption + "<p class=\"none\">Nothing to draw.</p></figure>";
   }
   if (plot.filled) frame.y.low = std::min(frame.y.low, 0.0);
-  frame.x = widened(frame.x, 0, 0);
+  frame.x = widened(frame.x, frame.x.length() > 0 ? 0 : 1, 0);
   const double floor = frame.y.low;
-  frame.y = widened(frame.y, plot.least_y_range, 0.06);
+  frame.y = widened(frame.y, std::max(plot.least_y_range, frame.y.length() > 0 ? 0.0 : 1.0), 0.06);
   if (plot.filled) frame.y.low = floor;
   std::string curves;
   for (std::size_t i = 0; i < plot.series.size(); ++i) {
