@@ -119,7 +119,7 @@ std::string draped(const LocalMap& map, const std::vector<Geodetic>& corners) {
 // Of the drawing's two upper corners and its lower right one, that which is farthest from the
 // footprint's; the scale stands in the fourth.
 Place emptiest_corner(const LocalMap& map, const std::vector<Geodetic>& corners) {
-  constexpr double inset = 52;
+  constexpr double inset = 46;
   constexpr double west = LocalMap::left + inset;
   constexpr double east = LocalMap::width - LocalMap::right - inset;
   constexpr double north = LocalMap::top + inset;
@@ -152,7 +152,7 @@ std::string directions(const LocalMap& map, const Footprint& footprint) {
     const double north = dot(way, Ellipsoid::north(scene));
     const double size = std::hypot(east, north);
     if (!(size > 0)) return {};
-    constexpr double reach = 34;
+    constexpr double reach = 26;
     const Place to = {from.x + east / size * reach, from.y - north / size * reach};
     const Place text = {from.x + east / size * (reach + 9),
                         from.y - north / size * (reach + 9) + 4};

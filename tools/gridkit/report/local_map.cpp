@@ -71,7 +71,7 @@ LocalMap::LocalMap(const std::vector<Geodetic>& places)
   }
   shift_east_ = (west + east) / 2;
   shift_north_ = (south + north) / 2;
-  constexpr double room = 1.3;
+  constexpr double room = 1.45;
   constexpr double smallest = 1;  // m a unit of the drawing
   metres_per_unit_ = std::max(
       smallest, room * std::max((east - west) / inner_width, (north - south) / inner_height));
