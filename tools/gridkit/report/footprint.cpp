@@ -154,8 +154,9 @@ std::string directions(const LocalMap& map, const Footprint& footprint) {
     if (!(size > 0)) return {};
     constexpr double reach = 26;
     const Place to = {from.x + east / size * reach, from.y - north / size * reach};
-    const Place text = {from.x + east / size * (reach + 9),
-                        from.y - north / size * (reach + 9) + 4};
+    // A word is wider than high.
+    const double off = reach + 9 + 9 * std::abs(east) / size;
+    const Place text = {from.x + east / size * off, from.y - north / size * off + 4};
     return arrow(from, to, "direction") + words_at(text, "middle", name);
   };
   return arrow_along(state->velocity, "flight") + arrow_along(centre - state->position, "look");
