@@ -78,7 +78,8 @@ int run(int argc, char** argv) {
       ->type_name("FILE");
   app.add_flag("--debug", options.debug, "Show the debug channel on standard error");
   Action chosen;
-  for (auto* add : {add_formats, add_info, add_layers, add_read, add_data, add_locate}) {
+  for (auto* add : {add_formats, add_info, add_layers, add_read, add_quicklook, add_data, add_locate,
+                    add_report}) {
     add(app, chosen);
   }
   try {
