@@ -9,6 +9,7 @@
 
 #include "gridkit/exports.h"
 #include "gridkit/host_texts.h"
+#include "gridkit/open_scope.h"
 #include "gridkit/product.h"
 #include "gridkit/report.h"
 #include "handlepool/handlepool.h"
@@ -75,7 +76,8 @@ std::optional<std::int32_t> Plugin::identify(const std::string& path) const {
 }
 
 Product Plugin::open(const std::string& path, const std::string& mode) {
-  ReportCollector reports;
+  const ReportCollector reports;
+  const OpenScope scope(path);
   FileHandle record = nullptr;
   std::int32_t title = -1;
   try {
@@ -88,7 +90,11 @@ Product Plugin::open(const std::string& path, const std::string& mode) {
   }
   // An open that fails late hands out its unfinished record; it is not in the registry.
   const bool registered = pool_FindFileHandleIfOpen(path.c_str(), 0) == record;
-  if (record == nullptr || !registered) throw Error(path + ": " + reports.text());
+  if (record == nullptr || !registered) {
+    // Not every operation of the toolkit can report.
+    const bool is_told = reports.text().find(scope.refusal()) != std::string::npos;
+    throw Error(path + ": " + reports.text() + (is_told ? "" : "; " + scope.refusal()));
+  }
   return Product(shared_from_this(), record, path, title);
 }
 
