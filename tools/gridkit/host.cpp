@@ -1,5 +1,9 @@
 #include "tools/gridkit/host.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "debug/debug_channel.h"
@@ -17,7 +21,7 @@ void load_preferences(const std::string& path) {
   throw gridkit::Error(message);
 }
 
-// Why a plug-in refused a file: the place in the annotation, or the image files that it misses.
+// Why a plug-in refused a file: the place in the annotation, or what is wrong with its images.
 std::string explain(const std::string& path, const char* refusal) {
   const CheckResult check = check_annotation(path);
   std::string text = refusal;
@@ -27,9 +31,7 @@ std::string explain(const std::string& path, const char* refusal) {
     return text + "\n  " + path + ": " + missing +
            ": the element is absent or holds no text, and the product cannot be read without it";
   }
-  for (const std::string& image : missing_images(path, check.schema)) {
-    text += "\n  " + image + ": no such image file";
-  }
+  for (const std::string& fault : image_faults(path, check.schema)) text += "\n  " + fault;
   return text;
 }
 
@@ -50,9 +52,15 @@ Host::Host(const HostOptions& options) {
 gridkit::Product Host::open(const std::string& path) const {
   std::error_code failed;
   const auto status = std::filesystem::status(path, failed);
-  if (!std::filesystem::exists(status)) throw gridkit::Error(path + ": no such file");
+  if (status.type() == std::filesystem::file_type::not_found) {
+    throw gridkit::Error(path + ": no such file");
+  }
+  if (failed) throw gridkit::Error(path + ": " + failed.message());
   if (!std::filesystem::is_regular_file(status)) {
     throw gridkit::Error(path + ": not a regular file; give a product's annotation (TSX1*.xml)");
+  }
+  if (::eaccess(path.c_str(), R_OK) != 0) {
+    throw gridkit::Error(path + ": cannot be read: " + std::strerror(errno));
   }
   for (const auto& plugin : plugins()) {
     if (!plugin->identify(path)) continue;

@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <exception>
+#include <new>
 
 #include "tools/gridkit/commands.h"
 
@@ -29,8 +30,9 @@ int run(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) try {
-  return run(argc, argv);
+int main(int argc, char** argv) try { return run(argc, argv); } catch (const std::bad_alloc&) {
+  std::fprintf(stderr, "gridkit: out of memory\n");
+  return refused;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "gridkit: %s\n", error.what());
   return refused;
