@@ -47,10 +47,10 @@ std::string refusal_to_open(const char* path) {
   // No file has a longer path, so the system refuses it.
   if (std::strlen(path) >= PATH_MAX) return {};
   if (current->holds(path) || allows_outside_files()) return {};
-  const std::string refusal = shown_path(path) + ": outside the product's folder " +
-                              shown_path(current->folder_) +
-                              " and not opened; the preference gridkit.allow_outside_files = 1 "
-                              "allows it";
+  std::string refusal = shown_path(path) + ": outside the product's folder " +
+                        shown_path(current->folder_) +
+                        " and not opened; the preference gridkit.allow_outside_files = 1 "
+                        "allows it";
   if (current->refusal_.empty()) current->refusal_ = refusal;
   return refusal;
 }

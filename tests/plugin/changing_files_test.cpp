@@ -96,7 +96,7 @@ class SimulatedProduct : public testing::Test {
     fs::permissions(scratch.path(), fs::perms(0755));
     options.lines = options.samples = 256;
   }
-  ~SimulatedProduct() override {
+  void TearDown() override {
     at_look_up() = nullptr;
     be_oneself();
     const auto took = std::chrono::steady_clock::now() - start;
