@@ -14,6 +14,7 @@ namespace gridkit {
 namespace {
 
 constexpr int most_tries = 8;
+constexpr std::int64_t pixel_bytes = 2;
 constexpr const char* group = "import";
 constexpr const char* name = "default_block_size";
 
@@ -59,18 +60,50 @@ class BlockSizePreference {
   double before_ = unset;
 };
 
+// Whether the first block of a row comes.
+bool comes(const Layer& layer, const Window& window, std::int32_t row,
+           std::vector<std::uint16_t>& block) {
+  return layer.read_block(row, window.column / layer.block_width(), block);
+}
+
+// A window that holds more empty pixels than may be made up is found out before a line of it is
+// handed out: an image's data end once, so the first row of blocks without data is sought by
+// halves.
+void check_extent(const Layer& layer, const Window& window, std::vector<std::uint16_t>& block) {
+  if (std::int64_t{window.width} * window.height <= most_empty_pixels) return;
+  const std::int32_t size = layer.block_width();
+  std::int32_t first = window.line / size;
+  std::int32_t end = (window.line + window.height - 1) / size + 1;
+  while (first < end) {
+    const std::int32_t middle = first + (end - first) / 2;
+    if (comes(layer, window, middle, block)) {
+      first = middle + 1;
+    } else {
+      end = middle;
+    }
+  }
+  const std::int64_t line = std::int64_t{first} * size;
+  if ((window.line + window.height - line) * window.width <= most_empty_pixels) return;
+  throw Error("the image should have " + std::to_string(layer.height()) +
+              " lines but its data end about line " + std::to_string(line) +
+              "; read what is there as a smaller window");
+}
+
 // Reads one row of blocks into whole lines of the window; false when a block did not come.
 bool read_block_row(const Layer& layer, const Window& window, std::int32_t row,
                     std::vector<std::uint16_t>& block, std::vector<std::uint16_t>& lines) {
   const std::int32_t size = layer.block_width();
   const std::int32_t right = window.column + window.width;
   const std::int32_t top = std::max(row * size, window.line);
-  const std::int32_t bottom = std::min((row + 1) * size, window.line + window.height);
+  const auto bottom = static_cast<std::int32_t>(
+      std::min<std::int64_t>((std::int64_t{row} + 1) * size, window.line + window.height));
   lines.assign(static_cast<std::size_t>(bottom - top) * static_cast<std::size_t>(window.width), 0);
-  for (std::int32_t column = window.column / size; column * size < right; ++column) {
+  const std::int32_t columns_end = (right - 1) / size + 1;
+  for (std::int32_t column = window.column / size; column < columns_end; ++column) {
     if (!layer.read_block(row, column, block)) return false;
     const std::int32_t from = std::max(column * size, window.column);
-    const std::int32_t until = std::min((column + 1) * size, right);
+    const auto until =
+        static_cast<std::int32_t>(std::min<std::int64_t>((std::int64_t{column} + 1) * size, right));
     for (std::int32_t line = top; line < bottom; ++line) {
       const auto source =
           static_cast<std::ptrdiff_t>(line - row * size) * size + (from - column * size);
@@ -164,6 +197,14 @@ void check_window(const Layer& layer, const Window& window) {
     throw Error(layer.name() + ": blocks of " + std::to_string(layer.block_width()) + " x " +
                 std::to_string(layer.block_height()) + " pixels cannot be read");
   }
+  const std::int64_t width = window.width;
+  const bool is_large = window.height > most_lines || width * window.height > most_pixels ||
+                        width * layer.block_height() > most_bytes_held / pixel_bytes;
+  if (is_large) {
+    throw Error("the window " + std::to_string(window.width) + " x " +
+                std::to_string(window.height) +
+                " is too large to be read at once; read it in smaller windows");
+  }
 }
 
 std::vector<LineRange> read_window(const Product& product, const std::string& layer_name,
@@ -182,15 +223,19 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
   std::vector<std::uint16_t> lines;
   const std::int32_t size = layer.block_width();
   const std::int32_t end = window.line + window.height;
+  check_extent(layer, window, block);
   std::int32_t next = window.line;
   while (next < end && read_block_row(layer, window, next / size, block, lines)) {
-    const std::int32_t until = std::min((next / size + 1) * size, end);
+    const auto until = static_cast<std::int32_t>(
+        std::min<std::int64_t>((std::int64_t{next} / size + 1) * size, end));
     sink(lines, until - next, true);
     next = until;
   }
   if (next == end) return {};
 
-  const std::int32_t held_from = std::max(next, end - longest_tail);
+  const auto most_held = static_cast<std::int32_t>(
+      std::min<std::int64_t>(longest_tail, most_bytes_held / pixel_bytes / window.width));
+  const std::int32_t held_from = std::max(next, end - most_held);
   std::vector<LineRange> missing = give_up_lines(window, next, held_from - 1, sink);
   Tail tail(window, held_from, layer.width(), layer.height());
   read_tail(layer, tail, block);

@@ -48,8 +48,10 @@ using MarkedLineSink =
 // layer that another thread opens by itself may get that block size; the layer tells which it has.
 //
 // Gives the lines that stayed without data in part or in whole; their missing pixels are 0. Memory:
-// a row of blocks, and at most `longest_tail` lines of the window. Throws Error for a window
-// outside the image or a failing read.
+// a row of blocks and as much of the window's last `longest_tail` lines, each of at most
+// `most_bytes_held`. Sizes come from strangers, so windows of more than `most_lines` lines or
+// `most_pixels` pixels are refused, and those that would be zeros for more than `most_empty_pixels`
+// pixels from some line on. Throws Error for these, a window outside the image or a failing read.
 GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std::string& layer,
                                                const Window& window, const LineSink& sink);
 GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std::string& layer,
@@ -57,5 +59,9 @@ GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std
 
 inline constexpr std::int32_t longest_tail = 4096;
 inline constexpr std::int32_t largest_block = 4096;
+inline constexpr std::int64_t most_bytes_held = std::int64_t{1} << 30;
+inline constexpr std::int64_t most_lines = std::int64_t{1} << 24;
+inline constexpr std::int64_t most_pixels = std::int64_t{1} << 34;
+inline constexpr std::int64_t most_empty_pixels = std::int64_t{1} << 30;
 
 }  // namespace gridkit

@@ -11,6 +11,7 @@
 
 #include "gridkit/exports.h"
 #include "gridkit/host_texts.h"
+#include "gridkit/open_scope.h"
 #include "gridkit/product.h"
 #include "gridkit/report.h"
 #include "handlepool/handlepool.h"
@@ -82,7 +83,8 @@ std::optional<std::int32_t> Plugin::identify(const std::string& path) const {
 }
 
 Product Plugin::open(const std::string& path, const std::string& mode) {
-  ReportCollector reports;
+  const ReportCollector reports;
+  const OpenScope scope(path);
   FileHandle record = nullptr;
   std::int32_t title = -1;
   try {
@@ -96,8 +98,12 @@ Product Plugin::open(const std::string& path, const std::string& mode) {
   // An open that fails late hands out its unfinished record; it is not in the registry.
   const bool registered = pool_FindFileHandleIfOpen(path.c_str(), 0) == record;
   if (record == nullptr || !registered) {
-    const bool told = !reports.text().empty();
-    throw Error(path + ": " + (told ? reports.text() : "the open product is not in the registry"));
+    // Not every operation of the toolkit can report.
+    std::string why = reports.text();
+    if (why.find(scope.refusal()) == std::string::npos) {
+      why += (why.empty() ? "" : "; ") + scope.refusal();
+    }
+    throw Error(path + ": " + (why.empty() ? "the open product is not in the registry" : why));
   }
   return Product(shared_from_this(), record, path, title);
 }

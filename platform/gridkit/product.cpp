@@ -191,6 +191,11 @@ bool Layer::read_block(std::int32_t row, std::int32_t column,
   const ReportCollector reports;
   const auto width = static_cast<std::size_t>(std::max(block_width_, 0));
   const auto height = static_cast<std::size_t>(std::max(block_height_, 0));
+  constexpr std::size_t most_pixels = std::size_t{1} << 29;
+  if (width > 0 && height > most_pixels / width) {
+    throw Error(record_->path + ": blocks of " + std::to_string(width) + " x " +
+                std::to_string(height) + " pixels are too large; see import.default_block_size");
+  }
   pixels.assign(width * height, 0);
   void* block = pixels.data();
   if (record_->exports->LayerRasterRead(handle_, row, column, &block) != 0) {

@@ -56,7 +56,8 @@ class GRIDKIT_API Layer {
   std::int32_t block_height() const { return block_height_; }
 
   // One whole block, [block_height][block_width] 16-bit pixels; false when the plug-in has no data
-  // for it. `pixels` is resized. Throws Error with what was reported.
+  // for it. `pixels` is resized. Throws Error with what was reported, and for blocks of more than
+  // 1 GiB.
   bool read_block(std::int32_t row, std::int32_t column, std::vector<std::uint16_t>& pixels) const;
 
   // Where the layer lies on a map, if it does. Throws Error.

@@ -18,7 +18,7 @@ void load_preferences(const std::string& path) {
   throw gridkit::Error(message);
 }
 
-// Why a plug-in refused a file: the place in the annotation, or the image files that it misses.
+// Why a plug-in refused a file: the place in the annotation, or what is wrong with its images.
 std::string explain(const std::string& path, const char* refusal) {
   const CheckResult check = check_annotation(path);
   std::string text = refusal;
@@ -28,9 +28,7 @@ std::string explain(const std::string& path, const char* refusal) {
     return text + "\n  " + path + ": " + missing +
            ": the element is absent or holds no text, and the product cannot be read without it";
   }
-  for (const std::string& image : missing_images(path, check.schema)) {
-    text += "\n  " + image + ": no such image file";
-  }
+  for (const std::string& fault : image_faults(path, check.schema)) text += "\n  " + fault;
   return text;
 }
 

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -78,8 +79,8 @@ int run(int argc, char** argv) {
       ->type_name("FILE");
   app.add_flag("--debug", options.debug, "Show the debug channel on standard error");
   Action chosen;
-  for (auto* add : {add_formats, add_info, add_layers, add_read, add_quicklook, add_data, add_locate,
-                    add_report}) {
+  for (auto* add : {add_formats, add_info, add_layers, add_read, add_quicklook, add_data,
+                    add_locate, add_report}) {
     add(app, chosen);
   }
   try {
@@ -100,6 +101,9 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) try { return run(argc, argv); } catch (const Interrupted&) {
   complain("interrupted; what was not complete has been removed");
   end_by_signal();
+} catch (const std::bad_alloc&) {
+  complain("out of memory");
+  return refused;
 } catch (const std::exception& error) {
   complain(error.what());
   return refused;
