@@ -41,7 +41,9 @@ class GRIDKIT_API Plugin : public std::enable_shared_from_this<Plugin> {
   std::optional<std::int32_t> identify(const std::string& path) const;
 
   // Opens a file of the format. Throws Error with what the plug-in reported; a record that it hands
-  // out unfinished is never used.
+  // out unfinished is never used. Until it is open, files outside the folder of `path` are not
+  // opened, and the text names the first that was refused; see the preference
+  // "allow_outside_files" of the group "gridkit".
   Product open(const std::string& path, const std::string& mode = "r");
 
  private:
@@ -61,7 +63,8 @@ struct PluginFolder {
 };
 GRIDKIT_API PluginFolder load_plugins(const std::filesystem::path& folder);
 
-// The folder `gridkit` beside the toolkit's own library.
+// The folder that the environment variable GRIDKIT_PLUGINS names; where that is unset or empty, the
+// folder `gridkit` beside the toolkit's own library.
 GRIDKIT_API std::filesystem::path default_plugin_folder();
 
 }  // namespace gridkit

@@ -1,0 +1,25 @@
+# Run by cpack on each package's tree before it is packed: an installation in /usr of a Debian system
+# differs from one elsewhere in a few places.
+
+cmake_policy(SET CMP0011 NEW)
+file(GLOB trees ${CPACK_TEMPORARY_DIRECTORY}/*)
+foreach(tree IN LISTS trees)
+  # The system's linker looks where these libraries are, so nothing need say it.
+  file(GLOB programs ${tree}/usr/bin/* ${tree}/usr/lib/*/gridkit/*.so)
+  foreach(program IN LISTS programs)
+    file(RPATH_REMOVE FILE ${program})
+  endforeach()
+
+  # A tree that stays where it is needs no path that moves with it.
+  file(GLOB descriptions ${tree}/usr/lib/*/pkgconfig/*.pc)
+  foreach(description IN LISTS descriptions)
+    file(READ ${description} text)
+    string(REGEX REPLACE "^prefix=[^\n]*" "prefix=/usr" text "${text}")
+    file(WRITE ${description} "${text}")
+  endforeach()
+
+  # Completions that come with packages have a folder of their own.
+  if(EXISTS ${tree}/usr/share/zsh/site-functions)
+    file(RENAME ${tree}/usr/share/zsh/site-functions ${tree}/usr/share/zsh/vendor-completions)
+  endif()
+endforeach()

@@ -1,0 +1,272 @@
+"""What `cmake --install` leaves: installed into a folder that is then moved, built against, and used.
+
+    install_test.py BUILD FOLDER SOURCE
+"""
+import json
+import os
+import re
+import shutil
+import struct
+import subprocess
+import sys
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+BUILD, FOLDER, SOURCE = (Path(argument).resolve() for argument in sys.argv[1:4])
+TREE = FOLDER / "tree"
+WARNINGS = "-Wall -Wextra -Wconversion -Wshadow -Wpedantic -Werror"
+
+# Headers of services for plug-ins are C; the others are C++.
+C_HEADERS = {"debug/debug_channel.h", "handlepool/handlepool.h",
+             *(f"gridkit/{name}.h" for name in ("dictionary", "export", "file", "instance", "layer",
+                                                "map_projection", "memory", "preference", "report",
+                                                "string_list", "text"))}
+CPP_HEADERS = {*(f"gridkit/{name}.h" for name in ("error", "image_reader", "map_data", "map_point", "plugin",
+                                                  "product", "raster_writer", "record_decoder")),
+               *(f"rmdllib/{name}.h" for name in ("ellipsoid", "model_ephemeris", "orbit_track",
+                                                  "radar_generic_model", "radar_geometry", "range_doppler",
+                                                  "vector3"))}
+
+WIDTH, HEIGHT, BLOCK = 150, 100, 64
+
+
+def grey(line, column):
+    return line * 256 + column
+
+
+def run(*command, status=0, **options):
+    """What the command did; fails unless it exits with the status."""
+    options.setdefault("cwd", FOLDER)
+    done = subprocess.run([str(c) for c in command], capture_output=True, env=environment(), **options)
+    if done.returncode != status:
+        raise AssertionError(f"{command} gave {done.returncode}: {done.stdout.decode()}{done.stderr.decode()}")
+    return done
+
+
+def text(*command):
+    return run(*command).stdout.decode()
+
+
+def complaint(*command):
+    return run(*command, status=1).stderr.decode()
+
+
+def one(pattern):
+    found = sorted(TREE.glob(pattern))
+    assert len(found) == 1, (pattern, found)
+    return found[0]
+
+
+def environment():
+    """Of someone who has the tree in a place that the system does not search."""
+    kept = {name: os.environ[name] for name in ("HOME", "LANG", "TMPDIR") if name in os.environ}
+    libraries = one("lib/**/libgridkit.so").parent
+    return kept | {"PATH": f"{TREE}/bin:{os.environ['PATH']}", "CMAKE_PREFIX_PATH": str(TREE),
+                   "PKG_CONFIG_PATH": str(libraries / "pkgconfig"), "LD_LIBRARY_PATH": str(libraries)}
+
+
+def write_pgm(name, header=f"P5\n{WIDTH} {HEIGHT}\n65535\n", pixels=WIDTH * HEIGHT):
+    values = [grey(i // WIDTH, i % WIDTH) for i in range(pixels)]
+    path = FOLDER / name
+    path.write_bytes(header.encode() + struct.pack(f">{pixels}H", *values))
+    return path
+
+
+def setUpModule():
+    shutil.rmtree(FOLDER, ignore_errors=True)
+    FOLDER.mkdir(parents=True)
+    staged = FOLDER / "staged"
+    subprocess.run(["cmake", "--install", BUILD, "--prefix", staged], check=True, capture_output=True)
+    staged.rename(TREE)
+
+
+class Headers(unittest.TestCase):
+    def test_are_the_chosen_ones(self):
+        root = TREE / "include/gridkit"
+        self.assertEqual(C_HEADERS | CPP_HEADERS, {str(h.relative_to(root)) for h in root.rglob("*.*")})
+
+    def test_compile_alone(self):
+        def compile_one(header, *compiler):
+            return run(*compiler, *WARNINGS.split(), "-fsyntax-only", "-I", TREE / "include/gridkit", "-H",
+                       "-x", "c" if "c11" in compiler[1] else "c++", "-", input=f"#include <{header}>\nextern int declared;\n".encode())
+
+        compilers = [(h, "g++", "-std=c++20") for h in C_HEADERS | CPP_HEADERS]
+        compilers += [(h, "gcc", "-std=c11") for h in C_HEADERS]
+        with ThreadPoolExecutor(2) as pool:
+            for done in pool.map(lambda c: compile_one(*c), compilers):
+                self.assertNotIn(str(SOURCE / "platform"), done.stderr.decode())
+
+
+class Library(unittest.TestCase):
+    def test_has_its_version_in_its_name(self):
+        library = one("lib/**/libgridkit.so")
+        real = library.resolve()
+        self.assertRegex(real.name, r"^libgridkit\.so\.\d+\.\d+\.\d+$")
+        soname = real.name.rsplit(".", 2)[0]
+        self.assertIn(f"soname: [{soname}]", text("readelf", "-d", library))
+        self.assertEqual(real, (library.parent / soname).resolve())
+
+    def test_nothing_looks_for_the_build(self):
+        binaries = [*TREE.glob("bin/*"), *TREE.glob("lib/**/*.so")]
+        self.assertEqual({"gridkit", "tsx-annotation", "tsx-simulate", "libgridkit.so", "tsx.so"},
+                         {b.name for b in binaries})
+        for binary in binaries:
+            paths = re.findall(r"R(?:UN)?PATH.*\[(.*)\]", text("readelf", "-d", binary))
+            self.assertTrue(all(path.startswith("$ORIGIN/..") for path in paths), (binary, paths))
+        for file in [*TREE.glob("lib/**/*.cmake"), *TREE.glob("lib/**/*.pc")]:
+            self.assertNotIn(str(SOURCE), file.read_text(), file)
+
+    def test_the_build_keeps_its_own_place(self):
+        self.assertTrue((BUILD / "lib/libgridkit.so").is_file())
+        self.assertTrue((BUILD / "lib/gridkit/tsx.so").is_file())
+
+    def test_find_package_takes_fitting_versions_only(self):
+        version = text("pkg-config", "--modversion", "gridkit").strip()
+        major, minor, _ = (int(part) for part in version.split("."))
+        folder = FOLDER / "versions"
+        folder.mkdir()
+        (folder / "CMakeLists.txt").write_text(
+            "cmake_minimum_required(VERSION 3.16)\nproject(versions CXX)\n"
+            f"find_package(gridkit {major}.{minor} REQUIRED)\n"
+            'message(STATUS "plug-ins: ${gridkit_PLUGIN_DIR}, version ${gridkit_VERSION}")\n'
+            f"foreach(other {major}.{minor + 1} {major + 1}.0)\n"
+            "  find_package(gridkit ${other} QUIET)\n"
+            '  if(gridkit_FOUND)\n    message(FATAL_ERROR "${other} was found")\n  endif()\nendforeach()\n')
+        self.assertIn(f"plug-ins: {one('lib/**/tsx.so').parent}, version {version}",
+                      text("cmake", "-S", folder, "-B", folder / "build"))
+
+
+class Tsx(unittest.TestCase):
+    """The plug-in that comes along, without a setting."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.product = text("tsx-simulate", FOLDER / "product", "--lines", 200, "--samples", 180).strip()
+
+    def test_is_found_beside_the_library(self):
+        info = json.loads(text(TREE / "bin/gridkit", "info", "--json", self.product))
+        self.assertEqual(["X_HH_MAGNITUDE_1", "X_HH_PHASE_2"], [layer["name"] for layer in info["layers"]])
+
+    def test_the_programs_need_no_library_path(self):
+        done = subprocess.run([TREE / "bin/gridkit", "info", "--json", self.product], capture_output=True, env={})
+        self.assertEqual((0, b""), (done.returncode, done.stderr))
+
+    def test_another_folder_can_be_named(self):
+        empty = FOLDER / "empty"
+        empty.mkdir()
+        self.assertIn(f"no format plug-in in {empty}",
+                      complaint("env", f"GRIDKIT_PLUGINS={empty}", "gridkit", "info", self.product))
+        for value in ("", BUILD / "lib/gridkit"):
+            run("env", f"GRIDKIT_PLUGINS={value}", "gridkit", "info", self.product)
+        # The option has the last word.
+        self.assertIn(f"no format plug-in in {empty}",
+                      complaint("env", f"GRIDKIT_PLUGINS={BUILD}/lib/gridkit", "gridkit", "--plugins", empty,
+                                "info", self.product))
+
+
+class Examples(unittest.TestCase):
+    """The second plug-in and the program, built from the installed sources alone."""
+
+    @classmethod
+    def setUpClass(cls):
+        examples = text("pkg-config", "--variable=examplesdir", "gridkit").strip()
+        for name in ("pgm", "embed"):
+            build = FOLDER / f"build-{name}"
+            run("cmake", "-S", f"{examples}/{name}", "-B", build, f"-DCMAKE_CXX_FLAGS=-O1 {WARNINGS}")
+            run("cmake", "--build", build)
+        run("cmake", "--install", FOLDER / "build-pgm")
+        cls.embed = FOLDER / "build-embed/embed"
+        cls.image = write_pgm("ramp.pgm")
+
+    @classmethod
+    def tearDownClass(cls):
+        one("lib/**/pgm.so").unlink()
+
+    def block(self, image, row, column):
+        return run("gridkit", "read", "--raw", image, "GREY", "--block", row, column).stdout
+
+    def test_the_plugin_lies_beside_the_other(self):
+        self.assertEqual(one("lib/**/tsx.so").parent, one("lib/**/pgm.so").parent)
+        self.assertEqual(str(one("lib/**/pgm.so").parent.resolve()),
+                         str(Path(text("pkg-config", "--variable=plugindir", "gridkit").strip()).resolve()))
+
+    def test_a_picture_has_its_layer(self):
+        info = json.loads(text("gridkit", "info", "--json", self.image))
+        self.assertEqual({"format": "PGM", "description": "grey images of 16 bits, portable grey map",
+                          "file": str(self.image), "data": [],
+                          "layers": [{"name": "GREY", "pixelType": "u16", "layerType": "grey", "width": WIDTH,
+                                      "height": HEIGHT, "blockWidth": BLOCK, "blockHeight": BLOCK,
+                                      "mapInfo": None}]}, info)
+
+    def test_every_pixel_comes_and_the_rest_is_zero(self):
+        for row in range(2):
+            for column in range(3):
+                expected = [grey(line, sample) if line < HEIGHT and sample < WIDTH else 0
+                            for line in range(row * BLOCK, (row + 1) * BLOCK)
+                            for sample in range(column * BLOCK, (column + 1) * BLOCK)]
+                self.assertEqual(struct.pack(f"={BLOCK * BLOCK}H", *expected), self.block(self.image, row, column))
+
+    def test_a_picture_becomes_another(self):
+        run("gridkit", "read", "-q", self.image, "GREY", "ramp.tif")
+        self.assertGreater((FOLDER / "ramp.tif").stat().st_size, 2 * WIDTH * HEIGHT)
+
+    def test_refusals_say_what_is_wrong(self):
+        self.assertIn("no layer BLUE; there is GREY", complaint("gridkit", "read", self.image, "BLUE", "x.tif"))
+        short = write_pgm("short.pgm", pixels=WIDTH * 70 + 3)
+        self.assertIn(f"{short}: line 70 cannot be read",
+                      complaint("gridkit", "read", "--raw", short, "GREY", "--block", 1, 0))
+        for block in ((2, 0), (0, 3), (-1, 0)):
+            self.assertIn("no such block", complaint("gridkit", "read", "--raw", self.image, "GREY",
+                                                     f"--block={block[0]}", block[1]))
+
+    def test_other_files_are_left_to_other_plugins(self):
+        for header in ("P5 150 100 255\n", "P5 150 100 65536\n", "P2 150 100 65535\n", "P5150 100 65535\n",
+                       "P5 0 100 65535\n", "P5 150 -1 65535\n", "P5 150 100 65535x", "P5 150 100 65535\0", "P5\n# by hand\n150 100 65535\n",
+                       "P5 150 100 65535", "P5", ""):
+            other = write_pgm("other.pgm", header, pixels=0)
+            self.assertIn("none of the known formats", complaint("gridkit", "info", other), header)
+        product = text("tsx-simulate", FOLDER / "beside", "--lines", 100, "--samples", 90).strip()
+        self.assertEqual("TerraSAR-X", json.loads(text("gridkit", "info", "--json", product))["format"])
+
+    def test_the_program_prints_layers_and_a_mean(self):
+        # Lines and columns are summed by themselves: 256 times the mean line and the mean column.
+        mean = 256 * (HEIGHT - 1) / 2 + (WIDTH - 1) / 2
+        self.assertEqual(f"PGM\nGREY: {WIDTH} x {HEIGHT}, u16\nmean of GREY: {mean:.3f}\n",
+                         text(self.embed, self.image, "GREY"))
+        self.assertEqual("usage: embed FILE [LAYER]\n", run(self.embed, status=2).stderr.decode())
+        self.assertIn("none of the known formats", complaint(self.embed, SOURCE / "LICENSE"))
+
+    def test_the_program_takes_signed_pixels_for_what_they_are(self):
+        product = text("tsx-simulate", FOLDER / "signed", "--lines", 128, "--samples", 128).strip()
+        block = run("gridkit", "read", "--raw", product, "X_HH_PHASE_2", "--block", 0, 0).stdout
+        self.assertLess(min(struct.unpack(f"={BLOCK * BLOCK}h", block)), 0)
+        printed = text(self.embed, product, "X_HH_PHASE_2")
+        self.assertIn("X_HH_PHASE_2: 128 x 128, s16\n", printed)
+        mean = float(printed.split()[-1])
+        # Phases of speckle lie evenly about 0, a uniform spread over 65536 with 16384 pixels.
+        self.assertLess(abs(mean), 5 * 65536 / 12 ** 0.5 / 128)
+
+
+class Document(unittest.TestCase):
+    """docs/writing-a-plugin.md by copy and paste, in a folder of its own."""
+
+    def test_does_what_it_shows(self):
+        folder = FOLDER / "reader"
+        folder.mkdir()
+        blocks = re.findall(r"^```(sh|console)\n(.*?)^```$", (SOURCE / "docs/writing-a-plugin.md").read_text(),
+                            re.M | re.S)
+        self.assertGreater(len(blocks), 5)
+        for kind, block in blocks:
+            if kind == "sh":
+                run("bash", "-euc", block, cwd=folder)
+                continue
+            for shown in re.split(r"^\$ ", block, flags=re.M)[1:]:
+                command, _, output = shown.partition("\n")
+                with self.subTest(command):
+                    self.assertEqual(output, run("bash", "-euc", command, cwd=folder).stdout.decode())
+        one("lib/**/pgm.so").unlink()
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
