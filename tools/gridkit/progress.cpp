@@ -5,14 +5,14 @@
 
 #include <unistd.h>
 
-Progress::Progress(std::int32_t lines, bool quiet)
+LineProgress::LineProgress(std::int32_t lines, bool quiet)
     : lines_(lines), shown_(!quiet && ::isatty(STDERR_FILENO) != 0) {}
 
-Progress::~Progress() {
+LineProgress::~LineProgress() {
   if (shown_) std::fputc('\n', stderr);
 }
 
-void Progress::advance(std::int32_t lines) {
+void LineProgress::advance(std::int32_t lines) {
   done_ += lines;
   if (!shown_) return;
   constexpr int width = 40;

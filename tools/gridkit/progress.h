@@ -2,13 +2,13 @@
 
 #include <cstdint>
 
-// A bar on standard error, where that is a terminal.
-class Progress {
+// A bar on standard error, where that is a terminal, for work that goes through an image by lines.
+class LineProgress {
  public:
-  Progress(std::int32_t lines, bool quiet);
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
-  ~Progress();  // ends the bar's line
+  LineProgress(std::int32_t lines, bool quiet);
+  LineProgress(const LineProgress&) = delete;
+  LineProgress& operator=(const LineProgress&) = delete;
+  ~LineProgress();  // ends the bar's line
 
   void advance(std::int32_t lines);
 

@@ -74,7 +74,7 @@ int save_quicklook(const Host& host, const Request& request) {
   const gridkit::Product product = host.open(request.product());
   const std::string layer = chosen_layer(product, request);
   const Quicklook quicklook = [&] {
-    Progress progress(product.open_layer(layer).height(), request.quiet);
+    LineProgress progress(product.open_layer(layer).height(), request.quiet);
     return make_quicklook(product, layer, request.size,
                           [&](std::int32_t lines) { progress.advance(lines); });
   }();

@@ -32,7 +32,8 @@ std::int64_t day_number(const lmx::c_datetime& time) {
 
 double seconds_between(const lmx::c_datetime& from, const lmx::c_datetime& to) {
   const auto whole = [](const lmx::c_datetime& time) {
-    return static_cast<double>(day_number(time) * 86400 + time.hour * 3600 + time.minute * 60);
+    const std::int64_t minutes = std::int64_t{time.hour} * 60 + time.minute;
+    return static_cast<double>(day_number(time) * 86400 + minutes * 60);
   };
   return whole(to) - whole(from) + (double{to.seconds} - double{from.seconds});
 }

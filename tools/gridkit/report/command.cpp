@@ -30,7 +30,7 @@ int save_report(const Host& host, const Request& request) {
   gridkit::refuse_existing(request.output, request.overwrite);
   const gridkit::Product product = host.open(request.product);
   const std::string page = [&] {
-    Progress progress(lines_of_all_layers(product), request.quiet);
+    LineProgress progress(lines_of_all_layers(product), request.quiet);
     return report::make_page(product, request.size,
                              [&](std::int32_t lines) { progress.advance(lines); });
   }();
