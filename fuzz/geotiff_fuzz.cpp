@@ -1,4 +1,5 @@
-// GeoTIFF files through the host's layers: pixels, size, map information and projection.
+// GeoTIFF files through the host's layers: pixels, size, map information and projection, and their
+// headers.
 
 #include <cstdint>
 #include <string>
@@ -9,6 +10,7 @@
 #include "gridkit/layer.h"
 #include "gridkit/map_projection.h"
 #include "gridkit/memory.h"
+#include "gridkit/raster_header.h"
 
 namespace {
 
@@ -57,5 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   read_pixels(layer);
   read_map(layer);
   gkl_LayerClose(layer, nullptr);
+  const gridkit::RasterHeader header = gridkit::read_raster_header(file.path());
+  expect(header.width == width && header.height == height, "the header tells the layer's size");
   return 0;
 }

@@ -1,5 +1,7 @@
 #include "plugin/document.h"
 
+#include <memory>
+
 #include "level1bProduct34/version34.h"
 #include "level1bProduct35/version35.h"
 #include "level1bProduct40/version40.h"
@@ -11,12 +13,12 @@ namespace {
 // A valid document may still lack what the open reads; it must not end the host's process.
 template <class Document>
 level1bProductBase* construct(const char* fileName, lmx::elmx_error* error) {
-  auto* document = new Document(fileName, error);
+  auto document = std::make_unique<Document>(fileName, error);
   if (*error == lmx::error_none &&
       missing_required_text(document->get_level1Product()) != nullptr) {
     *error = lmx::error_element_empty;
   }
-  return document;
+  return document.release();
 }
 
 }  // namespace

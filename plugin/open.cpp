@@ -117,7 +117,9 @@ TsxFile* open_product(const char* fileName, gkf_File* xmlFile, std::int32_t vers
     if (frame.failed("tsx_GenericSARRead failed")) return record;
   }
   if (!open_images(*record, frame)) return record;
-  pool_AddFileHandleToList(record, record->fileName, &tsx_ReleaseRecord);
+  if (pool_AddFileHandleToList(record, record->fileName, &tsx_ReleaseRecord) != 0) {
+    frame.report("pool_AddFileHandleToList failed");
+  }
   return record;
 }
 
@@ -149,6 +151,8 @@ void identify_and_open(Opening& opening, const char* fileName, const char* mode,
   if (frame.failed("gkf_Open failed")) return;
   tsx_RaiseCounter(s_tsxFileTitleIdentifyAndOpenCount, "s_tsxFileTitleIdentifyAndOpenCount",
                    frame.slot());
+  // A counter that has no text must not pass for the failure of an image.
+  frame.print_and_delete();
   // A product that is open already is shared; the handle just opened stays open, unrecorded.
   opening.record = static_cast<TsxFile*>(pool_FindFileHandleIfOpen(fileName, 0));
   if (opening.record != nullptr || mode == nullptr) return;

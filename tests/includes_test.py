@@ -27,10 +27,11 @@ ALLOWED = {
                "lmx/error.h"),
     # The simulator and the annotation's own tool work on the classes; the host's command line on products.
     "tools/annotation": ("tools/annotation/", "plugin/schema_version.h", "plugin/required_texts.h",
-                         "binding/", "lmx/", "level1bProduct"),
+                         "gridkit/", "binding/", "lmx/", "level1bProduct"),
     "tools/simulate": ("tools/simulate/", "tools/annotation/", "plugin/schema_version.h", "binding/", "lmx/",
                        "gridkit/", "rmdllib/vector3.h", "level1bProduct"),
     "tools/gridkit": ("tools/gridkit/", "tools/annotation/", *TOOLKIT),
+    "tools/gridkit/report": ("tools/gridkit/", "tools/annotation/", "lmx/", "report_assets.h", *TOOLKIT),
 }
 # The one source of the plug-in that names classes of the schema.
 EXCEPTIONS = {"plugin/document.cpp": ("level1bProduct",)}

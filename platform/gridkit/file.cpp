@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "gridkit/fail.h"
+#include "gridkit/open_scope.h"
 #include "gridkit/regular_file.h"
 
 namespace {
@@ -36,16 +37,21 @@ int32_t gkf_FileExists(const char* path, gke_Report**) {
   return path != nullptr && ::access(path, F_OK) == 0 ? 1 : 0;
 }
 
-gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t) {
+gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t) try {
   constexpr const char* word = "gkf_Open";
   if (path == nullptr || mode == nullptr || !is_mode(mode)) {
     gridkit::fail(err, word, {"no path, or no mode that is known"});
     return nullptr;
   }
+  if (const std::string refusal = gridkit::refusal_to_open(path); !refusal.empty()) {
+    gridkit::fail(err, word, {refusal});
+    return nullptr;
+  }
   const bool for_writing = std::strcmp(mode, "r") != 0 && std::strcmp(mode, "rb") != 0;
   gridkit::descriptor opened = gridkit::open_regular_file(path, for_writing);
   if (!opened.is_open()) {
-    gridkit::fail(err, word, {path, ": ", std::strerror(errno)});
+    const int reason = errno;
+    gridkit::fail(err, word, {gridkit::shown_path(path), ": ", std::strerror(reason)});
     return nullptr;
   }
   std::unique_ptr<gkf_File> file(new (std::nothrow) gkf_File);
@@ -56,6 +62,9 @@ gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t
   }
   opened.release();
   return file.release();
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkf_Open", {"out of memory"});
+  return nullptr;
 }
 
 void gkf_Close(gkf_File* file, gke_Report** err) {

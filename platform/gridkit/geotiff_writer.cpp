@@ -1,11 +1,13 @@
 #include <cstdint>
-#include <limits>
+#include <string>
+#include <vector>
 
 #include <cpl_string.h>
 #include <gdal.h>
-#include <ogr_srs_api.h>
 
+#include "gridkit/gdal_reference.h"
 #include "gridkit/gdal_support.h"
+#include "gridkit/line_count.h"
 #include "gridkit/partial_file.h"
 #include "gridkit/raster_writer.h"
 
@@ -21,21 +23,30 @@ GDALDataType gdal_type(SampleType type) {
       return GDT_UInt16;
     case SampleType::s16:
       return GDT_Int16;
+    case SampleType::f32:
+      return GDT_Float32;
   }
   return GDT_Unknown;
 }
 
 constexpr std::int32_t lines_in_memory = 64;  // the library would keep a part of all memory
 
+// Gives a file up: what goes wrong then concerns nobody.
 struct closer {
-  void operator()(void* dataset) const { GDALClose(dataset); }
+  void operator()(void* dataset) const {
+    const gdal_messages unheard;
+    GDALClose(dataset);
+  }
 };
 
 class GeoTiffWriter final : public RasterWriter {
  public:
   GeoTiffWriter(const std::string& path, std::int32_t width, std::int32_t height,
                 const RasterOptions& options)
-      : file_(path), target_(path), width_(width), height_(height), type_(gdal_type(options.type)) {
+      : lines_(path, width, height, sample_size(options.type)),
+        file_(path, options.existing),
+        target_(options.shown_path.empty() ? path : options.shown_path),
+        type_(gdal_type(options.type)) {
     register_geotiff();
     const gdal_messages messages;
     CPLStringList settings;
@@ -49,23 +60,18 @@ class GeoTiffWriter final : public RasterWriter {
   }
 
   void write_lines(std::span<const std::byte> samples, std::int32_t lines) override {
-    const auto sample = static_cast<std::size_t>(GDALGetDataTypeSizeBytes(type_));
-    const auto expected =
-        sample * static_cast<std::size_t>(width_) * static_cast<std::size_t>(lines < 0 ? 0 : lines);
-    if (lines < 0 || samples.size() != expected || lines > height_ - next_line_) {
-      throw Error(target_ + ": the lines do not fit the image");
-    }
+    const std::int32_t first = lines_.next_line();
+    lines_.add(lines, samples.size());
     if (lines == 0) return;
     const gdal_messages messages;
     auto* data = const_cast<std::byte*>(samples.data());
-    if (GDALRasterIO(GDALGetRasterBand(dataset_.get(), 1), GF_Write, 0, next_line_, width_, lines,
-                     data, width_, lines, type_, 0, 0) != CE_None) {
-      refuse("cannot be written", messages);
+    bool written = GDALRasterIO(band(), GF_Write, 0, first, lines_.width(), lines, data,
+                                lines_.width(), lines, type_, 0, 0) == CE_None;
+    if (lines_.next_line() / lines_in_memory != first / lines_in_memory) {
+      written = GDALFlushRasterCache(band()) == CE_None && written;
     }
-    next_line_ += lines;
-    if (next_line_ / lines_in_memory != (next_line_ - lines) / lines_in_memory) {
-      GDALFlushRasterCache(GDALGetRasterBand(dataset_.get(), 1));
-    }
+    // A line that was put off earlier may be what fails now.
+    if (!written || messages.any()) refuse("cannot be written", messages);
   }
 
   void add_metadata(const std::string& key, const std::string& value) override {
@@ -73,42 +79,61 @@ class GeoTiffWriter final : public RasterWriter {
     GDALSetMetadataItem(dataset_.get(), key.c_str(), value.c_str(), nullptr);
   }
 
+  void set_no_data(double value) override { GDALSetRasterNoDataValue(band(), value); }
+
   void finish() override {
     const gdal_messages messages;
-    dataset_.reset();
-    if (!messages.first_or("").empty()) refuse("cannot be written", messages);
+    GDALClose(dataset_.release());
+    if (messages.any()) refuse("cannot be written", messages);
     file_.complete();
   }
 
  private:
+  GDALRasterBandH band() const { return GDALGetRasterBand(dataset_.get(), 1); }
+
   [[noreturn]] void refuse(const char* what, const gdal_messages& messages) {
-    throw Error(target_ + ": " + what + ": " + messages.first_or("unknown reason"));
+    throw Error(target_ + ": " + what + ": " + messages.reason());
   }
 
   void describe(const RasterOptions& options, const gdal_messages& messages) {
     if (options.georeference) set_georeference(*options.georeference, messages);
-    if (options.no_data) {
-      GDALSetRasterNoDataValue(GDALGetRasterBand(dataset_.get(), 1), *options.no_data);
-    }
+    if (!options.control_points.empty()) set_control_points(options.control_points, messages);
+    if (options.no_data) set_no_data(*options.no_data);
+    if (!options.band_name.empty()) GDALSetDescription(band(), options.band_name.c_str());
+    if (!options.unit.empty()) GDALSetRasterUnitType(band(), options.unit.c_str());
   }
 
-  void set_georeference(const Georeference& reference, const gdal_messages& messages) {
-    OGRSpatialReferenceH system = OSRNewSpatialReference(nullptr);
-    const bool known = OSRImportFromEPSG(system, reference.epsg) == OGRERR_NONE &&
-                       GDALSetSpatialRef(dataset_.get(), system) == CE_None;
-    OSRDestroySpatialReference(system);
-    auto transform = reference.transform;
-    if (!known || GDALSetGeoTransform(dataset_.get(), transform.data()) != CE_None) {
+  void set_georeference(const Georeference& georeference, const gdal_messages& messages) {
+    OGRSpatialReference system = reference_of(georeference);
+    auto transform = georeference.transform;
+    if (GDALSetSpatialRef(dataset_.get(), OGRSpatialReference::ToHandle(&system)) != CE_None ||
+        GDALSetGeoTransform(dataset_.get(), transform.data()) != CE_None) {
       refuse("cannot be georeferenced", messages);
     }
   }
 
+  void set_control_points(const std::vector<ControlPoint>& points, const gdal_messages& messages) {
+    std::vector<std::string> names;
+    names.reserve(points.size());
+    std::vector<GDAL_GCP> entries;
+    char none[] = "";
+    for (const ControlPoint& point : points) {
+      names.push_back(std::to_string(names.size() + 1));
+      entries.push_back({names.back().data(), none, point.column, point.line, point.longitude,
+                         point.latitude, point.height});
+    }
+    OGRSpatialReference system = reference_of(Georeference{.epsg = 4326});
+    system.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+    if (GDALSetGCPs2(dataset_.get(), static_cast<int>(entries.size()), entries.data(),
+                     OGRSpatialReference::ToHandle(&system)) != CE_None) {
+      refuse("cannot take its control points", messages);
+    }
+  }
+
+  LineCount lines_;
   PartialFile file_;
   std::string target_;
-  std::int32_t width_;
-  std::int32_t height_;
   GDALDataType type_;
-  std::int32_t next_line_ = 0;
   std::unique_ptr<void, closer> dataset_;
 };
 
@@ -116,7 +141,6 @@ class GeoTiffWriter final : public RasterWriter {
 
 std::unique_ptr<RasterWriter> create_geotiff(const std::string& path, std::int32_t width,
                                              std::int32_t height, const RasterOptions& options) {
-  if (width < 1 || height < 1) throw Error(path + ": an image needs a positive size");
   return std::make_unique<GeoTiffWriter>(path, width, height, options);
 }
 

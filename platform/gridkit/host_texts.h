@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,19 +10,31 @@
 
 namespace gridkit {
 
+// What a plug-in handed out, owned until it is copied.
+struct heap_deleter {
+  void operator()(void* block) const { gkm_HeapFree(block); }
+};
+using heap_block = std::unique_ptr<void, heap_deleter>;
+using heap_text = std::unique_ptr<char, heap_deleter>;
+
 // Takes over a text that a plug-in handed out: an empty one for null.
 inline std::string take_text(char* text) {
-  std::string copy = text == nullptr ? "" : text;
-  gkm_HeapFree(text);
-  return copy;
+  const heap_text owned(text);
+  return text == nullptr ? "" : text;
 }
 
 // Takes over a list of texts, null entries read as empty.
 inline std::vector<std::string> take_texts(char** texts, std::int32_t count) {
+  if (texts == nullptr) return {};
+  const auto free_all = [count](char** list) {
+    for (std::int32_t i = 0; i < count; ++i) gkm_HeapFree(list[i]);
+    gkm_HeapFree(list);
+  };
+  const std::unique_ptr<char*, decltype(free_all)> owned(texts, free_all);
   std::vector<std::string> copies;
-  for (std::int32_t i = 0; texts != nullptr && i < count; ++i)
-    copies.push_back(take_text(texts[i]));
-  gkm_HeapFree(texts);
+  for (std::int32_t i = 0; i < count; ++i) {
+    copies.emplace_back(texts[i] == nullptr ? "" : texts[i]);
+  }
   return copies;
 }
 

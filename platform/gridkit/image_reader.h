@@ -19,6 +19,10 @@ struct Window {
   std::int32_t height = 0;
 };
 
+// Throws Error for a window that does not lie in the layer's image, and for a layer whose blocks
+// cannot be read in windows.
+GRIDKIT_API void check_window(const Layer& layer, const Window& window);
+
 // Lines of the image, both ends included.
 struct LineRange {
   std::int32_t first;
@@ -28,6 +32,10 @@ struct LineRange {
 // Takes whole lines of a window, in order: [lines][window width] pixels.
 using LineSink = std::function<void(std::span<const std::uint16_t> pixels, std::int32_t lines)>;
 
+// The same, and whether all pixels of these lines came.
+using MarkedLineSink =
+    std::function<void(std::span<const std::uint16_t> pixels, std::int32_t lines, bool complete)>;
+
 // Reads a window of a layer, row of blocks by row of blocks, and hands its lines to the sink.
 //
 // A plug-in may refuse blocks: near the bottom of an image, or because a line of the block lies
@@ -36,13 +44,24 @@ using LineSink = std::function<void(std::span<const std::uint16_t> pixels, std::
 // preference "default_block_size" of the group "import", as long as one promises more lines; the
 // preference is put back afterwards. Blocks that reach past the right edge are cropped.
 //
+// Windows of different products may be read on different threads. While one asks for a tail, a
+// layer that another thread opens by itself may get that block size; the layer tells which it has.
+//
 // Gives the lines that stayed without data in part or in whole; their missing pixels are 0. Memory:
-// a row of blocks, and at most `longest_tail` lines of the window. Throws Error for a window
-// outside the image or a failing read.
+// a row of blocks and as much of the window's last `longest_tail` lines, each of at most
+// `most_bytes_held`. Sizes come from strangers, so windows of more than `most_lines` lines or
+// `most_pixels` pixels are refused, and those that would be zeros for more than `most_empty_pixels`
+// pixels from some line on. Throws Error for these, a window outside the image or a failing read.
 GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std::string& layer,
                                                const Window& window, const LineSink& sink);
+GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std::string& layer,
+                                               const Window& window, const MarkedLineSink& sink);
 
 inline constexpr std::int32_t longest_tail = 4096;
 inline constexpr std::int32_t largest_block = 4096;
+inline constexpr std::int64_t most_bytes_held = std::int64_t{1} << 30;
+inline constexpr std::int64_t most_lines = std::int64_t{1} << 24;
+inline constexpr std::int64_t most_pixels = std::int64_t{1} << 34;
+inline constexpr std::int64_t most_empty_pixels = std::int64_t{1} << 30;
 
 }  // namespace gridkit

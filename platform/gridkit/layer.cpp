@@ -1,6 +1,7 @@
 #include "gridkit/layer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstdarg>
 #include <cstring>
@@ -15,19 +16,42 @@
 #include "gridkit/fail.h"
 #include "gridkit/gdal_support.h"
 #include "gridkit/open_layer.h"
+#include "gridkit/open_scope.h"
+#include "gridkit/regular_file.h"
 
 namespace {
 
 using gridkit::dataset;
 
+struct list_deleter {
+  void operator()(gks_StringList* list) const { gks_StringListDelete(list, nullptr); }
+};
+using string_list = std::unique_ptr<gks_StringList, list_deleter>;
+// Why a path is not opened at all; empty when it may be tried.
+std::string refusal_of(const char* path) {
+  std::string refusal = gridkit::refusal_to_open(path);
+  if (!refusal.empty() || gridkit::open_regular_file(path, false).is_open()) return refusal;
+  const int reason = errno;
+  return gridkit::shown_path(path) + ": " + std::strerror(reason);
+}
+
+// The library takes some paths for more than a file's name, "/vsicurl/..." and "GTIFF_DIR:..."
+// among them; led in by a dot none is.
+std::string plain_path(std::string_view path) {
+  if (path.starts_with("/vsi")) return "/." + std::string(path);
+  return (path.starts_with('/') ? "" : "./") + std::string(path);
+}
+
 // Opens a GeoTIFF by itself: files that lie beside it have no say in its pixels nor
 // in where they lie.
-dataset open_geotiff(const char* path) {
+dataset open_geotiff(const char* file) {
   gridkit::register_geotiff();
+  const std::string path = plain_path(file);
   constexpr const char* drivers[] = {"GTiff", nullptr};
   constexpr const char* options[] = {"GEOREF_SOURCES=INTERNAL", nullptr};
   constexpr const char* siblings[] = {nullptr};
-  return dataset(GDALOpenEx(path, GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, options, siblings));
+  return dataset(
+      GDALOpenEx(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, options, siblings));
 }
 
 struct layer_name {
@@ -137,26 +161,31 @@ gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance* token, gke_Rep
     gridkit::fail(err, word, {"no path or no token of this toolkit"});
     return nullptr;
   }
+  if (const std::string refusal = refusal_of(path); !refusal.empty()) {
+    gridkit::fail(err, word, {refusal});
+    return nullptr;
+  }
   const gridkit::gdal_messages messages;
   const dataset file = open_geotiff(path);
   if (file == nullptr) {
     gridkit::fail(err, word, {path, ": ", messages.first_or("not a GeoTIFF file")});
     return nullptr;
   }
-  gks_StringList* names = nullptr;
+  string_list names;
   const int bands = GDALGetRasterCount(file.get());
   for (int band = 1; band <= bands; ++band) {
     const std::string name = std::to_string(band) + ':' + path;
     gke_Report* failed = nullptr;
-    names = gks_StringListAppend(names, name.c_str(), &failed);
+    gks_StringList* const longer = gks_StringListAppend(names.get(), name.c_str(), &failed);
+    static_cast<void>(names.release());
+    names.reset(longer);
     if (failed == nullptr) continue;
     if (err != nullptr) *err = failed;
     if (err == nullptr) gke_DeleteErrorReportEx(&failed);
-    gks_StringListDelete(names, nullptr);
     return nullptr;
   }
   if (names == nullptr) gridkit::fail(err, word, {path, ": the file holds no image"});
-  return names;
+  return names.release();
 } catch (const std::bad_alloc&) {
   gridkit::fail(err, "gkl_LayerGetNames", {"out of memory"});
   return nullptr;
@@ -174,6 +203,10 @@ gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance* token, gke_Report** err
   const auto parsed = name == nullptr ? std::nullopt : parse(name);
   if (!parsed || !known || token != gki_GetInit(nullptr)) {
     gridkit::fail(err, word, {"no layer name, an unknown option or no token of this toolkit"});
+    return nullptr;
+  }
+  if (const std::string refusal = refusal_of(parsed->path); !refusal.empty()) {
+    gridkit::fail(err, word, {refusal});
     return nullptr;
   }
   const gridkit::gdal_messages messages;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -10,6 +11,7 @@
 
 #include "gridkit/exports.h"
 #include "gridkit/host_texts.h"
+#include "gridkit/open_scope.h"
 #include "gridkit/product.h"
 #include "gridkit/report.h"
 #include "handlepool/handlepool.h"
@@ -29,8 +31,8 @@ FormatDescription describe(const Exports& exports) {
   const auto titles = static_cast<std::int32_t>(format.titles.size());
   unsigned char* flags = nullptr;
   if (exports.InstanceTemplateListGet(&list, &flags) == 0) {
+    const heap_block owned_flags(flags);
     format.templates = take_texts(list, titles);
-    gkm_HeapFree(flags);
   }
   if (exports.InstanceExtListGet(&list) == 0) format.extensions = take_texts(list, titles);
   if (exports.InstanceShortNameListGet(&list) == 0) format.short_names = take_texts(list, titles);
@@ -51,12 +53,17 @@ ReportCollector::~ReportCollector() {
   gke_SetReportSink(before_);
 }
 
-void ReportCollector::collect(const gke_Report* report, void* collector) {
+// Called by the plug-in's printing, so nothing may be thrown.
+void ReportCollector::collect(const gke_Report* report, void* collector) try {
   auto& text = static_cast<ReportCollector*>(collector)->text_;
   for (; report != nullptr; report = gke_ReportPrevious(report)) {
     if (!text.empty()) text += "; ";
     text += std::string(gke_ReportWord(report)) + ": " + gke_ReportMessage(report);
   }
+} catch (const std::bad_alloc&) {
+  // Short enough to need no memory.
+  auto& text = static_cast<ReportCollector*>(collector)->text_;
+  if (text.empty()) text = "out of memory";
 }
 
 std::shared_ptr<Plugin> Plugin::load(const std::filesystem::path& library) {
@@ -76,7 +83,8 @@ std::optional<std::int32_t> Plugin::identify(const std::string& path) const {
 }
 
 Product Plugin::open(const std::string& path, const std::string& mode) {
-  ReportCollector reports;
+  const ReportCollector reports;
+  const OpenScope scope(path);
   FileHandle record = nullptr;
   std::int32_t title = -1;
   try {
@@ -89,7 +97,14 @@ Product Plugin::open(const std::string& path, const std::string& mode) {
   }
   // An open that fails late hands out its unfinished record; it is not in the registry.
   const bool registered = pool_FindFileHandleIfOpen(path.c_str(), 0) == record;
-  if (record == nullptr || !registered) throw Error(path + ": " + reports.text());
+  if (record == nullptr || !registered) {
+    // Not every operation of the toolkit can report.
+    std::string why = reports.text();
+    if (why.find(scope.refusal()) == std::string::npos) {
+      why += (why.empty() ? "" : "; ") + scope.refusal();
+    }
+    throw Error(path + ": " + (why.empty() ? "the open product is not in the registry" : why));
+  }
   return Product(shared_from_this(), record, path, title);
 }
 

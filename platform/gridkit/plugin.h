@@ -41,7 +41,9 @@ class GRIDKIT_API Plugin : public std::enable_shared_from_this<Plugin> {
   std::optional<std::int32_t> identify(const std::string& path) const;
 
   // Opens a file of the format. Throws Error with what the plug-in reported; a record that it hands
-  // out unfinished is never used.
+  // out unfinished is never used. Until it is open, files outside the folder of `path` are not
+  // opened, and the text names the first that was refused; see the preference
+  // "allow_outside_files" of the group "gridkit".
   Product open(const std::string& path, const std::string& mode = "r");
 
  private:

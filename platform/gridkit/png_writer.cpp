@@ -6,6 +6,8 @@
 
 #include <png.h>
 
+#include "gridkit/line_count.h"
+#include "gridkit/os_error.h"
 #include "gridkit/partial_file.h"
 #include "gridkit/raster_writer.h"
 
@@ -35,13 +37,16 @@ class PngWriter final : public RasterWriter {
  public:
   PngWriter(const std::string& path, std::int32_t width, std::int32_t height,
             const RasterOptions& options)
-      : file_(path), target_(path), width_(width), height_(height), type_(options.type) {
+      : lines_(path, width, height, sample_size(options.type)),
+        type_(checked(options.type, path)),
+        file_(path, options.existing),
+        target_(path) {
     stream_.reset(std::fopen(file_.path().c_str(), "wb"));
-    if (stream_ == nullptr) throw Error(path + ": cannot be created: " + std::strerror(errno));
+    if (stream_ == nullptr) refuse_by_system();
     handles_.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &target_, refuse, ignore_warning);
     if (handles_.png != nullptr) handles_.info = png_create_info_struct(handles_.png);
     if (handles_.info == nullptr) throw std::bad_alloc();
-    png_init_io(handles_.png, stream_.get());
+    png_set_write_fn(handles_.png, this, write, flush);
     png_set_IHDR(handles_.png, handles_.info, static_cast<png_uint_32>(width),
                  static_cast<png_uint_32>(height), type_ == SampleType::u8 ? 8 : 16,
                  PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
@@ -51,14 +56,9 @@ class PngWriter final : public RasterWriter {
   }
 
   void write_lines(std::span<const std::byte> samples, std::int32_t lines) override {
-    const std::size_t sample = type_ == SampleType::u8 ? 1 : 2;
-    const std::size_t line = sample * static_cast<std::size_t>(width_);
-    if (lines < 0 || lines > height_ - next_line_ ||
-        samples.size() != line * static_cast<std::size_t>(lines)) {
-      throw Error(target_ + ": the lines do not fit the image");
-    }
+    lines_.add(lines, samples.size());
+    const std::size_t line = lines_.line_bytes();
     for (; !samples.empty(); samples = samples.subspan(line)) write_line(samples.first(line));
-    next_line_ += lines;
   }
 
   void add_metadata(const std::string& key, const std::string& value) override {
@@ -69,12 +69,12 @@ class PngWriter final : public RasterWriter {
     png_set_text(handles_.png, handles_.info, &text, 1);
   }
 
+  void set_no_data(double) override {}
+
   void finish() override {
-    if (next_line_ < height_) throw Error(target_ + ": lines are missing");
+    if (!lines_.is_complete()) throw Error(target_ + ": lines are missing");
     png_write_end(handles_.png, handles_.info);
-    if (std::fclose(stream_.release()) != 0) {
-      throw Error(target_ + ": cannot be written: " + std::strerror(errno));
-    }
+    if (std::fclose(stream_.release()) != 0) refuse_by_system();
     file_.complete();
   }
 
@@ -82,6 +82,22 @@ class PngWriter final : public RasterWriter {
   struct closer {
     void operator()(std::FILE* file) const { std::fclose(file); }
   };
+
+  static SampleType checked(SampleType type, const std::string& path) {
+    if (type == SampleType::f32) throw Error(path + ": a PNG holds no floating-point samples");
+    return type;
+  }
+
+  [[noreturn]] void refuse_by_system() const {
+    throw Error(target_ + ": cannot be written: " + os_error_in_words(errno));
+  }
+
+  // The library's own writing would lose the reason why it fails.
+  static void write(png_structp png, png_bytep bytes, std::size_t count) {
+    const auto* writer = static_cast<PngWriter*>(png_get_io_ptr(png));
+    if (std::fwrite(bytes, 1, count, writer->stream_.get()) != count) writer->refuse_by_system();
+  }
+  static void flush(png_structp) {}
 
   // PNG holds unsigned samples, most significant byte first.
   void write_line(std::span<const std::byte> samples) {
@@ -101,12 +117,10 @@ class PngWriter final : public RasterWriter {
     png_write_row(handles_.png, row_.data());
   }
 
+  LineCount lines_;
+  SampleType type_;
   PartialFile file_;
   std::string target_;
-  std::int32_t width_;
-  std::int32_t height_;
-  SampleType type_;
-  std::int32_t next_line_ = 0;
   std::unique_ptr<std::FILE, closer> stream_;
   png_handles handles_;
   std::vector<png_byte> row_;
@@ -116,7 +130,6 @@ class PngWriter final : public RasterWriter {
 
 std::unique_ptr<RasterWriter> create_png(const std::string& path, std::int32_t width,
                                          std::int32_t height, const RasterOptions& options) {
-  if (width < 1 || height < 1) throw Error(path + ": an image needs a positive size");
   return std::make_unique<PngWriter>(path, width, height, options);
 }
 

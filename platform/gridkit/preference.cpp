@@ -23,10 +23,18 @@ namespace {
 constexpr const char* load_word = "gkp_LoadPreferences";
 
 using key = std::pair<std::string, std::string>;
+using key_view = std::pair<std::string_view, std::string_view>;
+
+// Orders keys and views of keys alike, so that looking one up needs no memory.
+struct key_order {
+  using is_transparent = void;
+  bool operator()(key_view a, key_view b) const { return a < b; }
+};
+using number_map = std::map<key, double, key_order>;
 
 struct preferences {
   std::mutex mutex;
-  std::map<key, double> numbers;
+  number_map numbers;
 };
 
 // The store is the process's own by the nature of the service.
@@ -88,7 +96,7 @@ int32_t load(const char* path, gke_Report** err) {
   constexpr std::size_t largest = 1 << 20;
   const std::optional<std::string> text = small_text(path, largest, err);
   if (!text) return -1;
-  std::map<key, double> read;
+  number_map read;
   std::size_t number = 0;
   for (std::string_view rest = *text; !rest.empty();) {
     const auto end = std::min(rest.find('\n'), rest.size());
@@ -115,14 +123,11 @@ int32_t load(const char* path, gke_Report** err) {
 }  // namespace
 
 double gkp_GetNumberPreference(const char* group, const char* name, double defaultValue,
-                               gke_Report** err) try {
+                               gke_Report**) {
   if (group == nullptr || name == nullptr) return defaultValue;
   const std::lock_guard lock(store().mutex);
-  const auto found = store().numbers.find(key{group, name});
+  const auto found = store().numbers.find(key_view{group, name});
   return found == store().numbers.end() ? defaultValue : found->second;
-} catch (const std::bad_alloc&) {
-  gridkit::fail(err, "gkp_GetNumberPreference", {"out of memory"});
-  return defaultValue;
 }
 
 int32_t gkp_SetNumberPreference(const char* group, const char* name, double value,
@@ -132,7 +137,13 @@ int32_t gkp_SetNumberPreference(const char* group, const char* name, double valu
     return -1;
   }
   const std::lock_guard lock(store().mutex);
-  store().numbers.insert_or_assign(key{group, name}, value);
+  // A number that is set already is set anew without memory.
+  const auto found = store().numbers.find(key_view{group, name});
+  if (found != store().numbers.end()) {
+    found->second = value;
+  } else {
+    store().numbers.emplace(key{group, name}, value);
+  }
   return 0;
 } catch (const std::bad_alloc&) {
   gridkit::fail(err, "gkp_SetNumberPreference", {"out of memory"});

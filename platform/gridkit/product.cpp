@@ -72,13 +72,16 @@ struct dictionary_release {
 Product::Product(std::shared_ptr<Plugin> plugin, void* record, const std::string& path,
                  std::int32_t title) {
   const std::lock_guard lock(records().mutex);
-  auto& known = records().by_handle[record];
-  record_ = known.lock();
+  std::erase_if(records().by_handle, [](const auto& entry) { return entry.second.expired(); });
+  const auto found = records().by_handle.find(record);
+  if (found != records().by_handle.end()) record_ = found->second.lock();
   if (record_ != nullptr) return;
   const Exports* exports = plugin->exports_.get();
+  // Without a holder the product is closed again.
+  std::unique_ptr<void, std::int32_t (*)(FileHandle)> opened(record, exports->FileClose);
   record_ = std::make_shared<Record>(std::move(plugin), exports, record, path, title);
-  known = record_;
-  std::erase_if(records().by_handle, [](const auto& entry) { return entry.second.expired(); });
+  static_cast<void>(opened.release());
+  records().by_handle[record] = record_;
 }
 
 const std::string& Product::path() const {
@@ -104,11 +107,14 @@ std::vector<std::string> Product::layer_names() const {
 }
 
 std::vector<std::string> Product::data_names() const {
+  const ReportCollector reports;
   std::int32_t count = 0;
   char** names = nullptr;
   const auto list = record_->exports->FileRasterFormatsNonStandardDataNamesGet;
-  return list(record_->handle, &count, &names) == 0 ? take_texts(names, count)
-                                                    : std::vector<std::string>();
+  if (list(record_->handle, &count, &names) == 0) return take_texts(names, count);
+  // A plug-in that has no names to list says so without a word.
+  if (reports.text().empty()) return {};
+  refuse(path() + ": the data cannot be listed", reports);
 }
 
 std::optional<NonStandardData> Product::read_data(const std::string& name) const {
@@ -120,8 +126,9 @@ std::optional<NonStandardData> Product::read_data(const std::string& name) const
   char* type = nullptr;
   const std::int32_t result = record_->exports->FileDataRead(record_->handle, name.c_str(), &data,
                                                              &size, &dictionary, &type);
-  NonStandardData read{take_text(type), take_text(dictionary), {}};
-  const std::unique_ptr<void, decltype(&gkm_HeapFree)> block(data, &gkm_HeapFree);
+  const heap_block owned_data(data);
+  heap_text owned_dictionary(dictionary);
+  NonStandardData read{take_text(type), take_text(owned_dictionary.release()), {}};
   if (result != 0) refuse(path() + ": " + name + " cannot be read", reports);
   if (data == nullptr || size < 0) return std::nullopt;
   const auto* bytes = static_cast<const std::byte*>(data);
@@ -184,6 +191,11 @@ bool Layer::read_block(std::int32_t row, std::int32_t column,
   const ReportCollector reports;
   const auto width = static_cast<std::size_t>(std::max(block_width_, 0));
   const auto height = static_cast<std::size_t>(std::max(block_height_, 0));
+  constexpr std::size_t most_pixels = std::size_t{1} << 29;
+  if (width > 0 && height > most_pixels / width) {
+    throw Error(record_->path + ": blocks of " + std::to_string(width) + " x " +
+                std::to_string(height) + " pixels are too large; see import.default_block_size");
+  }
   pixels.assign(width * height, 0);
   void* block = pixels.data();
   if (record_->exports->LayerRasterRead(handle_, row, column, &block) != 0) {
@@ -207,7 +219,8 @@ std::optional<MapInfo> Layer::map_info() const {
   const std::int32_t result =
       record_->exports->LayerMapInfoRead(handle_, &projection, &x, &y, &width, &height, &units);
   const bool has_map = projection != nullptr;
-  MapInfo info{take_text(projection), {x, y}, {width, height}, take_text(units)};
+  heap_text owned_units(units);
+  MapInfo info{take_text(projection), {x, y}, {width, height}, take_text(owned_units.release())};
   if (result != 0) refuse(record_->path + ": no map information of " + name_, reports);
   return has_map ? std::optional(info) : std::nullopt;
 }
@@ -220,9 +233,11 @@ std::optional<MapProjection> Layer::map_projection() const {
       handle_, &name, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7]);
   const bool has_map =
       name != nullptr || std::any_of(v.begin(), v.end(), [](MifValue o) { return o != nullptr; });
+  std::array<heap_text, 8> values;
+  for (std::size_t i = 0; i < v.size(); ++i) values[i].reset(static_cast<char*>(v[i]));
   MapProjection projection{take_text(name), {}};
   for (std::size_t i = 0; i < v.size(); ++i) {
-    if (v[i] != nullptr) projection.values[i] = take_text(static_cast<char*>(v[i]));
+    if (values[i] != nullptr) projection.values[i] = values[i].get();
   }
   if (result != 0)
     refuse(record_->path + ": the map projection of " + name_ + " cannot be read", reports);

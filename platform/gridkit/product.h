@@ -56,7 +56,8 @@ class GRIDKIT_API Layer {
   std::int32_t block_height() const { return block_height_; }
 
   // One whole block, [block_height][block_width] 16-bit pixels; false when the plug-in has no data
-  // for it. `pixels` is resized. Throws Error with what was reported.
+  // for it. `pixels` is resized. Throws Error with what was reported, and for blocks of more than
+  // 1 GiB.
   bool read_block(std::int32_t row, std::int32_t column, std::vector<std::uint16_t>& pixels) const;
 
   // Where the layer lies on a map, if it does. Throws Error.
@@ -81,8 +82,9 @@ class GRIDKIT_API Layer {
 };
 
 // A holder of an open product. Plug-ins hand out the same record for a second open of a path; the
-// host counts the holders of each record and closes it once, when the last one goes. Not for use
-// from several threads at once.
+// host counts the holders of each record and closes it once, when the last one goes. Different
+// products may be used on different threads; the holders of one record, and its layers, on one at a
+// time.
 class GRIDKIT_API Product {
  public:
   const std::string& path() const;
@@ -92,7 +94,7 @@ class GRIDKIT_API Product {
   // Names of the layers. Throws Error.
   std::vector<std::string> layer_names() const;
 
-  // Names of the data beside the pixels; none when the plug-in has none to list.
+  // Names of the data beside the pixels; none when the plug-in has none to list. Throws Error.
   std::vector<std::string> data_names() const;
 
   // Data by name; nothing when the plug-in does not know the name. Throws Error.

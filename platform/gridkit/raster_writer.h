@@ -3,31 +3,61 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "gridkit/error.h"
 #include "gridkit/export.h"
+#include "gridkit/map_data.h"
+#include "gridkit/partial_file.h"
 
 namespace gridkit {
 
-enum class SampleType { u8, u16, s16 };
+enum class SampleType { u8, u16, s16, f32 };
+
+// Bytes of a sample.
+GRIDKIT_API std::size_t sample_size(SampleType type);
 
 // Where a map-projected image lies.
 struct Georeference {
-  int epsg = 0;  // code of the coordinate reference system
+  int epsg = 0;  // code of the coordinate reference system; not looked at where `projection` is set
   // x = t[0] + column * t[1] + line * t[2], y = t[3] + column * t[4] + line * t[5], at pixel
   // corners
   std::array<double, 6> transform{};
+  std::optional<MapProjection> projection{};
 };
+
+// A pixel whose place on Earth is known. Whole numbers are corners of pixels, as GeoTIFF counts:
+// column 0.5 of line 0.5 is the centre of the first pixel.
+struct ControlPoint {
+  double column = 0;
+  double line = 0;
+  double longitude = 0;  // degrees, WGS 84
+  double latitude = 0;
+  double height = 0;  // metres above the ellipsoid
+};
+
+// How an overview's pixel is made from those of the image.
+enum class Overview { nearest, average, root_mean_square };
 
 struct RasterOptions {
   SampleType type = SampleType::u16;
-  std::optional<Georeference> georeference;  // GeoTIFF only
-  std::optional<double> no_data;             // GeoTIFF only
+  Existing existing = Existing::replace;
+  std::string shown_path{};                    // how messages call a GeoTIFF; empty: by its path
+  std::string band_name{};                     // of GeoTIFF and ENVI files; empty: none
+  std::string unit{};                          // the same
+  std::optional<Georeference> georeference{};  // the same
+  std::vector<ControlPoint> control_points{};  // GeoTIFF only; not beside a georeference
+  std::optional<double> no_data{};             // GeoTIFF and ENVI
   bool sparse = false;  // GeoTIFF only: lines never written take no room and read as zeros
+  Overview overview = Overview::average;  // Cloud-Optimised GeoTIFF only
+  // Cloud-Optimised GeoTIFF only: called in finish() with the share of its work that is done, 0
+  // to 1; false gives the file up.
+  std::function<bool(double)> progress{};
 };
 
 // Writes a single-band image line by line, never holding it whole. The file grows under a temporary
@@ -42,6 +72,10 @@ class GRIDKIT_API RasterWriter {
   // Adds a text to the file's metadata, at any time before finish().
   virtual void add_metadata(const std::string& key, const std::string& value) = 0;
 
+  // States the value of pixels without data, at any time before finish(). A PNG has no place for
+  // it.
+  virtual void set_no_data(double value) = 0;
+
   // Completes the file and gives it its name. Throws Error.
   virtual void finish() = 0;
 };
@@ -51,9 +85,23 @@ GRIDKIT_API std::unique_ptr<RasterWriter> create_geotiff(const std::string& path
                                                          std::int32_t width, std::int32_t height,
                                                          const RasterOptions& options);
 
-// PNG: grey, 8 or 16 bits; signed samples are stored with 32768 added. Throws Error.
+// Cloud-Optimised GeoTIFF: tiles of 512 x 512, deflated, with overviews. It is made in finish()
+// from an uncompressed GeoTIFF that stands beside it until then. Throws Error.
+GRIDKIT_API std::unique_ptr<RasterWriter> create_cog(const std::string& path, std::int32_t width,
+                                                     std::int32_t height,
+                                                     const RasterOptions& options);
+
+// PNG: grey, 8 or 16 bits; signed samples are stored with 32768 added. Throws Error, also for
+// floating-point samples.
 GRIDKIT_API std::unique_ptr<RasterWriter> create_png(const std::string& path, std::int32_t width,
                                                      std::int32_t height,
                                                      const RasterOptions& options);
+
+// The samples as they are, in host order, and their ENVI header in a text file PATH.hdr. A header
+// that has to give way is gone before the new samples get their name, and the new one comes last:
+// samples never stand beside the header of others. Throws Error.
+GRIDKIT_API std::unique_ptr<RasterWriter> create_envi(const std::string& path, std::int32_t width,
+                                                      std::int32_t height,
+                                                      const RasterOptions& options);
 
 }  // namespace gridkit

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "gridkit/file.h"
+#include "gridkit/open_scope.h"
 #include "gridkit/page_cache.h"
 #include "gridkit/preference.h"
 #include "gridkit/regular_file.h"
@@ -171,13 +172,16 @@ void gkf_Stream::seek(std::int64_t offset) {
   at_end = false;
 }
 
-gkf_Stream* gkf_fopen(const char* path, const char* mode) {
+gkf_Stream* gkf_fopen(const char* path, const char* mode) try {
   if (path == nullptr || mode == nullptr) return nullptr;
   if (std::strcmp(mode, "r") != 0 && std::strcmp(mode, "rb") != 0) return nullptr;
+  if (!gridkit::refusal_to_open(path).empty()) return nullptr;
   std::unique_ptr<gkf_Stream> stream(new (std::nothrow) gkf_Stream(preferred_cache_bytes()));
   if (stream == nullptr) return nullptr;
   stream->file = gridkit::open_regular_file(path, false);
   return stream->file.is_open() ? stream.release() : nullptr;
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 int32_t gkf_fclose(gkf_Stream* stream) {

@@ -69,7 +69,7 @@ std::vector<std::int32_t> Tail::block_columns(std::int32_t size, std::int32_t ro
     until = std::max(until, std::min(reach(size, first_line_ + i), right()));
   }
   std::vector<std::int32_t> columns;
-  for (std::int32_t column = from / size; column * size < until; ++column) {
+  for (std::int32_t column = from / size; std::int64_t{column} * size < until; ++column) {
     columns.push_back(column);
   }
   return columns;

@@ -2,15 +2,24 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace lmx {
 
+// The file is looked at once it is open, so what stands in its stead in between harms nothing; and
+// opening a pipe this way does not wait for its other end.
 file_source::file_source(const char* file_name) {
-  std::error_code ignored;
-  if (file_name == nullptr || !std::filesystem::is_regular_file(file_name, ignored)) return;
-  file_.reset(std::fopen(file_name, "rb"));
+  if (file_name == nullptr) return;
+  const int opened = ::open(file_name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (opened < 0) return;
+  struct stat status {};
+  if (::fstat(opened, &status) == 0 && S_ISREG(status.st_mode)) {
+    file_.reset(::fdopen(opened, "rb"));
+  }
+  if (file_ == nullptr) ::close(opened);
   // The reader asks for whole chunks, so a second buffer would only copy.
   if (file_ != nullptr) std::setvbuf(file_.get(), nullptr, _IONBF, 0);
 }

@@ -28,12 +28,19 @@ std::size_t leading_blanks(std::string_view text) {
   return std::min(text.find_first_not_of(" \t\r\n"), text.size());
 }
 
+// As much of a text of the document as a message holds.
 std::string shortened(std::string_view text) {
   constexpr std::size_t longest = 60;
-  std::string result = "\"";
-  result +=
-      text.size() <= longest ? std::string(text) : std::string(text.substr(0, longest)) + "...";
-  return result + '"';
+  if (text.size() <= longest) return std::string(text);
+  return std::string(text.substr(0, longest)) + "...";
+}
+
+std::string quoted(std::string_view text) {
+  return '"' + shortened(text) + '"';
+}
+
+std::string tag(std::string_view name) {
+  return '<' + shortened(name) + '>';
 }
 
 }  // namespace
@@ -98,6 +105,11 @@ bool c_xml::get_element_value(std::string* value, elmx_whitespace whitespace, bo
     const token next = tokens_.peek();
     switch (next.kind) {
       case token_kind::text:
+        if (next.text.size() > token_stream::longest - value->size()) {
+          token_error_ = error_too_long;
+          token_words_ = token_stream::too_long_words;
+          return false;
+        }
         value->append(next.text);
         tokens_.take();
         break;
@@ -106,7 +118,7 @@ bool c_xml::get_element_value(std::string* value, elmx_whitespace whitespace, bo
         return true;
       case token_kind::start:
         token_error_ = error_unreadable_element;
-        token_words_ = '<' + std::string(next.text) + '>';
+        token_words_ = tag(next.text);
         return false;
       case token_kind::fault:
         token_error_ = next.error;
@@ -133,7 +145,7 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
       case token_kind::text:
         if (const auto blanks = leading_blanks(next.text); blanks < next.text.size()) {
           place_ += blanks;
-          token_words_ = "the text " + shortened(next.text);
+          token_words_ = "the text " + quoted(next.text);
           *error = token_error_ = error_unexpected_text;
           return;
         }
@@ -143,7 +155,7 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
         token_words_ = next.text;
         if (next.error == error_attribute_twice) {
           *name = next.text;
-          token_words_ = "an attribute of <" + *name + "> twice";
+          token_words_ = "an attribute of " + tag(*name) + " twice";
         }
         *error = token_error_ = next.error;
         return;
@@ -208,7 +220,7 @@ bool c_xml_reader::refuse_attributes(elmx_error* error) {
   std::string name;
   while (next_attribute(&name)) {
     if (is_xsi_attribute(xml_local, name)) continue;
-    token_words_ = "attribute " + name;
+    token_words_ = "attribute " + shortened(name);
     *error = token_error_ = error_unknown_attribute;
     return true;
   }
@@ -274,15 +286,15 @@ std::string c_xml_reader::found_here(elmx_error code) const {
     case error_above_upper_bound:
     case error_below_lower_bound:
     case error_not_in_enumeration:
-      return shortened(value_text);
+      return quoted(value_text);
     case error_unknown_attribute:
     case error_attribute_twice:
-      return "attribute " + attribute_name;
+      return "attribute " + shortened(attribute_name);
     case error_required_element_missing:
     case error_element_not_ended:
     case error_wrong_root:
     case error_no_choice_present:
-      return (current_event == event_end ? "</" : "<") + current_name + '>';
+      return (current_event == event_end ? "</" : "<") + shortened(current_name) + '>';
     default:
       return {};
   }

@@ -287,6 +287,8 @@ void token_stream::parse_chunk() {
   if (thrown_) std::rethrow_exception(thrown_);
   if (status == XML_STATUS_ERROR && !faulted_) note_parse_error();
   if (got == 0 && !faulted_) fail(error_truncated, "the end of the document");
+  silent_ = records_.empty() && blank_runs_ == 0 ? silent_ + chunk_.size() : 0;
+  if (std::max(silent_, kept_.size()) > longest) fail(error_too_long, too_long_words);
   settle_blanks(follows_start_);
 }
 
@@ -313,7 +315,7 @@ void token_stream::keep_from(std::uint64_t offset) {
 std::string token_stream::take_kept(std::uint64_t offset) {
   keeping_ = false;
   kept_.resize(std::min<std::size_t>(kept_.size(), static_cast<std::size_t>(offset - kept_from_)));
-  return std::move(kept_);
+  return std::exchange(kept_, {});
 }
 
 text_position token_stream::position_of(std::uint64_t offset) const {

@@ -60,6 +60,10 @@ class token_stream {
  public:
   static constexpr std::size_t default_chunk = 32768;
   static constexpr std::size_t deepest = 256;  // open elements; one more is a fault
+  // Bytes of an element's text, and of a stretch of the document without tag or text: a tag, or
+  // comments and processing instructions in a row. More is a fault, so memory stays bounded.
+  static constexpr std::size_t longest = std::size_t{64} * 1024 * 1024;
+  static constexpr const char* too_long_words = "more than 64 MiB in one piece";
 
   token_stream(std::unique_ptr<byte_source> source, std::size_t chunk_size);
   token_stream(const token_stream&) = delete;
@@ -170,6 +174,7 @@ class token_stream {
   bool ended_ = false;
   bool faulted_ = false;
   bool is_utf8_ = true;
+  std::size_t silent_ = 0;  // bytes since the last tag or text, in whole chunks
   bool keeping_ = false;
   std::uint64_t kept_from_ = 0;
   std::string kept_;

@@ -10,7 +10,10 @@
 #include "gridkit/map_projection.h"
 #include "gridkit/memory.h"
 #include "rmdllib/model_ephemeris.h"
+#include "support/fake_parts.h"
 #include "support/fake_toolkit.h"
+
+using namespace fake;
 
 struct gkd_Dictionary {
   std::vector<const gkd_Design*> designs;
@@ -34,7 +37,7 @@ gkd_Dictionary* gkd_DictionaryCreate(gke_Report** err) {
 gkd_Design* gkd_DesignCreate(gkd_Dictionary*, const char* name, gke_Report** err, ...) {
   if (failed("gkd_DesignCreate", err)) return nullptr;
   toolkit().log.push_back(std::string("design ") + name);
-  auto* design = static_cast<gkd_Design*>(new_block(sizeof(gkd_Design)));
+  auto* design = static_cast<gkd_Design*>(new_block(sizeof(gkd_Design), "design"));
   design->name = name;
   return design;
 }
@@ -65,15 +68,15 @@ void gkd_DesignDestroy(gkd_Design* design) {
 
 gkj_MapInfo* gkl_MapInfoRead(gkl_Layer*, int32_t, gke_Report** err) {
   if (failed("gkl_MapInfoRead", err)) return nullptr;
-  auto* info = static_cast<gkj_MapInfo*>(new_block(sizeof(gkj_MapInfo)));
-  info->projectionName = new_text("UTM");
-  info->upperLeft = static_cast<double*>(new_block(2 * sizeof(double)));
+  auto* info = static_cast<gkj_MapInfo*>(new_block(sizeof(gkj_MapInfo), "map"));
+  info->projectionName = new_text("UTM", "map");
+  info->upperLeft = static_cast<double*>(new_block(2 * sizeof(double), "map"));
   info->upperLeft[0] = 500000.5;
   info->upperLeft[1] = 4200000.25;
-  info->pixelSize = static_cast<double*>(new_block(2 * sizeof(double)));
+  info->pixelSize = static_cast<double*>(new_block(2 * sizeof(double), "map"));
   info->pixelSize[0] = 2.5;
   info->pixelSize[1] = 1.25;
-  info->units = new_text("metre");
+  info->units = new_text("metre", "map");
   return info;
 }
 void gkj_MapInfoFree(gkj_MapInfo** info) {
@@ -89,7 +92,7 @@ void gkj_MapInfoFree(gkj_MapInfo** info) {
 namespace {
 
 gkj_Projection* new_projection() {
-  auto* projection = static_cast<gkj_Projection*>(new_block(sizeof(gkj_Projection)));
+  auto* projection = static_cast<gkj_Projection*>(new_block(sizeof(gkj_Projection), "map"));
   projection->support.mark = toolkit().projection_mark;
   projection->parameters.support = &projection->support;
   return projection;
@@ -107,6 +110,7 @@ void gkj_ProjectionFree(gkj_Projection** projection) {
 const Gkj_ProParameters* gkj_MapProjectionCSRGet(const gkj_Projection* projection,
                                                  const char* typeName) {
   toolkit().log.emplace_back(typeName);
+  if (failed("gkj_MapProjectionCSRGet", nullptr)) return nullptr;
   return &projection->parameters;
 }
 void gkj_ProjectionConvertToMIF(const gkj_Projection*, char** projectionName, gkj_MifValue* v2,

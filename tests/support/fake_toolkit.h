@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -48,6 +49,7 @@ struct FakeToolkit {
 
   // The document that the plug-in's open constructs, and the error it is constructed with.
   level1bProductBase* document = nullptr;
+  std::function<level1bProductBase*()> make_document;  // instead, a new one for each open
   lmx::elmx_error document_error = lmx::error_none;
   std::vector<std::int32_t> constructed;             // version indices asked for
   lmx::elmx_error error_at_entry = lmx::error_none;  // what the error word held then
@@ -60,11 +62,9 @@ struct FakeToolkit {
 FakeToolkit& toolkit();
 void reset_toolkit();
 
-// For operations that stand in files of their own: a block and a text of the heap, counted, and
-// whether the operation's turn to fail has come, which is then reported.
-void* new_block(std::size_t size);
-char* new_text(const char* text);
-bool failed(const char* operation, gke_Report** err);
+// What was handed out since the last reset and has not come back, by kind: block, text, list, entry
+// (of a list), design, file, stream, layer, rectangle, pixels, map, report.
+std::map<std::string, int> outstanding();
 
 // How often DisableThreadLibraryCalls was called since the program was loaded.
 int library_calls_disabled();

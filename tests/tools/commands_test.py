@@ -6,10 +6,9 @@ import json
 import math
 import re
 import struct
-import sys
 import unittest
 
-from programs import ANNOTATION, FOLDER, GRIDKIT, SIMULATE, complaint, real_annotations, run, simulate, text
+from programs import ANNOTATION, FOLDER, GRIDKIT, SIMULATE, complaint, main, real_annotations, run, simulate, text
 
 LINES, SAMPLES = 300, 260
 
@@ -38,7 +37,6 @@ class Formats(unittest.TestCase):
                          "launched: June 15, 2007\n", text(GRIDKIT, "formats"))
 
     def test_a_folder_without_plugins_is_refused(self):
-        FOLDER.mkdir(parents=True, exist_ok=True)
         self.assertIn("no format plug-in in", complaint(GRIDKIT, "--plugins", FOLDER, "formats"))
 
 
@@ -102,13 +100,21 @@ class Complex(unittest.TestCase):
         self.assertTrue(struct.pack(f"={SAMPLES}H", *row) in output.read_bytes())
 
     def test_a_layer_past_the_images_is_refused(self):
-        message = complaint(GRIDKIT, "read", self.product, "X_VV_PHASE_8", FOLDER / "no.tif")
+        message = complaint(GRIDKIT, "read", "--raw", self.product, "X_VV_PHASE_8", "--block", 0, 0)
         self.assertIn("gkf_fseeko failed", message)
-        self.assertFalse((FOLDER / "no.tif").exists())
+        self.assertIn('no layer "X_VV_PHASE_8"; did you mean "X_VV_PHASE_4"?', message)
 
     def test_an_unknown_layer_is_refused(self):
-        self.assertIn("tsx_LayerCheck failed",
-                      complaint(GRIDKIT, "read", self.product, "layer", FOLDER / "no.tif"))
+        message = complaint(GRIDKIT, "read", "--raw", self.product, "layer", "--block", 0, 0)
+        self.assertIn("tsx_LayerCheck failed", message)
+
+    def test_a_misspelt_layer_brings_a_suggestion(self):
+        for misspelt, meant in (("X_HH_MAGNITUD_1", "X_HH_MAGNITUDE_1"), ("x_vv_phase_4", "X_VV_PHASE_4"),
+                                ("X_HH_PHASE_1", "X_HH_PHASE_2"), ("X_VV_MAG", "X_VV_MAGNITUDE_3")):
+            message = complaint(GRIDKIT, "read", self.product, misspelt, FOLDER / "no.tif")
+            self.assertIn(f'no layer "{misspelt}"; did you mean "{meant}"?\n  the layers are '
+                          "X_HH_MAGNITUDE_1 X_HH_PHASE_2 X_VV_MAGNITUDE_3 X_VV_PHASE_4\n", message)
+            self.assertFalse((FOLDER / "no.tif").exists())
 
     def test_the_debug_channel_shows_the_counters_when_asked(self):
         done = run(GRIDKIT, "--debug", "info", self.product)
@@ -204,7 +210,6 @@ class Refusals(unittest.TestCase):
                          complaint(GRIDKIT, "info", foreign))
         self.assertEqual("gridkit: /nonexistent.xml: no such file\n",
                          complaint(GRIDKIT, "info", "/nonexistent.xml"))
-        self.assertIn("not a regular file", complaint(GRIDKIT, "info", FOLDER))
 
 
 class Check(unittest.TestCase):
@@ -288,5 +293,4 @@ class RealAnnotations(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    FOLDER.mkdir(parents=True, exist_ok=True)
-    unittest.main(argv=sys.argv[:1])
+    main()

@@ -3,6 +3,7 @@ import os
 import shutil
 import subprocess
 import sys
+import unittest
 from pathlib import Path
 
 BUILD, FOLDER = Path(sys.argv[1]), Path(sys.argv[2])
@@ -41,3 +42,10 @@ def real_annotations():
     """Annotations of real products, where some are at hand: TSX_REAL_ANNOTATIONS names their folder."""
     folder = os.environ.get("TSX_REAL_ANNOTATIONS")
     return sorted(Path(folder).glob("*.xml")) if folder else []
+
+
+def main():
+    """Runs the tests of the calling file in a folder without what earlier runs left."""
+    shutil.rmtree(FOLDER, ignore_errors=True)
+    FOLDER.mkdir(parents=True)
+    unittest.main(module="__main__", argv=sys.argv[:1])

@@ -1,5 +1,10 @@
 #include "tools/annotation/check.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "plugin/required_texts.h"
@@ -42,17 +47,45 @@ std::string missing_text(const std::string& path, const std::string& schema) {
   });
 }
 
-std::vector<std::string> missing_images(const std::string& path, const std::string& schema) {
-  std::vector<std::string> missing;
+namespace {
+
+// Why a file cannot be read, empty where it can.
+std::string fault_of(const std::string& image) {
+  namespace fs = std::filesystem;
+  std::error_code failed;
+  const fs::file_status status = fs::status(image, failed);
+  if (status.type() == fs::file_type::not_found) return "no such image file";
+  if (failed) return failed.message();
+  if (status.type() != fs::file_type::regular) return "not a regular file";
+  return ::eaccess(image.c_str(), R_OK) == 0 ? "" : std::strerror(errno);
+}
+
+// A name made by strangers, as far as a message shows it.
+std::string shown(const std::string& name) {
+  constexpr std::size_t longest = 1000;
+  return name.size() <= longest ? name : name.substr(0, longest) + "...";
+}
+
+}  // namespace
+
+std::vector<std::string> image_faults(const std::string& path, const std::string& schema) {
+  std::vector<std::string> faults;
   with_root(schema, [&](auto& root) {
     root.unmarshal(path.c_str());
-    const auto folder = std::filesystem::path(path).parent_path();
-    const auto images = root.get_level1Product().get_productComponents().size_imageData();
-    for (std::uint32_t i = 0; i < images; ++i) {
-      const auto image = folder / root.imageDataPath(i) / root.imageDataFilename(i);
-      std::error_code failed;
-      if (!std::filesystem::exists(image, failed)) missing.push_back(image.string());
+    const auto named = root.get_level1Product().get_productComponents().size_imageData();
+    const std::int32_t wanted = root.numberOfLayers();
+    if (wanted > 0 && static_cast<std::uint32_t>(wanted) > named) {
+      faults.push_back(path + ": numberOfLayers is " + std::to_string(wanted) +
+                       ", but productComponents names " + std::to_string(named) + " image files");
+    }
+    constexpr std::size_t most_images = 4;
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    for (std::uint32_t i = 0; i < std::min<std::size_t>(named, most_images); ++i) {
+      const std::string image = folder + root.imageDataPath(i) + '/' + root.imageDataFilename(i);
+      if (const std::string fault = fault_of(image); !fault.empty()) {
+        faults.push_back(shown(image) + ": " + fault);
+      }
     }
   });
-  return missing;
+  return faults;
 }

@@ -28,5 +28,6 @@ CheckResult check_annotation(const std::string& path,
 // The element without which a plug-in cannot open a valid annotation, empty where there is none.
 std::string missing_text(const std::string& path, const std::string& schema);
 
-// The image files that a valid annotation names and that are not there.
-std::vector<std::string> missing_images(const std::string& path, const std::string& schema);
+// What is wrong with the image files that a valid annotation names, one sentence each: how many
+// there should be, and each that is not there or is no file that can be read.
+std::vector<std::string> image_faults(const std::string& path, const std::string& schema);

@@ -3,11 +3,14 @@
 #include <exception>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
+#include "tools/annotation/image_check.h"
 #include "tools/annotation/rewrite.h"
 #include "tools/annotation/view.h"
 
@@ -30,6 +33,27 @@ nlohmann::ordered_json as_json(const CheckResult& result) {
   return json;
 }
 
+nlohmann::ordered_json findings_as_json(const std::vector<ImageFinding>& findings) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const ImageFinding& finding : findings) {
+    list.push_back({{"file", finding.path},
+                    {"what", finding.what},
+                    {"found", finding.found},
+                    {"expected", finding.expected},
+                    {"authority", name_of(finding.authority)},
+                    {"serious", finding.serious}});
+  }
+  return list;
+}
+
+nlohmann::ordered_json images_as_json(const std::vector<CheckedImage>& images) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const CheckedImage& image : images) {
+    list.push_back({{"file", image.path}, {"facts", image.facts}, {"agrees", image.agrees}});
+  }
+  return list;
+}
+
 std::string dump(const nlohmann::ordered_json& json) {
   return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
@@ -40,28 +64,53 @@ struct Options {
   std::string output;
   std::string schema;
   bool json = false;
+  bool images = false;
 
   std::optional<std::string> chosen_schema() const {
     return schema.empty() ? std::nullopt : std::optional(schema);
   }
 };
 
-int check(const Options& options) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  bool all_valid = true;
-  for (const std::string& file : options.files) {
-    const CheckResult result = check_annotation(file, options.chosen_schema());
-    all_valid = all_valid && result.error == 0;
-    if (options.json) list.push_back(as_json(result));
-    if (result.error != 0) {
-      std::cerr << "tsx-annotation: " << result.text() << '\n';
-    } else if (!options.json) {
-      std::cout << file << ": valid in schema " << result.schema << ", version text "
-                << result.version.value_or("not found on line 7") << '\n';
+// Compares the images of a valid annotation; adds what was found to `json`. Whether they can be
+// trusted.
+bool check_its_images(const CheckResult& valid, bool as_text, nlohmann::ordered_json& json) {
+  const auto check = check_images(valid.file, valid.schema);
+  if (!check) throw std::runtime_error(valid.file + ": changed while it was read");
+  for (const ImageFinding& finding : check->findings) {
+    std::cerr << "tsx-annotation: " << (finding.serious ? "" : "warning: ") << finding.line()
+              << '\n';
+  }
+  json["images"] = images_as_json(check->images);
+  json["findings"] = findings_as_json(check->findings);
+  if (!as_text) return !check->has_serious();
+  for (const CheckedImage& image : check->images) {
+    if (image.agrees) {
+      std::cout << image.path << ": as the annotation says: " << image.facts << '\n';
     }
   }
+  return !check->has_serious();
+}
+
+int check(const Options& options) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  bool all_good = true;
+  for (const std::string& file : options.files) {
+    const CheckResult result = check_annotation(file, options.chosen_schema());
+    nlohmann::ordered_json json = as_json(result);
+    if (result.error != 0) {
+      std::cerr << "tsx-annotation: " << result.text() << '\n';
+      all_good = false;
+    } else {
+      if (!options.json) {
+        std::cout << file << ": valid in schema " << result.schema << ", version text "
+                  << result.version.value_or("not found on line 7") << '\n';
+      }
+      if (options.images) all_good = check_its_images(result, !options.json, json) && all_good;
+    }
+    list.push_back(std::move(json));
+  }
   if (options.json) std::cout << dump(list) << '\n';
-  return all_valid ? 0 : refused;
+  return all_good ? 0 : refused;
 }
 
 // The schema in which the file is valid; refuses with a message otherwise.
@@ -107,6 +156,8 @@ int run(int argc, char** argv) {
   CLI::App* check_command = app.add_subcommand("check", "Bind annotations strictly");
   check_command->add_option("FILE", options.files, "Annotations")->required();
   check_command->add_flag("--json", options.json, "Results as JSON on standard output");
+  check_command->add_flag("--images", options.images,
+                          "Compare the image files' headers with the annotation too");
   add_schema(check_command);
 
   CLI::App* view_command = app.add_subcommand("view", "Show what the plug-in reads");

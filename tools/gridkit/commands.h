@@ -12,6 +12,12 @@ using Action = std::function<int(const Host&)>;
 
 void add_formats(CLI::App& app, Action& chosen);
 void add_info(CLI::App& app, Action& chosen);
+void add_layers(CLI::App& app, Action& chosen);
 void add_read(CLI::App& app, Action& chosen);
+void add_quicklook(CLI::App& app, Action& chosen);
 void add_data(CLI::App& app, Action& chosen);
 void add_locate(CLI::App& app, Action& chosen);
+void add_report(CLI::App& app, Action& chosen);
+
+// What every sub-command says of its product.
+inline constexpr const char* product_help = "The product: its annotation (.xml) or its folder";

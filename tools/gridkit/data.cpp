@@ -13,6 +13,15 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
+constexpr const char* footer =
+    R"(The record is taken apart by the dictionary that comes with it: every field by its name, enumerations
+as their texts. With --json come the dictionary and the size too, and numbers that read back bit for
+bit.
+
+Examples:
+  gridkit data PRODUCT :TSX_Beta0
+  gridkit data --json PRODUCT :RADAR_Generic_v2.2 | jq .value.near_slant_range)";
+
 struct Request {
   std::string path;
   std::string name;
@@ -74,7 +83,8 @@ int show(const Host& host, const Request& request) {
 void add_data(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand("data", "Show the data beside the pixels, decoded");
-  command->add_option("ANNOTATION", request->path, "The product's annotation")->required();
+  command->footer(footer);
+  command->add_option("PRODUCT", request->path, product_help)->required();
   command->add_option("NAME", request->name, "The data's name, as `info` shows it")->required();
   command->add_flag("--json", request->as_json, "As JSON on standard output");
   command->callback([request, &chosen] {

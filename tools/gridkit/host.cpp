@@ -6,6 +6,7 @@
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
 #include "tools/annotation/check.h"
+#include "tools/gridkit/product_path.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ void load_preferences(const std::string& path) {
   throw gridkit::Error(message);
 }
 
-// Why a plug-in refused a file: the place in the annotation, or the image files that it misses.
+// Why a plug-in refused a file: the place in the annotation, or what is wrong with its images.
 std::string explain(const std::string& path, const char* refusal) {
   const CheckResult check = check_annotation(path);
   std::string text = refusal;
@@ -27,9 +28,7 @@ std::string explain(const std::string& path, const char* refusal) {
     return text + "\n  " + path + ": " + missing +
            ": the element is absent or holds no text, and the product cannot be read without it";
   }
-  for (const std::string& image : missing_images(path, check.schema)) {
-    text += "\n  " + image + ": no such image file";
-  }
+  for (const std::string& fault : image_faults(path, check.schema)) text += "\n  " + fault;
   return text;
 }
 
@@ -47,13 +46,8 @@ Host::Host(const HostOptions& options) {
   throw gridkit::Error(message);
 }
 
-gridkit::Product Host::open(const std::string& path) const {
-  std::error_code failed;
-  const auto status = std::filesystem::status(path, failed);
-  if (!std::filesystem::exists(status)) throw gridkit::Error(path + ": no such file");
-  if (!std::filesystem::is_regular_file(status)) {
-    throw gridkit::Error(path + ": not a regular file; give a product's annotation (TSX1*.xml)");
-  }
+gridkit::Product Host::open(const std::string& given) const {
+  const std::string path = find_product(given, plugins());
   for (const auto& plugin : plugins()) {
     if (!plugin->identify(path)) continue;
     try {

@@ -15,6 +15,16 @@
 namespace {
 
 using json = nlohmann::ordered_json;
+
+constexpr const char* footer =
+    R"(Lines and samples count from 0, and whole numbers are centres of pixels. Places are latitude and
+longitude in degrees on WGS 84, heights metres above the ellipsoid.
+
+Examples:
+  gridkit locate PRODUCT 1200 340
+  gridkit locate PRODUCT 1200 340 --height 512
+  gridkit locate PRODUCT --ground 48.08 11.28 600
+  gridkit locate PRODUCT --check)";
 using rmdllib::Geodetic;
 using rmdllib::Pixel;
 
@@ -107,10 +117,10 @@ void print_as_text(const std::vector<CheckedPoint>& points, const Placement& pla
   }
 }
 
-int check(const Placement& placement, const Request& request) {
-  const std::string schema = check_annotation(request.path).schema;
+int check(const gridkit::Product& product, const Placement& placement, const Request& request) {
+  const std::string schema = check_annotation(product.path()).schema;
   std::vector<CheckedPoint> points;
-  for (const ScenePoint& stated : read_scene_points(request.path, schema)) {
+  for (const ScenePoint& stated : read_scene_points(product.path(), schema)) {
     if (!stated.pixel) continue;
     const Pixel pixel = {stated.pixel->line, stated.pixel->sample};
     points.push_back({stated, placement.radar() != nullptr
@@ -130,7 +140,7 @@ int check(const Placement& placement, const Request& request) {
     if (result.miss() <= largest_miss) continue;
     std::fflush(stdout);
     std::fprintf(stderr, "gridkit: %s: %s lies %.1f m from its pixel at any terrain height\n",
-                 request.path.c_str(), stated.name.c_str(), result.miss());
+                 product.path().c_str(), stated.name.c_str(), result.miss());
     status = refused;
   }
   return status;
@@ -140,9 +150,9 @@ int run(const Host& host, const Request& request) {
   const gridkit::Product product = host.open(request.path);
   const Placement placement(product);
   try {
-    return request.check ? check(placement, request) : locate(placement, request);
+    return request.check ? check(product, placement, request) : locate(placement, request);
   } catch (const gridkit::Error& error) {
-    throw gridkit::Error(request.path + ": " + error.what());
+    throw gridkit::Error(product.path() + ": " + error.what());
   }
 }
 
@@ -152,7 +162,8 @@ void add_locate(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand(
       "locate", "Where a pixel lies on Earth, or a place in the image: by the published model");
-  command->add_option("ANNOTATION", request->path, "The product's annotation")->required();
+  command->footer(footer);
+  command->add_option("PRODUCT", request->path, product_help)->required();
   auto* line = command->add_option("LINE", request->line, "Line from 0; whole numbers are centres");
   auto* sample = command->add_option("SAMPLE", request->sample, "Sample from 0");
   auto* height = command->add_option("--height", request->height,

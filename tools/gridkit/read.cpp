@@ -1,172 +1,123 @@
-#include <unistd.h>
-
 #include <algorithm>
-#include <cctype>
+#include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <iostream>
 #include <memory>
-#include <optional>
 #include <span>
+#include <string>
+#include <vector>
 
-#include "gridkit/image_reader.h"
-#include "gridkit/raster_writer.h"
+#include "gridkit/os_error.h"
 #include "tools/gridkit/commands.h"
+#include "tools/gridkit/image_warning.h"
+#include "tools/gridkit/read_image.h"
+#include "tools/gridkit/suggestion.h"
 
 namespace {
 
 constexpr int no_data = 3;
 
+constexpr const char* footer = R"(Formats, by -f or by the output's ending:
+  GTiff  .tif .tiff   GeoTIFF, uncompressed
+  COG                 Cloud-Optimised GeoTIFF: tiles, deflated, with overviews
+  PNG    .png         8 or 16 bits, no place on Earth; phases with 32768 added
+  ENVI   .img .envi   the samples alone, and a text header OUTPUT.hdr
+
+The pixels keep their own 16-bit values: magnitudes, or phases of which 65536 make a full turn.
+--calibrate beta0 writes radar brightness instead, calFactor * DN^2 as 32-bit floating point with the
+factor that the product publishes; beta0-db the same in decibels. Formula and factor stand in the
+file's metadata.
+
+Images on a map keep their map. Others get a grid of 10 x 10 ground control points (WGS 84, at the
+scene's average height) in GTiff and COG files, so that gdalwarp and viewers place them.
+
+No data: NaN in calibrated files (of an image on a map a digital number of 0, in decibels any 0), else
+0, stated in the file where it is on a map or lines are missing.
+
+An output that exists is refused without --overwrite. Whatever ends the program early, no unfinished
+file has the output's name.
+
+Examples:
+  gridkit read PRODUCT X_HH_MAGNITUDE_1 magnitude.tif
+  gridkit read PRODUCT X_HH_MAGNITUDE_1 part.tif --window 1000 2000 512 512
+  gridkit read PRODUCT X_HH_MAGNITUDE_1 beta0.tif -f COG --calibrate beta0-db
+  gridkit read PRODUCT X_HH_PHASE_2 phase.img
+  gridkit read --raw PRODUCT X_HH_PHASE_2 --block 3 4 > block.u16
+
+Exit status 3: the plug-in has no data for the raw block.)";
+
 struct ReadRequest {
   std::string path;
-  std::string layer;
-  std::string output;                // GeoTIFF, or PNG where the name ends in .png
-  std::string format;                // "", "GTiff" or "PNG"
+  std::string format;                // one of output_format_names(), or empty
   std::vector<std::int32_t> window;  // column, line, width, height; empty: the whole layer
-  bool stretch = false;              // 8 bits for the eye instead of the pixels' own values
-  bool quiet = false;
+  std::string calibrate;             // "", "beta0" or "beta0-db"
+  bool stretch = false;
   bool raw = false;                 // one block to standard output instead
   std::vector<std::int32_t> block;  // its row and column
+  ImageRequest image;
 };
 
-// A bar on standard error, where that is a terminal.
-class Progress {
- public:
-  Progress(std::int32_t lines, bool quiet)
-      : lines_(lines), shown_(!quiet && ::isatty(STDERR_FILENO) != 0) {}
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
-  ~Progress() {
-    if (shown_) std::fputc('\n', stderr);
+// Puts the request's parts together. Throws CLI::ParseError for those that do not go together.
+void complete(ReadRequest& request) {
+  if (request.raw) return;
+  if (request.image.output.empty()) {
+    throw CLI::RequiredError("OUTPUT (or --raw --block ROW COLUMN)");
   }
-
-  void advance(std::int32_t lines) {
-    done_ += lines;
-    if (!shown_) return;
-    constexpr int width = 40;
-    const auto filled = static_cast<int>(std::int64_t{done_} * width / lines_);
-    const auto percent = static_cast<int>(std::int64_t{done_} * 100 / lines_);
-    const std::string bar(static_cast<std::size_t>(filled), '#');
-    std::fprintf(stderr, "\r[%-*s] %3d%%", width, bar.c_str(), percent);
+  const auto format = output_format(request.format, request.image.output);
+  if (!format) {
+    throw CLI::ValidationError("OUTPUT", "the ending of \"" + request.image.output +
+                                             "\" tells no format; give one with -f");
   }
-
- private:
-  std::int32_t lines_;
-  std::int32_t done_ = 0;
-  bool shown_;
-};
-
-bool wants_png(const ReadRequest& request) {
-  if (!request.format.empty()) return request.format == "PNG";
-  std::string extension = std::filesystem::path(request.output).extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return extension == ".png";
+  request.image.format = *format;
+  if (!request.calibrate.empty() && *format == OutputFormat::png) {
+    throw CLI::ValidationError("--calibrate",
+                               "a PNG holds no floating-point pixels; write GTiff, COG or ENVI");
+  }
+  if (!request.window.empty()) {
+    const auto& w = request.window;
+    request.image.window = gridkit::Window{w[0], w[1], w[2], w[3]};
+  }
+  if (request.stretch) request.image.kind = PixelKind::stretched;
+  if (!request.calibrate.empty()) {
+    request.image.kind =
+        request.calibrate == "beta0" ? PixelKind::beta0 : PixelKind::beta0_decibels;
+  }
 }
 
-gridkit::Window window_of(const ReadRequest& request, const gridkit::Layer& layer) {
-  if (request.window.empty()) return {0, 0, layer.width(), layer.height()};
-  return {request.window[0], request.window[1], request.window[2], request.window[3]};
+// What to say of a name that is not among the layers' own, empty for one that is.
+std::string unknown_layer(const gridkit::Product& product, const std::string& name) {
+  const auto names = product.layer_names();
+  if (std::find(names.begin(), names.end(), name) != names.end()) return {};
+  std::string message =
+      "no layer \"" + name + '"' + did_you_mean(name, names) + "\n  the layers are";
+  for (const std::string& known : names) message += ' ' + known;
+  return message;
 }
 
-// "935-998, 1000" for the image's lines, counted from 0.
-std::string lines_as_text(const std::vector<gridkit::LineRange>& ranges) {
-  std::string text;
-  for (const gridkit::LineRange& range : ranges) {
-    if (!text.empty()) text += ", ";
-    text += std::to_string(range.first);
-    if (range.last > range.first) text += '-' + std::to_string(range.last);
-  }
-  return text;
-}
-
-// Pixels for the eye, 8 bits: phases over a full turn, magnitudes from 0 to three times their mean.
-class Stretch {
- public:
-  Stretch(const gridkit::Product& product, const std::string& layer, const gridkit::Window& window,
-          bool is_phase)
-      : is_phase_(is_phase) {
-    if (is_phase) return;
-    double sum = 0;
-    gridkit::read_window(product, layer, window,
-                         [&](std::span<const std::uint16_t> pixels, std::int32_t) {
-                           for (const std::uint16_t pixel : pixels) sum += pixel;
-                         });
-    const double mean = sum / window.width / window.height;
-    if (mean > 0) gain_ = 255 / (3 * mean);
-  }
-
-  std::span<const std::byte> operator()(std::span<const std::uint16_t> pixels) {
-    bytes_.resize(pixels.size());
-    std::transform(pixels.begin(), pixels.end(), bytes_.begin(), [&](std::uint16_t pixel) {
-      if (is_phase_) return static_cast<std::byte>((pixel ^ 0x8000U) >> 8U);
-      return static_cast<std::byte>(std::min(255.0, pixel * gain_));
-    });
-    return bytes_;
-  }
-
- private:
-  bool is_phase_;
-  double gain_ = 0;
-  std::vector<std::byte> bytes_;
-};
-
-std::string metadata_as_text(std::int32_t column, std::int32_t line) {
-  return std::to_string(column) + ' ' + std::to_string(line);
-}
-
-// A layer or a window of it into an image file. Lines that stayed without data are told in one line
-// and named in the file's metadata.
-int read_image(const Host& host, const ReadRequest& request) {
-  const gridkit::Product product = host.open(request.path);
-  gridkit::Window window;
-  gridkit::RasterOptions options;
-  {
-    const gridkit::Layer layer = product.open_layer(request.layer);
-    window = window_of(request, layer);
-    options.type =
-        layer.pixel_type() == "s16" ? gridkit::SampleType::s16 : gridkit::SampleType::u16;
-  }
-  std::optional<Stretch> stretch;
-  if (request.stretch) {
-    stretch.emplace(product, request.layer, window, options.type == gridkit::SampleType::s16);
-    options.type = gridkit::SampleType::u8;
-  }
-  std::unique_ptr<gridkit::RasterWriter> writer;
-  Progress progress(std::max(window.height, 1), request.quiet);
-  const auto write = [&](std::span<const std::uint16_t> pixels, std::int32_t lines) {
-    if (writer == nullptr) {
-      const auto create = wants_png(request) ? gridkit::create_png : gridkit::create_geotiff;
-      writer = create(request.output, window.width, window.height, options);
-    }
-    writer->write_lines(stretch ? (*stretch)(pixels) : std::as_bytes(pixels), lines);
-    progress.advance(lines);
-  };
-  const auto missing = gridkit::read_window(product, request.layer, window, write);
-  writer->add_metadata("SOURCE", request.path);
-  writer->add_metadata("LAYER", request.layer);
-  writer->add_metadata("FIRST_COLUMN_AND_LINE", metadata_as_text(window.column, window.line));
-  if (!missing.empty()) writer->add_metadata("LINES_WITHOUT_DATA", lines_as_text(missing));
-  writer->finish();
-  if (!missing.empty()) {
-    std::cerr << "gridkit: " << request.output
-              << ": lines of the image without data, in part or in "
-              << "whole: " << lines_as_text(missing) << '\n';
-  }
-  return 0;
-}
-
-// One block as raw 16-bit pixels in host order; status 3 where the plug-in has no data for it.
-int read_raw_block(const Host& host, const ReadRequest& request) {
-  const gridkit::Product product = host.open(request.path);
-  const gridkit::Layer layer = product.open_layer(request.layer);
+// One block as raw 16-bit pixels in host order; status 3 where the plug-in has no data for it. What
+// the plug-in makes of a layer's name is its own affair.
+int read_raw_block(const gridkit::Product& product, const ReadRequest& request) try {
+  const gridkit::Layer layer = product.open_layer(request.image.layer);
   std::vector<std::uint16_t> pixels;
   if (!layer.read_block(request.block[0], request.block[1], pixels)) return no_data;
   const auto bytes = std::as_bytes(std::span<const std::uint16_t>(pixels));
   if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size() ||
       std::fflush(stdout) != 0) {
-    throw gridkit::Error("standard output cannot be written");
+    throw gridkit::Error("standard output cannot be written: " + gridkit::os_error_in_words(errno));
   }
+  return 0;
+} catch (const gridkit::Error& error) {
+  const std::string unknown = unknown_layer(product, request.image.layer);
+  throw gridkit::Error(unknown.empty() ? error.what()
+                                       : std::string(error.what()) + "\n  " + unknown);
+}
+
+int read(const Host& host, const ReadRequest& request) {
+  const gridkit::Product product = host.open(request.path);
+  warn_about_images(product.path());
+  if (request.raw) return read_raw_block(product, request);
+  const std::string unknown = unknown_layer(product, request.image.layer);
+  if (!unknown.empty()) throw gridkit::Error(product.path() + ": " + unknown);
+  read_image(product, request.image);
   return 0;
 }
 
@@ -174,28 +125,38 @@ int read_raw_block(const Host& host, const ReadRequest& request) {
 
 void add_read(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<ReadRequest>();
-  CLI::App* command = app.add_subcommand("read", "Read a layer into an image file");
-  command->add_option("ANNOTATION", request->path, "The product's annotation")->required();
-  command->add_option("LAYER", request->layer, "A layer's name, as `info` shows it")->required();
-  auto* output = command->add_option("OUTPUT", request->output, "Image file to write");
+  CLI::App* command =
+      app.add_subcommand("read", "Read a layer, or a window of it, into an image file");
+  command->footer(footer);
+  command->add_option("PRODUCT", request->path, product_help)->required();
+  command->add_option("LAYER", request->image.layer, "A layer's name, as `gridkit layers` lists it")
+      ->required();
+  auto* output = command->add_option("OUTPUT", request->image.output, "Image file to write");
   command->add_option("-f,--format", request->format, "Format; without it by the output's ending")
-      ->check(CLI::IsMember(std::vector<std::string>{"GTiff", "PNG"}));
-  command->add_option("--window", request->window, "Column, line, width and height")->expected(4);
-  command->add_flag("--stretch", request->stretch,
-                    "8 bits for the eye, not the pixels' own values");
-  command->add_flag("-q,--quiet", request->quiet, "No progress bar");
+      ->transform(CLI::IsMember(output_format_names(), CLI::ignore_case))
+      ->type_name("FORMAT");
+  command
+      ->add_option("--window", request->window,
+                   "First column, first line, width and height, counted from 0")
+      ->expected(4)
+      ->type_name("COLUMN LINE WIDTH HEIGHT");
+  auto* calibrate =
+      command->add_option("--calibrate", request->calibrate, "Radar brightness instead of pixels")
+          ->check(CLI::IsMember(std::vector<std::string>{"beta0", "beta0-db"}))
+          ->type_name("beta0|beta0-db");
+  command->add_flag("--stretch", request->stretch, "8 bits for the eye, not the pixels' own values")
+      ->excludes(calibrate);
+  command->add_flag("--overwrite", request->image.overwrite, "Replace an output that exists");
+  command->add_flag("-q,--quiet", request->image.quiet, "No progress bar");
   auto* raw = command->add_flag("--raw", request->raw, "One block's pixels to standard output");
   auto* block =
       command->add_option("--block", request->block, "Row and column in the grid of blocks")
-          ->expected(2);
+          ->expected(2)
+          ->type_name("ROW COLUMN");
   raw->needs(block)->excludes(output);
   block->needs(raw);
   command->callback([request, &chosen] {
-    if (!request->raw && request->output.empty()) {
-      throw CLI::RequiredError("OUTPUT (or --raw --block ROW COLUMN)");
-    }
-    chosen = [request](const Host& host) {
-      return request->raw ? read_raw_block(host, *request) : read_image(host, *request);
-    };
+    complete(*request);
+    chosen = [request](const Host& host) { return read(host, *request); };
   });
 }

@@ -62,6 +62,14 @@ void write_empty_image(const fs::path& path, bool is_complex, std::int32_t lines
   }
 }
 
+// Brings a file to the size that an annotation states, unless it is as large already. What follows
+// the tags and pixels of a GeoTIFF is no part of the image.
+void lengthen(const fs::path& path, std::int64_t bytes) {
+  if (bytes > 0 && static_cast<std::uint64_t>(bytes) > fs::file_size(path)) {
+    fs::resize_file(path, static_cast<std::uint64_t>(bytes));
+  }
+}
+
 void write_image(const fs::path& path, const Scene& scene, const Synthesis& image) {
   if (scene.is_complex()) {
     write_cosar(path.string(), scene, image);
@@ -143,6 +151,8 @@ std::string write_images_for(const std::string& annotation, const std::string& f
       if (fs::exists(image)) continue;
       fs::create_directories(image.parent_path());
       write_empty_image(image, is_complex, lines, samples, std::nullopt);
+      const auto& components = root.get_level1Product().get_productComponents();
+      if (!is_complex) lengthen(image, components.get_imageData(i).get_file().get_size());
     }
   });
   return own.string();

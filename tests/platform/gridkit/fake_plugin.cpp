@@ -1,7 +1,7 @@
 // A format plug-in for the host's tests. A file named *.fake is its own; what else stands in the
 // name chooses how it behaves: "late" hands out an unfinished record, "early" none with a report,
-// "throw" throws. Images are 10 wide and H high, H being the number behind "h" in the name; pixel =
-// line number
+// "throw" throws, "files", "streams" and "layers" open "../outside.tif" beside the file's folder.
+// Images are 10 wide and H high, H being the number behind "h" in the name; pixel = line number
 // + 1. Blocks that start at or behind line H - 7 are refused, and those that reach past the last
 // line or, with the last line, past the right edge.
 
@@ -13,6 +13,8 @@
 #include <vector>
 
 #include "gridkit/dictionary.h"
+#include "gridkit/file.h"
+#include "gridkit/layer.h"
 #include "gridkit/memory.h"
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
@@ -56,6 +58,24 @@ void report(const char* message) {
   gke_Report* made = gke_CreateErrorReport("fake", 1, 2, nullptr, message, 0);
   gke_PrintErrorReport(made, 0, 0);
   gke_DeleteErrorReportEx(&made);
+}
+
+// False, and a report, where that was asked for and refused.
+bool open_what_lies_outside(const std::string& path) {
+  const std::string outside = path.substr(0, path.rfind('/')) + "/../outside.tif";
+  gke_Report* failed = nullptr;
+  if (has(path, "files")) gkf_Close(gkf_Open(outside.c_str(), "r", &failed, 0), nullptr);
+  if (has(path, "layers")) {
+    gks_StringListDelete(gkl_LayerGetNames(outside.c_str(), gki_GetInit(nullptr), &failed),
+                         nullptr);
+  }
+  const bool has_failed = failed != nullptr;
+  gke_PrintErrorReport(failed, 0, 0);
+  gke_DeleteErrorReportEx(&failed);
+  if (!has(path, "streams")) return !has_failed;
+  gkf_Stream* stream = gkf_fopen(outside.c_str(), "r");
+  if (stream == nullptr) report("no stream");
+  return stream != nullptr && gkf_fclose(stream) == 0;
 }
 
 }  // namespace
@@ -103,6 +123,7 @@ FAKE_EXPORT Record* fakeFileTitleIdentifyAndOpen(const char* file, int32_t* titl
   if (has(path, "throw")) throw std::bad_alloc();
   if (has(path, "early")) report("no record at all");
   if (has(path, "early")) return nullptr;
+  if (!open_what_lies_outside(path)) return nullptr;
   const auto h = path.rfind('h');
   auto* record = new Record{path, std::atoi(path.c_str() + h + 1), 4};
   if (has(path, "late")) {

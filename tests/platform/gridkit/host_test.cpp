@@ -3,13 +3,16 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
+#include "gridkit/file.h"
 #include "gridkit/image_reader.h"
 #include "gridkit/plugin.h"
 #include "gridkit/preference.h"
 #include "gridkit/product.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -116,6 +119,58 @@ TEST_F(Host, TellsWhyAnOpenFailed) {
   EXPECT_EQ(refusal("early h40.fake"), "early h40.fake: fake: no record at all");
   EXPECT_EQ(refusal("a.real"), "a.real: not a file of the format Fake");
   EXPECT_EQ(refusal("throw h40.fake"), "throw h40.fake: the plug-in gave up: std::bad_alloc");
+}
+
+// A product that opens a file beside its folder.
+class OutsideFile : public Host {
+ protected:
+  OutsideFile() {
+    std::filesystem::create_directory(scratch / "product");
+    std::ofstream(scratch / "outside.tif") << "no image";
+  }
+  ~OutsideFile() override { gkp_ClearNumberPreference("gridkit", "allow_outside_files"); }
+
+  std::string product(const std::string& name) const {
+    return (scratch / "product").string() + '/' + name + " h40.fake";
+  }
+  std::string outside() const { return (scratch / "product").string() + "/../outside.tif"; }
+
+  const ScratchFolder scratch;
+  const std::string words = outside() + ": outside the product's folder " +
+                            (scratch / "product").string() +
+                            "/ and not opened; the preference gridkit.allow_outside_files = 1 "
+                            "allows it";
+};
+
+TEST_F(OutsideFile, IsNotOpenedForAProduct) {
+  EXPECT_EQ(refusal(product("files")), product("files") + ": gkf_Open: " + words);
+  EXPECT_EQ(refusal(product("layers")), product("layers") + ": gkl_LayerGetNames: " + words);
+  EXPECT_EQ(refusal(product("streams")), product("streams") + ": fake: no stream; " + words)
+      << "a stream cannot report by itself";
+}
+
+TEST_F(OutsideFile, IsOpenedWhereThePreferenceAllowsIt) {
+  gkp_SetNumberPreference("gridkit", "allow_outside_files", 1, nullptr);
+  EXPECT_EQ(refusal(product("files")), "");
+  EXPECT_EQ(refusal(product("streams")), "");
+  EXPECT_EQ(refusal(product("layers")),
+            product("layers") + ": gkl_LayerGetNames: " + outside() + ": not a GeoTIFF file");
+}
+
+// The refusal belongs to the host's open: whoever calls the operations or the exports is free.
+TEST_F(OutsideFile, IsOpenedOutsideOfAHostsOpen) {
+  refusal(product("streams"));
+  gkf_Stream* stream = gkf_fopen(outside().c_str(), "r");
+  EXPECT_NE(stream, nullptr);
+  gkf_fclose(stream);
+  void* handle = ::dlopen(library.c_str(), RTLD_NOW);
+  const auto open = reinterpret_cast<void* (*)(const char*, int32_t*, const char*)>(
+      ::dlsym(handle, "fakeFileTitleIdentifyAndOpen"));
+  int32_t title = -1;
+  void* record = open(product("streams").c_str(), &title, "r");
+  EXPECT_NE(record, nullptr);
+  reinterpret_cast<int32_t (*)(void*)>(::dlsym(handle, "fakeFileClose"))(record);
+  ::dlclose(handle);
 }
 
 TEST_F(Host, RefusesLayersAndListsWithTheirReports) {

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
 #include <filesystem>
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include "tests/support/scratch_folder.h"
@@ -10,6 +14,29 @@
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::array creators = {gridkit::create_geotiff, gridkit::create_cog, gridkit::create_png,
+                                 gridkit::create_envi};
+
+std::string text_of(const fs::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void put(const fs::path& path, const std::string& text) {
+  std::ofstream(path) << text;
+}
+
+// The message of the refusal, empty where there is none.
+template <class Work>
+std::string refusal(Work work) {
+  try {
+    work();
+  } catch (const gridkit::Error& error) {
+    return error.what();
+  }
+  return {};
+}
 
 class Writer : public testing::Test {
  protected:
@@ -22,14 +49,14 @@ class Writer : public testing::Test {
 };
 
 TEST_F(Writer, LeavesNoFileWithoutFinishing) {
-  for (auto* create : {gridkit::create_geotiff, gridkit::create_png}) {
+  for (auto* create : creators) {
     create((folder / "x").string(), 3, 2, {})->write_lines(line(), 1);
     EXPECT_TRUE(fs::is_empty(folder));
   }
 }
 
 TEST_F(Writer, FinishesUnderTheFinalNameOnly) {
-  for (auto* create : {gridkit::create_geotiff, gridkit::create_png}) {
+  for (auto* create : creators) {
     const auto writer = create((folder / "x").string(), 3, 1, {});
     writer->write_lines(line(), 1);
     writer->add_metadata("KEY", "value");
@@ -37,29 +64,153 @@ TEST_F(Writer, FinishesUnderTheFinalNameOnly) {
     writer->finish();
     EXPECT_TRUE(fs::exists(folder / "x"));
     fs::remove(folder / "x");
+    fs::remove(folder / "x.hdr");
     EXPECT_TRUE(fs::is_empty(folder));
   }
 }
 
 TEST_F(Writer, RefusesLinesThatDoNotFit) {
-  const auto writer = gridkit::create_geotiff((folder / "x").string(), 3, 1, {});
-  EXPECT_THROW(writer->write_lines(line(), 2), gridkit::Error);
-  EXPECT_THROW(writer->write_lines(line().first(2), 1), gridkit::Error);
-  writer->write_lines(line(), 1);
-  EXPECT_THROW(writer->write_lines(line(), 1), gridkit::Error);
+  for (auto* create : creators) {
+    const auto writer = create((folder / "x").string(), 3, 1, {});
+    EXPECT_THROW(writer->write_lines(line(), 2), gridkit::Error);
+    EXPECT_THROW(writer->write_lines(line(), -1), gridkit::Error);
+    EXPECT_THROW(writer->write_lines(line().first(2), 1), gridkit::Error);
+    writer->write_lines(line(), 1);
+    EXPECT_THROW(writer->write_lines(line(), 1), gridkit::Error);
+  }
 }
 
 TEST_F(Writer, RefusesPlacesItCannotWriteTo) {
-  for (auto* create : {gridkit::create_geotiff, gridkit::create_png}) {
+  for (auto* create : creators) {
     EXPECT_THROW(create("/nonexistent/x", 3, 1, {}), gridkit::Error);
     EXPECT_THROW(create((folder / "x").string(), 0, 1, {}), gridkit::Error);
   }
 }
 
-TEST_F(Writer, APngNeedsAllItsLines) {
-  const auto writer = gridkit::create_png((folder / "x").string(), 3, 2, {});
+TEST_F(Writer, PngAndEnviNeedAllTheirLines) {
+  for (auto* create : {gridkit::create_png, gridkit::create_envi}) {
+    const auto writer = create((folder / "x").string(), 3, 2, {});
+    writer->write_lines(line(), 1);
+    EXPECT_THROW(writer->finish(), gridkit::Error);
+  }
+}
+
+TEST_F(Writer, APngHoldsNoFloatingPoint) {
+  gridkit::RasterOptions options;
+  options.type = gridkit::SampleType::f32;
+  EXPECT_THROW(gridkit::create_png((folder / "x").string(), 3, 1, options), gridkit::Error);
+  EXPECT_TRUE(fs::is_empty(folder));
+}
+
+TEST_F(Writer, ReplacesAnExistingFileOnlyWhenItMay) {
+  gridkit::RasterOptions options;
+  const std::string path = (folder / "x").string();
+  for (auto* create : creators) {
+    put(path, "precious");
+    options.existing = gridkit::Existing::refuse;
+    EXPECT_EQ(path + ": exists already", refusal([&] { create(path, 3, 1, options); }));
+    EXPECT_EQ("precious", text_of(path));
+    options.existing = gridkit::Existing::replace;
+    const auto writer = create(path, 3, 1, options);
+    writer->write_lines(line(), 1);
+    EXPECT_EQ("precious", text_of(path));
+    writer->finish();
+    EXPECT_NE("precious", text_of(path));
+  }
+}
+
+TEST_F(Writer, DoesNotReplaceAFileThatAppearedMeanwhile) {
+  gridkit::RasterOptions options;
+  options.existing = gridkit::Existing::refuse;
+  const std::string path = (folder / "x").string();
+  for (auto* create : creators) {
+    {
+      const auto writer = create(path, 3, 1, options);
+      writer->write_lines(line(), 1);
+      put(path, "precious");
+      EXPECT_EQ(path + ": exists already", refusal([&] { writer->finish(); }));
+    }
+    EXPECT_EQ("precious", text_of(path));
+    fs::remove(path);
+    EXPECT_TRUE(fs::is_empty(folder));
+  }
+}
+
+TEST_F(Writer, LeavesTheOldFileWithoutFinishing) {
+  const std::string path = (folder / "x").string();
+  put(path, "precious");
+  put(path + ".hdr", "header");
+  for (auto* create : creators) create(path, 3, 1, {})->write_lines(line(), 1);
+  EXPECT_EQ("precious", text_of(path));
+  EXPECT_EQ("header", text_of(path + ".hdr"));
+}
+
+TEST_F(Writer, TwoMayWriteTheSameFileSideBySide) {
+  const std::string path = (folder / "x").string();
+  for (auto* create : creators) {
+    const auto one = create(path, 3, 1, {});
+    const auto other = create(path, 3, 1, {});
+    one->write_lines(line(), 1);
+    other->write_lines(line(), 1);
+    one->finish();
+    other->finish();
+    EXPECT_TRUE(fs::exists(path));
+  }
+}
+
+TEST_F(Writer, ACogIsGivenUpWhenItsProgressIsRefused) {
+  gridkit::RasterOptions options;
+  int calls = 0;
+  options.progress = [&](double) { return ++calls < 3; };
+  {
+    // Some tiles, so that there is progress to tell.
+    const auto writer = gridkit::create_cog((folder / "x").string(), 3000, 1000, options);
+    const std::vector<std::byte> lines(2 * 3000 * 1000);
+    writer->write_lines(lines, 1000);
+    EXPECT_THROW(writer->finish(), gridkit::Error);
+  }
+  EXPECT_GT(calls, 1);
+  EXPECT_TRUE(fs::is_empty(folder));
+}
+
+TEST_F(Writer, AnEnviFileIsItsSamplesAndAHeader) {
+  gridkit::RasterOptions options;
+  options.band_name = "name";
+  options.unit = "dB";
+  options.no_data = 7;
+  const auto writer = gridkit::create_envi((folder / "x.img").string(), 3, 1, options);
   writer->write_lines(line(), 1);
-  EXPECT_THROW(writer->finish(), gridkit::Error);
+  writer->add_metadata("FIRST", "a {b} c");
+  writer->add_metadata("SECOND", "two");
+  writer->finish();
+  const std::string samples = text_of(folder / "x.img");
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(line().data()), 6), samples);
+  const std::string order = std::endian::native == std::endian::little ? "0" : "1";
+  EXPECT_EQ(
+      "ENVI\ndescription = {\n  FIRST: a [b] c,\n  SECOND: two}\nsamples = 3\nlines = 1\n"
+      "bands = 1\nheader offset = 0\nfile type = ENVI Standard\ndata type = 12\n"
+      "interleave = bsq\nbyte order = " +
+          order +
+          "\nband names = {name}\n"
+          "data units = {dB}\ndata ignore value = 7\n",
+      text_of(folder / "x.img.hdr"));
+}
+
+TEST_F(Writer, TellsInWordsWhereItCannotWrite) {
+  const std::string path = folder.string();
+  for (auto* create : creators) {
+    EXPECT_EQ(path + ": cannot be written: it is a folder; name the file to write",
+              refusal([&] { create(path, 3, 1, {}); }));
+    EXPECT_EQ("/dev/null: cannot be written: it is no regular file",
+              refusal([&] { create("/dev/null", 3, 1, {}); }));
+    EXPECT_EQ(path + "/a/b: cannot be written: there is no folder " + path + "/a",
+              refusal([&] { create(path + "/a/b", 3, 1, {}); }));
+    fs::create_symlink("nowhere", folder / "link");
+    EXPECT_EQ(path + "/link: cannot be written: a link to nowhere",
+              refusal([&] { create(path + "/link", 3, 1, {}); }));
+    fs::remove(folder / "link");
+    EXPECT_TRUE(fs::is_empty(folder));
+  }
 }
 
 TEST_F(Writer, LinesNeverWrittenTakeNoRoomInASparseFile) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -503,6 +505,49 @@ TEST(Meaning, EveryCodeOfTheTableHasWords) {
     EXPECT_STRNE(meaning(elmx_error(code)), "unknown fault") << code;
   }
   EXPECT_STREQ(meaning(elmx_error(999)), "unknown fault");
+}
+
+// A document is never asked to be held in pieces without bound.
+TEST(Reader, RefusesPiecesOfMoreThan64MiB) {
+  const std::string most(token_stream::longest, 'x');
+  const auto told = [](const std::string& document) {
+    c_xml_reader_memory reader(document.data(), document.size());
+    std::string name;
+    std::string value;
+    elmx_error error{};
+    bool no_value = false;
+    reader.get_element_event(nullptr, &error, &name);
+    if (error == 0)
+      reader.get_simple_type_value(name, whitespace_preserve, &value, &error, &no_value);
+    return error == 0 ? std::to_string(value.size()) : "error " + std::to_string(error);
+  };
+  EXPECT_EQ(told("<a>" + most + "</a>"), "67108864");
+  EXPECT_EQ(told("<a>x" + most + "</a>"), "error 19");
+  EXPECT_EQ(told("<!--" + most + "x--><a/>"), "error 19");
+  EXPECT_EQ(told("<a b='" + most + "'/>"), "error 19");
+  const std::string markup =
+      "<a><b>" + most + std::string(token_stream::default_chunk, 'x') + "</b></a>";
+  c_xml_reader_memory reader(markup.data(), markup.size());
+  std::string name;
+  std::string value;
+  elmx_error error{};
+  bool no_value = false;
+  reader.get_element_event(nullptr, &error, &name);
+  EXPECT_FALSE(reader.get_element_ur_value(name, &value, &error, &no_value));
+  EXPECT_EQ(error, error_too_long);
+}
+
+TEST(Reader, OpensNothingButRegularFiles) {
+  const ScratchFolder scratch;
+  ASSERT_EQ(::mkfifo((scratch / "pipe").c_str(), 0666), 0);
+  std::filesystem::create_symlink("loop", scratch / "loop");
+  std::ofstream(scratch / "file") << "<a/>";
+  std::filesystem::create_symlink("file", scratch / "link");
+  for (const char* name : {"pipe", "loop", "nothing", "."}) {
+    EXPECT_FALSE(c_xml_reader_file((scratch / name).c_str()).is_open()) << name;
+  }
+  EXPECT_FALSE(c_xml_reader_file("/dev/zero").is_open());
+  EXPECT_TRUE(c_xml_reader_file((scratch / "link").c_str()).is_open());
 }
 
 }  // namespace

@@ -1,0 +1,182 @@
+"""What all verbs of `gridkit` share: how a product is given, where output goes, how it exits.
+
+    conventions_test.py BUILD FOLDER
+"""
+import json
+import os
+import pty
+import shutil
+import subprocess
+import unittest
+
+from programs import FOLDER, GRIDKIT, complaint, main, run, simulate, text
+
+VERBS = ("formats", "info", "layers", "read", "data", "locate")
+
+
+def at_terminal(*command, **environment):
+    """What a command writes when both its outputs are a terminal, as one text."""
+    ours, theirs = pty.openpty()
+    child = subprocess.Popen([str(c) for c in command], stdout=theirs, stderr=theirs,
+                             env={**os.environ, "TERM": "xterm", **environment})
+    os.close(theirs)
+    seen = b""
+    while True:
+        try:
+            part = os.read(ours, 4096)
+        except OSError:  # the other end is closed
+            break
+        if not part:
+            break
+        seen += part
+    os.close(ours)
+    child.wait()
+    return seen.decode()
+
+
+class WrongUse(unittest.TestCase):
+    def test_a_misspelt_verb_brings_a_suggestion(self):
+        for misspelt, meant in (("inf", "info"), ("layer", "layers"), ("raed", "read"), ("Info", "info"),
+                                ("format", "formats"), ("locat", "locate"), ("dta", "data")):
+            self.assertEqual(f'gridkit: no verb "{misspelt}"; did you mean "{meant}"?\n'
+                             "See `gridkit --help`.\n", complaint(GRIDKIT, misspelt, "x", status=2))
+
+    def test_a_word_that_is_like_no_verb_brings_none(self):
+        self.assertEqual('gridkit: no verb "xylophone"\nSee `gridkit --help`.\n',
+                         complaint(GRIDKIT, "xylophone", status=2))
+
+    def test_without_a_verb_they_are_listed(self):
+        message = complaint(GRIDKIT, status=2)
+        for verb in VERBS:
+            self.assertIn(" " + verb, message)
+
+    def test_what_is_missing_is_named_with_the_verbs_help(self):
+        self.assertEqual("gridkit: info: PRODUCT is required\nSee `gridkit info --help`.\n",
+                         complaint(GRIDKIT, "info", status=2))
+        message = complaint(GRIDKIT, "info", "x", "--jsno", status=2)
+        self.assertIn("--jsno", message)
+        self.assertIn("See `gridkit info --help`.", message)
+
+    def test_every_verb_helps(self):
+        overview = text(GRIDKIT, "--help")
+        for verb in VERBS:
+            self.assertIn(verb, overview)
+            self.assertIn("Usage: gridkit " + verb, text(GRIDKIT, verb, "--help"))
+            self.assertIn("\n  gridkit " + verb, text(GRIDKIT, verb, "--help"), "an example")
+
+
+class Products(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.product = simulate("deliveries/one", lines=64, samples=64)
+
+    def test_a_folder_stands_for_the_product_in_it(self):
+        # The product's own folder, with GEOREF.xml below it, and those around it.
+        for folder in (self.product.parent, str(self.product.parent) + "/", self.product.parent.parent):
+            info = json.loads(text(GRIDKIT, "info", "--json", folder))
+            self.assertEqual("TerraSAR-X", info["format"])
+            self.assertTrue(os.path.samefile(self.product, info["file"]))
+
+    def test_every_verb_takes_a_folder(self):
+        folder = self.product.parent
+        self.assertEqual("X_HH_MAGNITUDE_1\nX_HH_PHASE_2\n", text(GRIDKIT, "layers", folder))
+        self.assertEqual(8, json.loads(text(GRIDKIT, "data", "--json", folder, ":TSX_Beta0"))["size"])
+        self.assertEqual(5, len(json.loads(text(GRIDKIT, "locate", "--json", folder, "--check"))))
+        self.assertEqual(8192, len(run(GRIDKIT, "read", "--raw", folder, "X_HH_PHASE_2", "--block", 0, 0,
+                                       status=0).stdout))
+
+    def test_several_products_are_listed(self):
+        other = simulate("deliveries/two", "--variant", "GEC", lines=64, samples=64)
+        try:
+            message = complaint(GRIDKIT, "info", FOLDER / "deliveries")
+            self.assertIn("holds several products; name one of\n", message)
+            for product in (self.product, other):
+                self.assertIn(f"\n  {product}", message)
+        finally:
+            shutil.rmtree(FOLDER / "deliveries/two")
+
+    def test_of_more_than_ten_the_rest_is_counted(self):
+        crowd = FOLDER / "crowd"
+        crowd.mkdir()
+        for i in range(12):
+            shutil.copy(self.product, crowd / f"TSX1_{i:02}.xml")
+        message = complaint(GRIDKIT, "info", crowd)
+        self.assertEqual(12, message.count("\n"))
+        self.assertIn("\n  and 2 more\n", message)
+
+    def test_a_folder_without_products_tells_what_it_holds(self):
+        folder = FOLDER / "strange"
+        folder.mkdir()
+        self.assertEqual(f"gridkit: {folder}: the folder holds no product\n",
+                         complaint(GRIDKIT, "info", folder))
+        (folder / "note.xml").write_text("<a/>")
+        self.assertEqual(f"gridkit: {folder}: the folder holds no product; of none of the known formats "
+                         f"are\n  {folder}/note.xml\n", complaint(GRIDKIT, "info", folder))
+
+    def test_products_four_folders_deep_are_not_looked_for(self):
+        deep = FOLDER / "deep/a/b/c"
+        deep.mkdir(parents=True)
+        shutil.copytree(self.product.parent, deep / "product")
+        self.assertIn("holds no product", complaint(GRIDKIT, "info", FOLDER / "deep"))
+        self.assertIn("TerraSAR-X", text(GRIDKIT, "info", FOLDER / "deep/a"))
+
+    def test_neither_file_nor_folder(self):
+        self.assertIn("not a regular file; give a product's annotation or its folder",
+                      complaint(GRIDKIT, "info", "/dev/null"))
+        self.assertEqual(f"gridkit: {self.product}/x: no such file\n",
+                         complaint(GRIDKIT, "info", f"{self.product}/x"))
+
+    def test_what_may_not_be_read_is_told_so(self):
+        if os.geteuid() != 0:
+            user = {}
+        else:
+            user = {"user": 65534, "group": 65534, "extra_groups": []}
+        closed = FOLDER / "closed"
+        closed.mkdir()
+        shutil.copy(self.product, closed / "TSX1.xml")
+        (closed / "TSX1.xml").chmod(0)
+        try:
+            done = subprocess.run([str(GRIDKIT), "info", str(closed / "TSX1.xml")], capture_output=True,
+                                  **user)
+        except PermissionError:
+            self.skipTest("the build is closed to other users")
+        self.assertEqual(1, done.returncode)
+        self.assertEqual(f"gridkit: {closed}/TSX1.xml: cannot be read: no permission\n",
+                         done.stderr.decode())
+
+
+class Terminals(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.product = simulate("terminal", lines=128, samples=128)
+
+    def test_colour_is_for_terminals(self):
+        self.assertIn("\033[1mlayers\033[0m", at_terminal(GRIDKIT, "info", self.product))
+        self.assertIn("\033[1;31mgridkit:\033[0m /x: no such file", at_terminal(GRIDKIT, "info", "/x"))
+        self.assertNotIn("\033", text(GRIDKIT, "info", self.product))
+        self.assertNotIn("\033", complaint(GRIDKIT, "info", "/x"))
+
+    def test_there_is_none_when_asked_not_to(self):
+        for environment in ({"NO_COLOR": "1"}, {"TERM": "dumb"}):
+            self.assertNotIn("\033", at_terminal(GRIDKIT, "info", self.product, **environment))
+            self.assertNotIn("\033", at_terminal(GRIDKIT, "info", "/x", **environment))
+        self.assertIn("\033", at_terminal(GRIDKIT, "info", self.product, NO_COLOR=""))
+
+    def test_a_bar_is_for_terminals_that_want_it(self):
+        read = (GRIDKIT, "read", self.product, "X_HH_PHASE_2", FOLDER / "bar.tif", "--overwrite")
+        self.assertIn("100%", at_terminal(*read))
+        self.assertEqual("", at_terminal(*read, "-q"))
+        self.assertEqual("", at_terminal(*read, "--quiet"))
+        self.assertEqual(b"", run(*read).stderr)
+        self.assertIn("100%", at_terminal(*read, "-f", "COG"))
+
+    def test_output_that_does_not_arrive_is_a_failure(self):
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([str(GRIDKIT), "layers", str(self.product)], stdout=full,
+                                  stderr=subprocess.PIPE)
+        self.assertEqual(1, done.returncode)
+        self.assertEqual(b"gridkit: standard output cannot be written: the disk is full\n", done.stderr)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "gridkit/product.h"
+#include "gridkit/raster_writer.h"
+
+// The image files that are written.
+
+enum class OutputFormat { geotiff, cog, png, envi };
+
+// The formats' names, as -f takes them: "GTiff", "COG", "PNG", "ENVI".
+const std::vector<std::string>& output_format_names();
+
+// By a name of those; else by the ending of the path: .tif and .tiff, .png, .img and .envi. Nothing
+// for another ending.
+std::optional<OutputFormat> output_format(const std::string& name, const std::string& path);
+
+// Throws gridkit::Error for a file that is there already, unless it is to be overwritten; and in
+// any case for one that the product is being read from.
+void check_output(const std::string& path, OutputFormat format, bool overwrite,
+                  const gridkit::Product& product);
+
+std::unique_ptr<gridkit::RasterWriter> create_output(OutputFormat format, const std::string& path,
+                                                     std::int32_t width, std::int32_t height,
+                                                     const gridkit::RasterOptions& options);

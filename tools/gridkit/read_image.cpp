@@ -1,0 +1,172 @@
+#include "tools/gridkit/read_image.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "tools/gridkit/calibration.h"
+#include "tools/gridkit/image_place.h"
+#include "tools/gridkit/interruption.h"
+#include "tools/gridkit/pixel_form.h"
+#include "tools/gridkit/terminal.h"
+
+namespace {
+
+// "935-998, 1000" for the image's lines, counted from 0.
+std::string lines_as_text(const std::vector<gridkit::LineRange>& ranges) {
+  std::string text;
+  for (const gridkit::LineRange& range : ranges) {
+    if (!text.empty()) text += ", ";
+    text += std::to_string(range.first);
+    if (range.last > range.first) text += '-' + std::to_string(range.last);
+  }
+  return text;
+}
+
+std::string number(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.17g", value);
+  return text;
+}
+
+// What is written, and what the file tells of it.
+struct Plan {
+  gridkit::Window window;
+  bool is_phase = false;
+  ImagePlace place;
+  std::optional<Calibration> calibration;
+  std::unique_ptr<PixelForm> form;
+
+  bool is_mapped() const { return place.georeference.has_value(); }
+};
+
+Plan plan_of(const gridkit::Product& product, const ImageRequest& request) {
+  Plan plan;
+  const gridkit::Layer layer = product.open_layer(request.layer);
+  plan.window = request.window.value_or(gridkit::Window{0, 0, layer.width(), layer.height()});
+  gridkit::check_window(layer, plan.window);
+  plan.is_phase = layer.pixel_type() == "s16";
+  // A PNG has no room for its place.
+  if (request.format != OutputFormat::png) plan.place = place_of(product, layer, plan.window);
+  switch (request.kind) {
+    case PixelKind::own:
+      plan.form = own_values(plan.is_phase);
+      break;
+    case PixelKind::stretched:
+      plan.form = stretched(product, request.layer, plan.window, plan.is_phase);
+      break;
+    case PixelKind::beta0:
+    case PixelKind::beta0_decibels:
+      plan.calibration = calibration_of(product, layer, request.kind == PixelKind::beta0_decibels);
+      plan.form = calibrated(*plan.calibration, plan.is_mapped());
+      break;
+  }
+  return plan;
+}
+
+gridkit::Overview overview_of(const Plan& plan, PixelKind kind) {
+  if (plan.is_phase || kind == PixelKind::beta0_decibels) return gridkit::Overview::nearest;
+  // The mean of powers; that of magnitudes or decibels would be too low.
+  return kind == PixelKind::own ? gridkit::Overview::root_mean_square : gridkit::Overview::average;
+}
+
+gridkit::RasterOptions options_of(const Plan& plan, const ImageRequest& request) {
+  gridkit::RasterOptions options;
+  options.type = plan.form->type();
+  options.existing = request.overwrite ? gridkit::Existing::replace : gridkit::Existing::refuse;
+  options.band_name = plan.calibration ? plan.calibration->band_name() : request.layer;
+  if (plan.calibration) options.unit = plan.calibration->unit();
+  options.georeference = plan.place.georeference;
+  options.control_points = plan.place.control_points;
+  options.no_data = plan.form->no_data(plan.is_mapped(), false);
+  options.overview = overview_of(plan, request.kind);
+  return options;
+}
+
+void describe(gridkit::RasterWriter& writer, const gridkit::Product& product, const Plan& plan,
+              const ImageRequest& request) {
+  writer.add_metadata("SOURCE", product.path());
+  writer.add_metadata("LAYER", request.layer);
+  writer.add_metadata("FIRST_COLUMN_AND_LINE",
+                      std::to_string(plan.window.column) + ' ' + std::to_string(plan.window.line));
+  if (plan.calibration) {
+    writer.add_metadata("CALIBRATION", plan.calibration->formula());
+    writer.add_metadata("CALIBRATION_FACTOR", number(plan.calibration->factor()));
+    writer.add_metadata("CALIBRATION_UNIT",
+                        plan.calibration->in_decibels() ? "dB" : "1 (a ratio of powers)");
+  }
+  if (request.kind == PixelKind::stretched) {
+    writer.add_metadata("STRETCH", "8 bits for the eye, not for measuring");
+  }
+  if (!plan.place.control_points.empty() && request.format != OutputFormat::envi) {
+    writer.add_metadata("CONTROL_POINTS",
+                        "sensor model at " + number(plan.place.height) +
+                            " m above WGS 84; whole numbers are corners of pixels, 0.5 0.5 the "
+                            "centre of the first");
+  }
+}
+
+// The first half of the bar is for reading where a second pass over the file follows.
+class Bar {
+ public:
+  Bar(const Plan& plan, const ImageRequest& request)
+      : progress_(request.quiet),
+        lines_(plan.window.height),
+        share_of_reading_(request.format == OutputFormat::cog ? 0.5 : 1) {}
+
+  void advance(std::int32_t lines) {
+    done_ += lines;
+    progress_.show(share_of_reading_ * done_ / lines_);
+  }
+  bool finish(double done) {
+    progress_.show(share_of_reading_ + (1 - share_of_reading_) * done);
+    return !is_interrupted();
+  }
+  void clear() { progress_.clear(); }
+
+ private:
+  Progress progress_;
+  std::int32_t lines_;
+  std::int32_t done_ = 0;
+  double share_of_reading_;
+};
+
+}  // namespace
+
+void read_image(const gridkit::Product& product, const ImageRequest& request) {
+  check_output(request.output, request.format, request.overwrite, product);
+  const Plan plan = plan_of(product, request);
+  Bar bar(plan, request);
+  gridkit::RasterOptions options = options_of(plan, request);
+  options.progress = [&bar](double done) { return bar.finish(done); };
+  const auto writer =
+      create_output(request.format, request.output, plan.window.width, plan.window.height, options);
+  describe(*writer, product, plan, request);
+  const auto missing = gridkit::read_window(
+      product, request.layer, plan.window,
+      [&](std::span<const std::uint16_t> pixels, std::int32_t lines, bool complete) {
+        stop_if_interrupted();
+        writer->write_lines((*plan.form)(pixels, complete), lines);
+        bar.advance(lines);
+      });
+  if (!missing.empty()) {
+    writer->add_metadata("LINES_WITHOUT_DATA", lines_as_text(missing));
+    if (const auto value = plan.form->no_data(plan.is_mapped(), true)) writer->set_no_data(*value);
+  }
+  try {
+    writer->finish();
+  } catch (const gridkit::Error&) {
+    stop_if_interrupted();  // giving up the second pass is no fault of the file
+    throw;
+  }
+  bar.clear();
+  if (!plan.place.not_known.empty()) {
+    warn(request.output + ": is not placed on Earth: " + plan.place.not_known);
+  }
+  if (!missing.empty()) {
+    warn(request.output +
+         ": lines of the image without data, in part or in whole: " + lines_as_text(missing));
+  }
+}
