@@ -19,7 +19,12 @@ std::atomic<long> bytes_in_use = 0;
 
 #ifdef TSX_ADDRESS_SANITIZER
 
-#include <sanitizer/allocator_interface.h>
+// The sanitizer's own interface; g++ comes without its header.
+extern "C" {
+std::size_t __sanitizer_get_allocated_size(const volatile void* block);
+int __sanitizer_install_malloc_and_free_hooks(void (*given)(const volatile void*, std::size_t),
+                                              void (*taken_back)(const volatile void*));
+}
 
 namespace {
 
