@@ -27,6 +27,7 @@ set(public_headers
   gridkit/map_point.h
   gridkit/map_projection.h
   gridkit/memory.h
+  gridkit/partial_file.h
   gridkit/plugin.h
   gridkit/preference.h
   gridkit/product.h
