@@ -2,10 +2,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <memory>
 
+#include "gridkit/os_error.h"
 #include "gridkit/partial_file.h"
 
 namespace gridkit {
@@ -17,19 +16,13 @@ struct closer {
 };
 
 [[noreturn]] void refuse(const std::string& path) {
-  throw Error(path + ": cannot be written: " + std::strerror(errno));
+  throw Error(path + ": cannot be written: " + os_error_in_words(errno));
 }
 
 }  // namespace
 
-void refuse_existing(const std::string& path, bool replace) {
-  std::error_code ignored;
-  if (!replace && std::filesystem::exists(path, ignored)) throw Error(path + ": exists already");
-}
-
 void write_whole_file(const std::string& path, std::span<const std::byte> bytes, bool replace) {
-  refuse_existing(path, replace);
-  PartialFile file(path);
+  PartialFile file(path, replace ? Existing::replace : Existing::refuse);
   std::unique_ptr<std::FILE, closer> stream(std::fopen(file.path().c_str(), "wb"));
   if (stream == nullptr) refuse(path);
   if (std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) != bytes.size()) refuse(path);

@@ -15,7 +15,4 @@ namespace gridkit {
 GRIDKIT_API void write_whole_file(const std::string& path, std::span<const std::byte> bytes,
                                   bool replace);
 
-// Refuses now what write_whole_file would refuse after the work: a file that is there already.
-GRIDKIT_API void refuse_existing(const std::string& path, bool replace);
-
 }  // namespace gridkit

@@ -199,7 +199,7 @@ class WithoutData(unittest.TestCase):
         annotation = simulate("prime", lines=293)
         output = FOLDER / "prime.png"
         done = run(GRIDKIT, "quicklook", annotation, output, "--overwrite")
-        self.assertEqual(f"gridkit: {output}: lines of the image without data, in part or in whole, are "
+        self.assertEqual(f"gridkit: warning: {output}: lines of the image without data, in part or in whole, are "
                          "transparent: 292\n", done.stderr.decode())
         picture = Png(output.read_bytes())
         last = 292 * picture.height // 293
@@ -229,7 +229,7 @@ class Refusals(unittest.TestCase):
         annotation = simulate("keep", lines=64, samples=64)
         output = FOLDER / "keep.png"
         output.write_text("mine")
-        self.assertEqual(f"gridkit: {output}: exists already\n",
+        self.assertEqual(f"gridkit: {output}: exists already; --overwrite replaces it\n",
                          complaint(GRIDKIT, "quicklook", annotation, output))
         self.assertEqual("mine", output.read_text())
         run(GRIDKIT, "quicklook", annotation, output, "--overwrite")
@@ -238,12 +238,13 @@ class Refusals(unittest.TestCase):
     def test_an_unknown_layer_leaves_no_file(self):
         annotation = simulate("unknown", lines=64, samples=64)
         output = FOLDER / "never.png"
-        complaint(GRIDKIT, "quicklook", annotation, "layer", output)
+        self.assertIn('did you mean "X_HH_MAGNITUDE_1"?',
+                      complaint(GRIDKIT, "quicklook", annotation, "X_HH_MAGNITUDE", output))
         self.assertEqual([], list(FOLDER.glob("never.png*")))
 
     def test_a_folder_that_is_not_there(self):
         annotation = simulate("nowhere", lines=64, samples=64)
-        self.assertIn("/nonexistent/x.png: cannot be written: No such file or directory",
+        self.assertIn("/nonexistent/x.png: cannot be written: there is no folder /nonexistent",
                       complaint(GRIDKIT, "quicklook", annotation, "/nonexistent/x.png"))
 
     def test_wrong_use(self):

@@ -341,7 +341,7 @@ class Refusals(unittest.TestCase):
     def test_an_existing_file_is_kept_unless_told(self):
         output = FOLDER / "kept.html"
         output.write_text("mine")
-        self.assertEqual(f"gridkit: {output}: exists already\n",
+        self.assertEqual(f"gridkit: {output}: exists already; --overwrite replaces it\n",
                          complaint(GRIDKIT, "report", simulate("kept"), output))
         self.assertEqual("mine", output.read_text())
 

@@ -28,6 +28,8 @@ Examples:
   gridkit info PRODUCT                                  what it is and what is in it
   gridkit layers PRODUCT                                the names of its layers, one a line
   gridkit read PRODUCT X_HH_MAGNITUDE_1 image.tif       pixels into a GeoTIFF
+  gridkit quicklook PRODUCT picture.png                 a small picture of a layer
+  gridkit report PRODUCT product.html                   all of it on one page
   gridkit locate PRODUCT 1200 340                       where line 1200, sample 340 lies
   gridkit VERB --help                                   all about one verb
 

@@ -1,23 +1,9 @@
 #include "tools/gridkit/progress.h"
 
-#include <cstdio>
-#include <string>
-
-#include <unistd.h>
-
-LineProgress::LineProgress(std::int32_t lines, bool quiet)
-    : lines_(lines), shown_(!quiet && ::isatty(STDERR_FILENO) != 0) {}
-
-LineProgress::~LineProgress() {
-  if (shown_) std::fputc('\n', stderr);
-}
+#include "tools/gridkit/interruption.h"
 
 void LineProgress::advance(std::int32_t lines) {
+  stop_if_interrupted();
   done_ += lines;
-  if (!shown_) return;
-  constexpr int width = 40;
-  const auto filled = static_cast<int>(std::int64_t{done_} * width / lines_);
-  const auto percent = static_cast<int>(std::int64_t{done_} * 100 / lines_);
-  const std::string bar(static_cast<std::size_t>(filled), '#');
-  std::fprintf(stderr, "\r[%-*s] %3d%%", width, bar.c_str(), percent);
+  bar_.show(static_cast<double>(done_) / static_cast<double>(lines_));
 }

@@ -2,18 +2,18 @@
 
 #include <cstdint>
 
-// A bar on standard error, where that is a terminal, for work that goes through an image by lines.
+#include "tools/gridkit/terminal.h"
+
+// The bar of work that goes through images by lines, and where such work is stopped.
 class LineProgress {
  public:
-  LineProgress(std::int32_t lines, bool quiet);
-  LineProgress(const LineProgress&) = delete;
-  LineProgress& operator=(const LineProgress&) = delete;
-  ~LineProgress();  // ends the bar's line
+  LineProgress(std::int64_t lines, bool quiet) : bar_(quiet), lines_(lines) {}
 
+  // Throws Interrupted when the program is to end.
   void advance(std::int32_t lines);
 
  private:
-  std::int32_t lines_;
-  std::int32_t done_ = 0;
-  bool shown_;
+  Progress bar_;
+  std::int64_t lines_;
+  std::int64_t done_ = 0;
 };

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <span>
 #include <utility>
@@ -12,11 +11,27 @@
 #include "tools/gridkit/colour_map.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/ground_spacing.h"
+#include "tools/gridkit/image_warning.h"
+#include "tools/gridkit/layer_name.h"
+#include "tools/gridkit/line_ranges.h"
+#include "tools/gridkit/output_file.h"
 #include "tools/gridkit/progress.h"
+#include "tools/gridkit/terminal.h"
 
 namespace {
 
 constexpr std::size_t pixel_values = 65536;
+
+constexpr const char* footer =
+    R"(The layer is read once. A pixel of the picture is the mean of those that fall into it: of magnitudes
+the root of the mean intensity, stretched from its 2nd to its 98th percentile; of phases the direction
+of the mean phasor, in colours that go around a circle. Pixels are square on the ground where the
+product can be placed, else they keep the layer's own aspect. What has no data is transparent: nothing
+but zero magnitudes, and lines that could not be read. The PNG's texts tell what it shows.
+
+Examples:
+  gridkit quicklook PRODUCT picture.png
+  gridkit quicklook PRODUCT X_HH_PHASE_2 phase.png --size 512)";
 
 // "12.5" and the like.
 std::string short_number(double value) {
@@ -63,15 +78,20 @@ struct Request {
 };
 
 std::string chosen_layer(const gridkit::Product& product, const Request& request) {
-  if (request.names.size() == 3) return request.names[1];
+  if (request.names.size() == 3) {
+    const std::string unknown = unknown_layer(product, request.names[1]);
+    if (!unknown.empty()) throw gridkit::Error(product.path() + ": " + unknown);
+    return request.names[1];
+  }
   const auto names = product.layer_names();
   if (names.empty()) throw gridkit::Error(product.path() + ": it has no layers");
   return names.front();
 }
 
 int save_quicklook(const Host& host, const Request& request) {
-  gridkit::refuse_existing(request.output(), request.overwrite);
   const gridkit::Product product = host.open(request.product());
+  check_output(request.output(), OutputFormat::png, request.overwrite, product);
+  warn_about_images(product.path());
   const std::string layer = chosen_layer(product, request);
   const Quicklook quicklook = [&] {
     LineProgress progress(product.open_layer(layer).height(), request.quiet);
@@ -81,13 +101,12 @@ int save_quicklook(const Host& host, const Request& request) {
   gridkit::write_whole_file(request.output(), gridkit::encode_png(quicklook.picture),
                             request.overwrite);
   if (!quicklook.spacing) {
-    std::cerr << "gridkit: " << request.output()
-              << ": the picture has the pixels' own aspect: " << quicklook.why_no_spacing << '\n';
+    warn(request.output() + ": has the pixels' own aspect: " + quicklook.why_no_spacing);
   }
   if (!quicklook.missing.empty()) {
-    std::cerr << "gridkit: " << request.output()
-              << ": lines of the image without data, in part or in whole, are transparent: "
-              << lines_as_text(quicklook.missing) << '\n';
+    warn(request.output() +
+         ": lines of the image without data, in part or in whole, are transparent: " +
+         lines_as_text(quicklook.missing));
   }
   return 0;
 }
@@ -137,23 +156,13 @@ Quicklook make_quicklook(const gridkit::Product& product, const std::string& lay
   return result;
 }
 
-std::string lines_as_text(const std::vector<gridkit::LineRange>& ranges) {
-  std::string text;
-  for (const gridkit::LineRange& range : ranges) {
-    if (!text.empty()) text += ", ";
-    text += std::to_string(range.first);
-    if (range.last > range.first) text += '-' + std::to_string(range.last);
-  }
-  return text;
-}
-
 void add_quicklook(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
-  CLI::App* command = app.add_subcommand(
-      "quicklook", "Make a small picture of a layer (of the first one, where none is named)");
+  CLI::App* command = app.add_subcommand("quicklook", "Make a small picture of a layer");
+  command->footer(footer);
   command
       ->add_option("PRODUCT [LAYER] OUT.png", request->names,
-                   "The product's annotation, a layer's name, and the picture to write")
+                   "The product, a layer's name (without it the first layer), and the PNG file")
       ->required()
       ->expected(2, 3)
       ->option_text(" ");

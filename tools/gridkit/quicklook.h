@@ -32,6 +32,3 @@ inline constexpr std::int32_t largest_picture = 8192;
 // of lines read. Memory: what read_window takes, and the picture. Throws gridkit::Error.
 Quicklook make_quicklook(const gridkit::Product& product, const std::string& layer,
                          std::int32_t longest, const std::function<void(std::int32_t)>& advance);
-
-// "935-998, 1000" for lines of the image, counted from 0.
-std::string lines_as_text(const std::vector<gridkit::LineRange>& ranges);

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
@@ -9,8 +8,8 @@
 #include "gridkit/os_error.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/image_warning.h"
+#include "tools/gridkit/layer_name.h"
 #include "tools/gridkit/read_image.h"
-#include "tools/gridkit/suggestion.h"
 
 namespace {
 
@@ -81,16 +80,6 @@ void complete(ReadRequest& request) {
     request.image.kind =
         request.calibrate == "beta0" ? PixelKind::beta0 : PixelKind::beta0_decibels;
   }
-}
-
-// What to say of a name that is not among the layers' own, empty for one that is.
-std::string unknown_layer(const gridkit::Product& product, const std::string& name) {
-  const auto names = product.layer_names();
-  if (std::find(names.begin(), names.end(), name) != names.end()) return {};
-  std::string message =
-      "no layer \"" + name + '"' + did_you_mean(name, names) + "\n  the layers are";
-  for (const std::string& known : names) message += ' ' + known;
-  return message;
 }
 
 // One block as raw 16-bit pixels in host order; status 3 where the plug-in has no data for it. What

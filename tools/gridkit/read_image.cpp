@@ -9,21 +9,11 @@
 #include "tools/gridkit/calibration.h"
 #include "tools/gridkit/image_place.h"
 #include "tools/gridkit/interruption.h"
+#include "tools/gridkit/line_ranges.h"
 #include "tools/gridkit/pixel_form.h"
 #include "tools/gridkit/terminal.h"
 
 namespace {
-
-// "935-998, 1000" for the image's lines, counted from 0.
-std::string lines_as_text(const std::vector<gridkit::LineRange>& ranges) {
-  std::string text;
-  for (const gridkit::LineRange& range : ranges) {
-    if (!text.empty()) text += ", ";
-    text += std::to_string(range.first);
-    if (range.last > range.first) text += '-' + std::to_string(range.last);
-  }
-  return text;
-}
 
 std::string number(double value) {
   char text[32];

@@ -5,6 +5,8 @@
 
 #include "gridkit/whole_file.h"
 #include "tools/gridkit/commands.h"
+#include "tools/gridkit/image_warning.h"
+#include "tools/gridkit/output_file.h"
 #include "tools/gridkit/progress.h"
 #include "tools/gridkit/quicklook.h"
 #include "tools/gridkit/report/page.h"
@@ -19,16 +21,17 @@ struct Request {
   bool quiet = false;
 };
 
-std::int32_t lines_of_all_layers(const gridkit::Product& product) {
-  std::int32_t lines = 0;
+std::int64_t lines_of_all_layers(const gridkit::Product& product) {
+  std::int64_t lines = 0;
   for (const std::string& layer : product.layer_names())
     lines += product.open_layer(layer).height();
   return lines;
 }
 
 int save_report(const Host& host, const Request& request) {
-  gridkit::refuse_existing(request.output, request.overwrite);
   const gridkit::Product product = host.open(request.product);
+  check_output(request.output, OutputFormat::png, request.overwrite, product);
+  warn_about_images(product.path());
   const std::string page = [&] {
     LineProgress progress(lines_of_all_layers(product), request.quiet);
     return report::make_page(product, request.size,
@@ -44,7 +47,8 @@ void add_report(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand(
       "report", "Tell all about a product in one HTML page that stands by itself");
-  command->add_option("PRODUCT", request->product, "The product's annotation")->required();
+  command->footer("Example:\n  gridkit report PRODUCT product.html");
+  command->add_option("PRODUCT", request->product, product_help)->required();
   command->add_option("OUT.html", request->output, "The page to write")->required();
   command->add_option("--size", request->size, "Most pixels of a picture on its longer side")
       ->check(CLI::Range(smallest_picture, std::int32_t{2048}))

@@ -11,6 +11,7 @@
 #include "report_assets.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/gridkit/colour_map.h"
+#include "tools/gridkit/line_ranges.h"
 #include "tools/gridkit/placement.h"
 #include "tools/gridkit/quicklook.h"
 #include "tools/gridkit/report/acquisition.h"
