@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
-"""Derives the polynomial of image/conversion_kernel.inc and prints it with its error.
+"""Derives the polynomials of image/conversion_kernel.inc and prints them with their errors.
 
-Found is the odd polynomial P of TERMS terms that comes closest to S atan(u) on [0, 1], S being the
-steps of the 16-bit phase in a radian, 10430.3783505: Remez' exchange in 50 decimal digits. Its
-coefficients must be 32-bit floats, so they are rounded from the first on, and after each rounding
-the others are fitted anew; the rounding of the large first ones is made good by the small later ones.
+Found is the odd polynomial P of TERMS terms that comes closest to S atan(u) on [0, 1]: Remez' exchange
+in 50 decimal digits. S is the steps of the 16-bit phase in a radian, 10430.3783505, for coefficients
+that must be 32-bit floats, and 1 for 64-bit ones. They are rounded from the first on, and after each
+rounding the others are fitted anew; the rounding of the large first ones is made good by the small later
+ones.
 
-    bench/derive_arctangent.py [TERMS]
+    bench/derive_arctangent.py [TERMS [32|64]]
 """
 
 import struct
@@ -14,7 +15,8 @@ import sys
 from decimal import Decimal as D, getcontext
 
 getcontext().prec = 50
-SCALE = D("10430.3783505")
+SCALE = {32: D("10430.3783505"), 64: D(1)}
+UNIT = {32: "steps", 64: "rad"}
 GRID = 4000
 
 
@@ -80,26 +82,28 @@ def fit(known, terms, points, wanted):
     return found
 
 
-def to_float(x):
-    return D(struct.unpack("f", struct.pack("f", float(x)))[0])
+def rounded(x, bits):
+    """To the closest float of so many bits; a Python float has 64."""
+    return D(float(x) if bits == 64 else struct.unpack("f", struct.pack("f", float(x)))[0])
 
 
 def main():
     terms = int(sys.argv[1]) if len(sys.argv) > 1 else 9
+    bits = int(sys.argv[2]) if len(sys.argv) > 2 else 32
     points = [D(k) / GRID for k in range(GRID + 1)]
-    wanted = [SCALE * atan(x) for x in points]
+    wanted = [SCALE[bits] * atan(x) for x in points]
 
     def worst(coefficients):
         return max(abs(odd(coefficients, x) - w) for x, w in zip(points, wanted))
 
     ideal = fit([], terms, points, wanted)
-    print(f"{terms} terms, coefficients of any precision: error {worst(ideal):.3e} steps")
+    print(f"{terms} terms, coefficients of any precision: error {worst(ideal):.3e} {UNIT[bits]}")
     known = []
     for _ in range(terms):
-        known.append(to_float(fit(known, terms, points, wanted)[len(known)]))
-    print(f"coefficients that are 32-bit floats: error {worst(known):.3e} steps")
+        known.append(rounded(fit(known, terms, points, wanted)[len(known)], bits))
+    print(f"coefficients that are {bits}-bit floats: error {worst(known):.3e} {UNIT[bits]}")
     for k, c in enumerate(known):
-        print(f"  u^{2 * k + 1:<2}  {float(c):.9g}f  {float(c).hex()}")
+        print(f"  u^{2 * k + 1:<2}  {float(c):.{9 if bits == 32 else 17}g}  {float(c).hex()}")
 
 
 if __name__ == "__main__":

@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <span>
 
+#ifdef __x86_64__
+#include <immintrin.h>
+#endif
+
 // The loops over samples and pixels, compiled once for each instruction set that pays: one source,
 // conversion_kernel.inc. All give the same bits, those that conversion.h tells. `count` may be
 // anything; targets overlap no sources.

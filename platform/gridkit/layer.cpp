@@ -11,13 +11,14 @@
 #include <string>
 #include <string_view>
 
-#include <gdal.h>
+#include <gdal_priv.h>
 
 #include "gridkit/fail.h"
 #include "gridkit/gdal_support.h"
 #include "gridkit/open_layer.h"
 #include "gridkit/open_scope.h"
 #include "gridkit/regular_file.h"
+#include "gridkit/widen.h"
 
 namespace {
 
@@ -27,6 +28,7 @@ struct list_deleter {
   void operator()(gks_StringList* list) const { gks_StringListDelete(list, nullptr); }
 };
 using string_list = std::unique_ptr<gks_StringList, list_deleter>;
+
 // Why a path is not opened at all; empty when it may be tried.
 std::string refusal_of(const char* path) {
   std::string refusal = gridkit::refusal_to_open(path);
@@ -103,46 +105,52 @@ struct Part {
   char* target;
 };
 
-bool read_as(GDALRasterBandH band, const Part& part, void* target, GDALDataType type,
-             std::int64_t column_stride, std::int64_t row_stride) {
-  return GDALRasterIOEx(band, GF_Read, part.x, part.y, part.w, part.h, target, part.w, part.h, type,
-                        column_stride, row_stride, nullptr) == CE_None;
-}
-
-// Reads pixels that the file holds in 8 or 16 bits into 64-bit floats by way of 16 bits, which is
-// faster than to let the library convert them one by one.
+// The part's pixels from the library's own tiles, which hold them in the file's type, to 64-bit
+// floats: no copy of them stands between.
 template <class Stored>
-bool read_widened(GDALRasterBandH band, const Part& part, GDALDataType type,
-                  std::int64_t row_stride) {
-  const auto width = static_cast<std::size_t>(part.w);
-  const auto height = static_cast<std::size_t>(part.h);
-  const std::unique_ptr<Stored[]> stored(new Stored[width * height]);
-  if (!read_as(band, part, stored.get(), type, 0, 0)) return false;
-  for (std::size_t line = 0; line < height; ++line) {
-    const Stored* __restrict from = stored.get() + line * width;
-    auto* __restrict to =
-        reinterpret_cast<double*>(part.target + row_stride * static_cast<std::int64_t>(line));
-    for (std::size_t k = 0; k < width; ++k) to[k] = from[k];
+bool read_widened(GDALRasterBand& band, const Part& part, std::int64_t row_stride) {
+  int tile_width = 0;
+  int tile_height = 0;
+  band.GetBlockSize(&tile_width, &tile_height);
+  for (int y = part.y, next_y = 0; y < part.y + part.h; y = next_y) {
+    const int tile_row = y / tile_height;
+    next_y = y + std::min(tile_height - y % tile_height, part.y + part.h - y);
+    for (int x = part.x, next_x = 0; x < part.x + part.w; x = next_x) {
+      const int tile_column = x / tile_width;
+      next_x = x + std::min(tile_width - x % tile_width, part.x + part.w - x);
+      GDALRasterBlock* tile = band.GetLockedBlockRef(tile_column, tile_row);
+      if (tile == nullptr) return false;
+      const auto* from = static_cast<const Stored*>(tile->GetDataRef()) +
+                         std::ptrdiff_t{y % tile_height} * tile_width + x % tile_width;
+      char* to = part.target + row_stride * (y - part.y) + std::ptrdiff_t{8} * (x - part.x);
+      for (int line = y; line < next_y; ++line, from += tile_width, to += row_stride) {
+        gridkit::widen(from, reinterpret_cast<double*>(to), static_cast<std::size_t>(next_x - x));
+      }
+      tile->DropLock();
+    }
   }
   return true;
 }
 
-bool read(GDALRasterBandH band, const Part& part, const gkl_PixelRect& rect, GDALDataType type) {
+bool read(GDALRasterBandH handle, const Part& part, const gkl_PixelRect& rect, GDALDataType type) {
   constexpr std::int64_t size = sizeof(double);
   const bool is_plain = rect.columnStride == size && rect.rowStride % size == 0 &&
                         reinterpret_cast<std::uintptr_t>(rect.data) % alignof(double) == 0;
   if (type == GDT_Float64 && is_plain) {
-    switch (GDALGetRasterDataType(band)) {
+    GDALRasterBand& band = *GDALRasterBand::FromHandle(handle);
+    switch (band.GetRasterDataType()) {
       case GDT_Byte:
+        return read_widened<std::uint8_t>(band, part, rect.rowStride);
       case GDT_UInt16:
-        return read_widened<std::uint16_t>(band, part, GDT_UInt16, rect.rowStride);
+        return read_widened<std::uint16_t>(band, part, rect.rowStride);
       case GDT_Int16:
-        return read_widened<std::int16_t>(band, part, GDT_Int16, rect.rowStride);
+        return read_widened<std::int16_t>(band, part, rect.rowStride);
       default:
         break;
     }
   }
-  return read_as(band, part, part.target, type, rect.columnStride, rect.rowStride);
+  return GDALRasterIOEx(handle, GF_Read, part.x, part.y, part.w, part.h, part.target, part.w,
+                        part.h, type, rect.columnStride, rect.rowStride, nullptr) == CE_None;
 }
 
 // Zeros for a window that reaches past the image.

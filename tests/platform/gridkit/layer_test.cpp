@@ -1,5 +1,7 @@
 #include "gridkit/layer.h"
 
+#include <cpl_string.h>
+#include <gdal.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -113,6 +115,55 @@ TEST_F(Layers, GiveEveryStoredTypeAsFloats) {
             (std::vector<double>{0, 65535, 0}));
   EXPECT_EQ(first_two(gridkit::SampleType::s16, std::int16_t{-32768}, std::int16_t{32767}),
             (std::vector<double>{-32768, 32767, 0}));
+}
+
+// The image is 40 by 24 in tiles of 16 by 16, so that tiles reach past its right and bottom edges.
+TEST_F(Layers, GiveWindowsAcrossTilesAsFloats) {
+  constexpr int tiled_width = 40;
+  constexpr int tiled_height = 24;
+  const std::string file = folder / "tiled.tif";
+  const auto pixel = [](int x, int y) { return static_cast<std::int16_t>(1000 * y - 13 * x); };
+  {
+    CPLStringList settings;
+    for (const char* setting : {"TILED=YES", "BLOCKXSIZE=16", "BLOCKYSIZE=16"}) {
+      settings.AddString(setting);
+    }
+    std::vector<std::int16_t> pixels;
+    for (int y = 0; y < tiled_height; ++y) {
+      for (int x = 0; x < tiled_width; ++x) pixels.push_back(pixel(x, y));
+    }
+    GDALDatasetH image = GDALCreate(GDALGetDriverByName("GTiff"), file.c_str(), tiled_width,
+                                    tiled_height, 1, GDT_Int16, settings.List());
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(GDALRasterIO(GDALGetRasterBand(image, 1), GF_Write, 0, 0, tiled_width, tiled_height,
+                           pixels.data(), tiled_width, tiled_height, GDT_Int16, 0, 0),
+              CE_None);
+    GDALClose(image);
+  }
+  struct Window {
+    int x, y, w, h;
+  };
+  constexpr Window windows[] = {{0, 0, 16, 16},   {15, 15, 2, 2},   {3, 1, 37, 23},
+                                {32, 16, 16, 16}, {-5, -3, 60, 40}, {16, 0, 1, 24}};
+  gkl_Layer* layer = open(file);
+  for (const auto& [first_x, first_y, w, h] : windows) {
+    gkl_PixelRect* rect = gkl_PixelRectCreate(w, h, gkl_PixelF64, nullptr);
+    EXPECT_EQ(
+        report_of([&](auto* err) { gkl_LayerRead(layer, first_x, first_y, w, h, rect, err); }), "");
+    for (int r = 0; r < h; ++r) {
+      for (int c = 0; c < w; ++c) {
+        const int x = first_x + c;
+        const int y = first_y + r;
+        const bool is_inside = x >= 0 && y >= 0 && x < tiled_width && y < tiled_height;
+        double value = -1;
+        std::memcpy(&value, static_cast<const char*>(rect->data) + rect->rowStride * r + 8 * c,
+                    sizeof value);
+        EXPECT_EQ(value, is_inside ? pixel(x, y) : 0) << "column " << x << ", line " << y;
+      }
+    }
+    gkl_PixelRectDelete(rect, nullptr);
+  }
+  gkl_LayerClose(layer, nullptr);
 }
 
 // A rectangle of the caller's own: floats 12 bytes apart, on odd addresses.
