@@ -23,6 +23,12 @@ fs::path spelled_out(std::string_view path) {
   return (ignored ? fs::path(path) : absolute).lexically_normal();
 }
 
+std::string folder_of(const std::string& product) {
+  std::string folder = spelled_out(product).parent_path().string();
+  if (!folder.ends_with('/')) folder += '/';
+  return folder;
+}
+
 bool allows_outside_files() {
   return gkp_GetNumberPreference("gridkit", "allow_outside_files", 0, nullptr) != 0;
 }
@@ -30,9 +36,7 @@ bool allows_outside_files() {
 }  // namespace
 
 OpenScope::OpenScope(const std::string& product)
-    : folder_(spelled_out(product).parent_path().string()), before_(std::exchange(current, this)) {
-  if (!folder_.ends_with('/')) folder_ += '/';
-}
+    : folder_(folder_of(product)), before_(std::exchange(current, this)) {}
 
 OpenScope::~OpenScope() {
   current = before_;

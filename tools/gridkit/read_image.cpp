@@ -131,13 +131,17 @@ void read_image(const gridkit::Product& product, const ImageRequest& request) {
   Bar bar(plan, request);
   gridkit::RasterOptions options = options_of(plan, request);
   options.progress = [&bar](double done) { return bar.finish(done); };
-  const auto writer =
-      create_output(request.format, request.output, plan.window.width, plan.window.height, options);
-  describe(*writer, product, plan, request);
+  // Made with the first lines: an image that is refused while it is looked through costs no output.
+  std::unique_ptr<gridkit::RasterWriter> writer;
   const auto missing = gridkit::read_window(
       product, request.layer, plan.window,
       [&](std::span<const std::uint16_t> pixels, std::int32_t lines, bool complete) {
         stop_if_interrupted();
+        if (writer == nullptr) {
+          writer = create_output(request.format, request.output, plan.window.width,
+                                 plan.window.height, options);
+          describe(*writer, product, plan, request);
+        }
         writer->write_lines((*plan.form)(pixels, complete), lines);
         bar.advance(lines);
       });
