@@ -25,8 +25,7 @@ while IFS= read -r path; do
 done <"$output/products.txt"
 
 {
-  echo "product,variant,polarisations,start,look,lines,samples,line_spacing_m,sample_spacing_m,"\
-"latitude,longitude,average_height_m,projection,calibration_factor,layers,findings"
+  echo "product,variant,polarisations,start,look,lines,samples,line_spacing_m,sample_spacing_m,latitude,longitude,average_height_m,projection,calibration_factor,layers,findings"
   xargs -0 -r jq -r -f "$here/table.jq" <"$work/records"
 } >"$work/table.csv"
 mv "$work"/{table.csv,refused.tsv,undone.txt} "$output"
