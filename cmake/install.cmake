@@ -84,7 +84,7 @@ install(DIRECTORY examples/ DESTINATION ${GRIDKIT_EXAMPLES_DIR} COMPONENT develo
   PATTERN pipelines EXCLUDE)
 install(DIRECTORY examples/pipelines USE_SOURCE_PERMISSIONS
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/gridkit-tools/examples COMPONENT tools)
-install(DIRECTORY tools/json DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/gridkit/schemas COMPONENT tools)
+install(DIRECTORY json DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/gridkit/schemas COMPONENT tools)
 install(FILES completions/gridkit.bash
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions RENAME gridkit COMPONENT tools)
 install(FILES completions/_gridkit

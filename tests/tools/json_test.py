@@ -10,7 +10,7 @@ from jsonschema import Draft202012Validator, SchemaError
 
 from programs import ANNOTATION, FOLDER, GRIDKIT, main, run, simulate, text
 
-SCHEMAS = Path(sys.argv[3]) / "tools/json/v1"
+SCHEMAS = Path(sys.argv[3]) / "json/v1"
 VARIANTS = ("SSC", "MGD", "GEC", "EEC")
 RADAR_MODEL, BETA0 = ":RADAR_Generic_v2.2", ":TSX_Beta0"
 
