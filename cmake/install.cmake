@@ -81,7 +81,11 @@ configure_file(cmake/gridkit.pc.in ${PROJECT_BINARY_DIR}/gridkit.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/gridkit.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-install(DIRECTORY examples/ DESTINATION ${GRIDKIT_EXAMPLES_DIR} COMPONENT development)
+install(DIRECTORY examples/ DESTINATION ${GRIDKIT_EXAMPLES_DIR} COMPONENT development
+  PATTERN pipelines EXCLUDE)
+install(DIRECTORY examples/pipelines USE_SOURCE_PERMISSIONS
+  DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/gridkit-tools/examples COMPONENT tools)
+install(DIRECTORY json DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/gridkit/schemas COMPONENT tools)
 install(FILES completions/gridkit.bash
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions RENAME gridkit COMPONENT tools)
 install(FILES completions/_gridkit

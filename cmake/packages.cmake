@@ -50,6 +50,7 @@ ones with their map data, and the sensor model and calibration beside them.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME gridkit-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS gridkit-tsx)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "jq, parallel, slurm-client")
 set(CPACK_COMPONENT_TOOLS_DEPENDS library)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "command line for raster products
 The program gridkit shows and reads products through format plug-ins;

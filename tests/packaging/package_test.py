@@ -105,6 +105,8 @@ class Packages(unittest.TestCase):
                      f"{libraries}/cmake/gridkit/gridkit-config.cmake",
                      "usr/share/bash-completion/completions/gridkit",
                      "usr/share/zsh/vendor-completions/_gridkit",
+                     "usr/share/gridkit/schemas/json/v1/info.schema.json",
+                     "usr/share/doc/gridkit-tools/examples/pipelines/run.sh",
                      *(f"usr/share/doc/{name}/copyright" for name in self.packages)):
             self.assertIn(file, files)
 
