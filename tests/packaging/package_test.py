@@ -105,6 +105,7 @@ class Packages(unittest.TestCase):
                      f"{libraries}/cmake/gridkit/gridkit-config.cmake",
                      "usr/share/bash-completion/completions/gridkit",
                      "usr/share/zsh/vendor-completions/_gridkit",
+                     "usr/share/man/man1/gridkit.1.gz", "usr/share/man/man1/gridkit-read.1.gz",
                      *(f"usr/share/doc/{name}/copyright" for name in self.packages)):
             self.assertIn(file, files)
 
