@@ -18,6 +18,12 @@ foreach(tree IN LISTS trees)
     file(WRITE ${description} "${text}")
   endforeach()
 
+  # Manual pages are packed, and the same on every day.
+  file(GLOB pages ${tree}/usr/share/man/man1/*.1)
+  if(pages)
+    execute_process(COMMAND gzip -9n ${pages} COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+
   # Completions that come with packages have a folder of their own.
   if(EXISTS ${tree}/usr/share/zsh/site-functions)
     file(RENAME ${tree}/usr/share/zsh/site-functions ${tree}/usr/share/zsh/vendor-completions)

@@ -107,6 +107,7 @@ class Packages(unittest.TestCase):
                      "usr/share/zsh/vendor-completions/_gridkit",
                      "usr/share/gridkit/schemas/json/v1/info.schema.json",
                      "usr/share/doc/gridkit-tools/examples/pipelines/run.sh",
+                     "usr/share/man/man1/gridkit.1.gz", "usr/share/man/man1/gridkit-read.1.gz",
                      *(f"usr/share/doc/{name}/copyright" for name in self.packages)):
             self.assertIn(file, files)
 

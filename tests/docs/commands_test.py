@@ -1,0 +1,113 @@
+"""Every command that the documents show is run, and prints what they show.
+
+    commands_test.py BUILD FOLDER ROOT
+
+The commands of a page's console blocks run in one shell and in a folder of the page's own, which is empty at its
+beginning, with the programs of the build in the path. What they print, on standard error too, is compared line by line.
+They succeed, unless the next one is `echo $?`, whose output tells that they do not.
+"""
+import os
+import shutil
+import subprocess
+import unittest
+
+from pages import BUILD, FOLDER, PAGES, ROOT, differs, fences, name_of, shown_commands
+
+# Blocks in "sh" are not run here. The pages that may have them, and why.
+NOT_RUN = {
+    "docs/geometry.md": "the tests' own commands, and real annotations: see RealAnnotations",
+    "docs/limits.md": "runs the tests themselves",
+    "docs/performance.md": "benchmarks: their figures are of one machine",
+    "docs/start.md": "installs packages, or builds and installs from source",
+    "docs/writing-a-plugin.md": "run by tests/packaging/install_test.py, with its console blocks, where gridkit is installed",
+}
+RUN_ELSEWHERE = {"docs/writing-a-plugin.md": "tests/packaging/install_test.py"}
+# Kinds of blocks that show no command.
+PLAIN = {"text", "c", "cpp", "cmake", "json", "python"}
+
+LONGEST_SECONDS = 120
+
+
+def setUpModule():
+    shutil.rmtree(FOLDER, ignore_errors=True)
+    FOLDER.mkdir(parents=True)
+
+
+def run(commands, folder):
+    """Output and exit status of commands that one shell runs in the folder."""
+    outputs = folder.with_name(folder.name + ".outputs")
+    outputs.mkdir(parents=True)
+    folder.mkdir()
+    script = "".join(f"{{ {command}\n}} >{outputs}/{i}.out 2>&1; status=$?; echo $status >{outputs}/{i}.status; (exit $status)\n"
+                     for i, command in enumerate(commands))
+    environment = {"PATH": f"{BUILD}/bin:{os.environ['PATH']}", "HOME": str(folder), "LC_ALL": "C.UTF-8"}
+    subprocess.run(["bash", "--norc", "-c", script], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
+                   timeout=LONGEST_SECONDS)
+    for i in range(len(commands)):
+        printed = (outputs / f"{i}.out").read_text().split("\n")
+        if printed[-1] == "":
+            printed.pop()
+        yield printed, int((outputs / f"{i}.status").read_text())
+
+
+class Pages(unittest.TestCase):
+    maxDiff = None
+
+    def test_commands_print_what_is_shown(self):
+        count = 0
+        for page in PAGES:
+            if name_of(page) in RUN_ELSEWHERE:
+                continue
+            shown = shown_commands(page)
+            count += len(shown)
+            done = run([one.command for one in shown], FOLDER / name_of(page).replace("/", "-"))
+            following = [one.command for one in shown[1:]] + [""]
+            for one, (printed, status), next_command in zip(shown, done, following):
+                with self.subTest(f"{name_of(page)}:{one.line}: $ {one.command}"):
+                    difference = differs(one.output, printed)
+                    if difference:
+                        self.assertEqual(one.output, printed, difference)
+                    if next_command != "echo $?":
+                        self.assertEqual(0, status)
+        self.assertGreater(count, 60)
+
+    def test_what_is_not_run_is_known(self):
+        for page in PAGES:
+            if page == ROOT / "README.md":
+                continue
+            for fence in fences(page):
+                with self.subTest(f"{name_of(page)}:{fence.line}"):
+                    if fence.language == "sh":
+                        self.assertIn(name_of(page), NOT_RUN)
+                        self.assertFalse([line for line in fence.lines if line.startswith("$ ")])
+                    else:
+                        self.assertIn(fence.language, PLAIN | {"console"})
+        with_sh = {name_of(page) for page in PAGES if any(fence.language == "sh" for fence in fences(page))}
+        self.assertEqual(set(), set(NOT_RUN) - with_sh)
+
+    def test_what_is_run_elsewhere_is(self):
+        for page, test in RUN_ELSEWHERE.items():
+            self.assertIn(page, (ROOT / test).read_text())
+
+
+class Differences(unittest.TestCase):
+    """The comparison itself."""
+
+    def test_are_seen_line_by_line(self):
+        self.assertIsNone(differs(["a", "b"], ["a", "b"]))
+        self.assertIsNone(differs([], []))
+        for printed in ([], ["a"], ["a", "b", "c"], ["a", "B"], ["a", "b "]):
+            self.assertTrue(differs(["a", "b"], printed), printed)
+
+    def test_dots_stand_for_lines_and_nothing_else_does(self):
+        expected = ["a", "...", "c", "...", "e"]
+        for printed in (["a", "c", "e"], ["a", "b", "c", "d", "d", "e"], ["a", "c", "c", "e"]):
+            self.assertIsNone(differs(expected, printed), printed)
+        for printed in (["a", "e"], ["a", "c"], ["b", "c", "e"], ["a", "c", "e", "f"], ["a", "bc", "e"]):
+            self.assertTrue(differs(expected, printed), printed)
+        self.assertTrue(differs(["a", "...", "a"], ["a"]))
+        self.assertIsNone(differs(["..."], ["a"]))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=["docs"])
