@@ -18,6 +18,14 @@ namespace {
 
 constexpr std::size_t pixel_values = 65536;
 
+constexpr const char* footer =
+    R"(Magnitudes are averaged as intensities and stretched from black to white, phases are averaged as unit
+phasors and shown in a circle of colours. Where there are no data the picture is transparent.
+
+Examples:
+  gridkit quicklook PRODUCT picture.png
+  gridkit quicklook PRODUCT X_HH_PHASE_2 phase.png --size 2048)";
+
 // "12.5" and the like.
 std::string short_number(double value) {
   std::array<char, 32> text{};
@@ -151,9 +159,10 @@ void add_quicklook(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand(
       "quicklook", "Make a small picture of a layer (of the first one, where none is named)");
+  command->footer(footer);
   command
       ->add_option("PRODUCT [LAYER] OUT.png", request->names,
-                   "The product's annotation, a layer's name, and the picture to write")
+                   "The product's annotation or folder, a layer's name, the picture to write")
       ->required()
       ->expected(2, 3)
       ->option_text(" ");

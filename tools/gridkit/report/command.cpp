@@ -11,6 +11,13 @@
 
 namespace {
 
+constexpr const char* footer =
+    R"(Pictures, footprint, curves, sensor model, calibration and the whole annotation, to be read in a
+browser. The page asks for nothing outside itself.
+
+Example:
+  gridkit report PRODUCT report.html)";
+
 struct Request {
   std::string product;
   std::string output;
@@ -44,7 +51,8 @@ void add_report(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand(
       "report", "Tell all about a product in one HTML page that stands by itself");
-  command->add_option("PRODUCT", request->product, "The product's annotation")->required();
+  command->footer(footer);
+  command->add_option("PRODUCT", request->product, product_help)->required();
   command->add_option("OUT.html", request->output, "The page to write")->required();
   command->add_option("--size", request->size, "Most pixels of a picture on its longer side")
       ->check(CLI::Range(smallest_picture, std::int32_t{2048}))
