@@ -48,7 +48,8 @@ def faults(site):
                 continue
             if parts.scheme or not parts.path:
                 continue
-            target = (file.parent / unquote(parts.path)).resolve()
+            base = site if parts.path.startswith("/") else file.parent
+            target = (base / unquote(parts.path).lstrip("/")).resolve()
             if not target.exists():
                 yield f"{file}: {address} leads nowhere"
             elif parts.fragment and target in pages and unquote(parts.fragment) not in pages[target].anchors:

@@ -7,21 +7,24 @@ beginning, with the programs of the build in the path. What they print, on stand
 They succeed, unless the next one is `echo $?`, whose output tells that they do not.
 """
 import os
+import re
 import shutil
 import subprocess
 import unittest
+from pathlib import Path
 
 from pages import BUILD, FOLDER, PAGES, ROOT, differs, fences, name_of, shown_commands
 
 # Blocks in "sh" are not run here. The pages that may have them, and why.
 NOT_RUN = {
-    "docs/geometry.md": "the tests' own commands, and real annotations: see RealAnnotations",
     "docs/limits.md": "runs the tests themselves",
     "docs/performance.md": "benchmarks: their figures are of one machine",
     "docs/start.md": "installs packages, or builds and installs from source",
     "docs/writing-a-plugin.md": "run by tests/packaging/install_test.py, with its console blocks, where gridkit is installed",
 }
 RUN_ELSEWHERE = {"docs/writing-a-plugin.md": "tests/packaging/install_test.py"}
+# Shows what real annotations give, in blocks in "text".
+REAL = "docs/geometry.md"
 # Kinds of blocks that show no command.
 PLAIN = {"text", "c", "cpp", "cmake", "json", "python"}
 
@@ -77,7 +80,9 @@ class Pages(unittest.TestCase):
                 continue
             for fence in fences(page):
                 with self.subTest(f"{name_of(page)}:{fence.line}"):
-                    if fence.language == "sh":
+                    if fence.language in PLAIN and name_of(page) != REAL:
+                        self.assertFalse([line for line in fence.lines if line.startswith("$ ")])
+                    elif fence.language == "sh":
                         self.assertIn(name_of(page), NOT_RUN)
                         self.assertFalse([line for line in fence.lines if line.startswith("$ ")])
                     else:
@@ -88,6 +93,25 @@ class Pages(unittest.TestCase):
     def test_what_is_run_elsewhere_is(self):
         for page, test in RUN_ELSEWHERE.items():
             self.assertIn(page, (ROOT / test).read_text())
+
+
+REAL_ANNOTATIONS = os.environ.get("TSX_REAL_ANNOTATIONS")  # the folder of those that the page is about
+
+
+@unittest.skipUnless(REAL_ANNOTATIONS, "no real annotations at hand")
+class RealAnnotations(unittest.TestCase):
+    maxDiff = None
+
+    def test_give_what_is_shown(self):
+        shown = shown_commands(ROOT / REAL, "text")
+        self.assertEqual(2, len(shown))
+        for one in shown:
+            variant, = re.findall(r" (SSC|MGD)\.xml", one.command)
+            annotation, = Path(REAL_ANNOTATIONS).glob(f"TSX1_SAR__{variant}_*.xml")
+            prepare = f"tsx-simulate --images-for '{annotation}' images; ln -s images/*.xml {variant}.xml; ln -s images/IMAGEDATA ."
+            _, (printed, status) = run([prepare, one.command], FOLDER / f"real-{variant}")
+            self.assertEqual(one.output, printed)
+            self.assertEqual(0, status)
 
 
 class Differences(unittest.TestCase):

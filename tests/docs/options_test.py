@@ -2,11 +2,13 @@
 
     options_test.py BUILD FOLDER ROOT
 """
+import json
 import re
+import shutil
 import subprocess
 import unittest
 
-from pages import BUILD, COMMAND_PAGES, PAGES, ROOT, name_of
+from pages import BUILD, COMMAND_PAGES, FOLDER, PAGES, ROOT, name_of
 
 VERBS = {"gridkit": ["formats", "info", "layers", "read", "quicklook", "data", "locate", "report"],
          "tsx-annotation": ["check", "view", "rewrite"]}
@@ -121,6 +123,18 @@ class Commands(unittest.TestCase):
         page = (ROOT / "docs/commands/gridkit.md").read_text()
         for verb in VERBS["gridkit"]:
             self.assertIn(f"[gridkit-{verb}](gridkit-{verb}.md)", page)
+
+
+class Fields(unittest.TestCase):
+    def test_of_the_sensor_model_are_those_of_the_record(self):
+        shutil.rmtree(FOLDER, ignore_errors=True)
+        simulated = subprocess.run([BUILD / "bin/tsx-simulate", FOLDER, "--lines", "64", "--samples", "64"],
+                                   check=True, capture_output=True, text=True).stdout.strip()
+        data = subprocess.run([BUILD / "bin/gridkit", "data", "--json", simulated, ":RADAR_Generic_v2.2"],
+                              check=True, capture_output=True, text=True).stdout
+        table = (ROOT / "docs/data.md").read_text().split("## Fields of the sensor model")[1]
+        told = [name for row in re.findall(r"^\| (`[^|]*) \|", table, re.M) for name in re.findall(r"`(\w+)`", row)]
+        self.assertEqual(sorted(json.loads(data)["value"]), sorted(told))
 
 
 class Navigation(unittest.TestCase):

@@ -42,11 +42,11 @@ def fences(page):
     return found
 
 
-def shown_commands(page):
-    """Those of the page's console blocks, in order. A line that ends with a backslash goes on in the next."""
+def shown_commands(page, language="console"):
+    """Those of the page's blocks in that language, in order. A line that ends with a backslash goes on in the next."""
     found = []
     for fence in fences(page):
-        if fence.language != "console":
+        if fence.language != language:
             continue
         if not fence.lines[0].startswith("$ "):
             raise AssertionError(f"{name_of(page)}:{fence.line}: a console block begins with a command")

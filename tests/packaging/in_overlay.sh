@@ -15,6 +15,8 @@ mount --rbind /dev "$system/dev"
 mount --rbind /proc "$system/proc"
 mount -t tmpfs tmpfs "$system/mnt"
 cp "$debs"/*.deb "$system/mnt"
+mkdir "$system/mnt/documents"
+(cd "$source" && cp -r --parents README.md docs tests/docs tests/packaging/install_test.py "$system/mnt/documents")
 # Nothing of the source or the build is in sight.
 for folder in "$source" "$build"; do
   if [ -d "$system$folder" ]; then mount -t tmpfs tmpfs "$system$folder"; fi
@@ -32,6 +34,11 @@ annotation=$(in_system tsx-simulate /mnt/product --lines 64 --samples 80)
 in_system gridkit info --json "$annotation" >"$results/info.json"
 in_system tsx-annotation check --json "$annotation" >"$results/check.json"
 in_system ldd /usr/bin/gridkit | sed -n 's/.*=> \(.*libgridkit.*\) (.*/\1/p' >"$results/library"
+
+# By copy and paste from the documents.
+in_system python3 -B /mnt/documents/tests/docs/commands_test.py /usr /mnt/shown /mnt/documents >"$results/documents" 2>&1 ||
+  true # its last line tells how it went
+in_system man -w gridkit-read >"$results/man"
 
 # As a programmer.
 in_system pkg-config --cflags gridkit >"$results/cflags"

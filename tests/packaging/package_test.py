@@ -148,6 +148,12 @@ class System(unittest.TestCase):
     def test_the_programs_take_the_installed_library(self):
         self.assertRegex(self.result("library"), r"^(/usr)?/lib/[^/]+/libgridkit\.so\.0\n")
 
+    def test_every_command_of_the_documents_does_what_they_show(self):
+        self.assertRegex(self.result("documents"), r"\nOK( \(skipped=\d+\))?\n$")
+
+    def test_the_manual_is_found(self):
+        self.assertEqual("/usr/share/man/man1/gridkit-read.1.gz\n", self.result("man"))
+
     def test_programs_and_plugins_are_built_without_a_setting(self):
         self.assertIn("X_HH_PHASE_2: 80 x 64, s16\n", self.result("embed"))
         self.assertIn("PGM", self.result("formats"))

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <memory>
@@ -97,6 +98,11 @@ void print_as_json(const std::vector<CheckedPoint>& points, const Placement& pla
   std::cout << list.dump(2) << '\n';
 }
 
+// For a table of three decimals: what rounds to 0 is shown without a sign.
+double unsigned_zero(double metres) {
+  return std::abs(metres) < 0.0005 ? 0.0 : metres;
+}
+
 void print_as_text(const std::vector<CheckedPoint>& points, const Placement& placement) {
   const auto* radar = placement.radar();
   if (radar == nullptr) {
@@ -111,7 +117,7 @@ void print_as_text(const std::vector<CheckedPoint>& points, const Placement& pla
     std::printf("%-10s %9.1f %9.1f %12.6f %12.6f", stated.name.c_str(), stated.pixel->line,
                 stated.pixel->sample, stated.latitude, stated.longitude);
     if (radar != nullptr) std::printf(" %9.1f", result.height);
-    std::printf(" %9.3f %9.3f", result.along, result.across);
+    std::printf(" %9.3f %9.3f", unsigned_zero(result.along), unsigned_zero(result.across));
     if (radar != nullptr) std::printf(" %15.1f m", result.at_average_height);
     std::printf("\n");
   }

@@ -13,6 +13,13 @@
 
 namespace {
 
+constexpr const char* footer =
+    R"(Pictures, footprint, curves, sensor model, calibration and the whole annotation, to be read in a
+browser. The page asks for nothing outside itself.
+
+Example:
+  gridkit report PRODUCT report.html)";
+
 struct Request {
   std::string product;
   std::string output;
@@ -47,7 +54,7 @@ void add_report(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand(
       "report", "Tell all about a product in one HTML page that stands by itself");
-  command->footer("Example:\n  gridkit report PRODUCT product.html");
+  command->footer(footer);
   command->add_option("PRODUCT", request->product, product_help)->required();
   command->add_option("OUT.html", request->output, "The page to write")->required();
   command->add_option("--size", request->size, "Most pixels of a picture on its longer side")
