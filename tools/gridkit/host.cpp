@@ -6,7 +6,7 @@
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
 #include "tools/annotation/check.h"
-#include "tools/gridkit/product_path.h"
+#include "tools/gridkit/product/product_path.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "tools/gridkit/commands.h"
-#include "tools/gridkit/image_warning.h"
-#include "tools/gridkit/product_summary.h"
-#include "tools/gridkit/terminal.h"
+#include "tools/gridkit/product/image_warning.h"
+#include "tools/gridkit/product/product_summary.h"
+#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 
 #include "tools/annotation/check.h"
 #include "tools/gridkit/commands.h"
-#include "tools/gridkit/placement.h"
-#include "tools/gridkit/point_check.h"
-#include "tools/gridkit/scene_points.h"
+#include "tools/gridkit/place/placement.h"
+#include "tools/gridkit/place/point_check.h"
+#include "tools/gridkit/place/scene_points.h"
 
 namespace {
 

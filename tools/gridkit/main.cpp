@@ -8,9 +8,9 @@
 
 #include "gridkit/os_error.h"
 #include "tools/gridkit/commands.h"
-#include "tools/gridkit/interruption.h"
-#include "tools/gridkit/suggestion.h"
-#include "tools/gridkit/terminal.h"
+#include "tools/gridkit/terminal/interruption.h"
+#include "tools/gridkit/terminal/suggestion.h"
+#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
 

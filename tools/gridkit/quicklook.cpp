@@ -1,26 +1,19 @@
-#include "tools/gridkit/quicklook.h"
-
-#include <array>
-#include <cstdio>
-#include <filesystem>
+#include <cstdint>
 #include <memory>
-#include <span>
-#include <utility>
+#include <string>
+#include <vector>
 
 #include "gridkit/whole_file.h"
-#include "tools/gridkit/colour_map.h"
 #include "tools/gridkit/commands.h"
-#include "tools/gridkit/ground_spacing.h"
-#include "tools/gridkit/image_warning.h"
-#include "tools/gridkit/layer_name.h"
-#include "tools/gridkit/line_ranges.h"
-#include "tools/gridkit/output_file.h"
-#include "tools/gridkit/progress.h"
-#include "tools/gridkit/terminal.h"
+#include "tools/gridkit/picture/quicklook.h"
+#include "tools/gridkit/product/image_warning.h"
+#include "tools/gridkit/product/layer_name.h"
+#include "tools/gridkit/read/line_ranges.h"
+#include "tools/gridkit/read/output_file.h"
+#include "tools/gridkit/terminal/progress.h"
+#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
-
-constexpr std::size_t pixel_values = 65536;
 
 constexpr const char* footer =
     R"(The layer is read once. A pixel of the picture is the mean of those that fall into it: of magnitudes
@@ -32,40 +25,6 @@ but zero magnitudes, and lines that could not be read. The PNG's texts tell what
 Examples:
   gridkit quicklook PRODUCT picture.png
   gridkit quicklook PRODUCT X_HH_PHASE_2 phase.png --size 512)";
-
-// "12.5" and the like.
-std::string short_number(double value) {
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.4g", value);
-  return text.data();
-}
-
-std::string meaning_as_text(const Quicklook& quicklook) {
-  if (quicklook.meaning == PixelMeaning::phase) {
-    return "direction of the mean phasor, -pi to pi around the circle of colours";
-  }
-  return "root of the mean intensity, black at " + short_number(quicklook.stretch.low) +
-         " and white at " + short_number(quicklook.stretch.high);
-}
-
-std::string aspect_as_text(const Quicklook& quicklook) {
-  if (!quicklook.spacing) return "the pixels' own";
-  const auto& [sample, line] = *quicklook.spacing;
-  return "the ground's; pixels of the layer lie " + short_number(sample) +
-         " m apart along a line and " + short_number(line) + " m across lines";
-}
-
-std::vector<std::pair<std::string, std::string>> texts_of(const Quicklook& quicklook,
-                                                          const std::string& source) {
-  std::vector<std::pair<std::string, std::string>> texts = {{"Source", source},
-                                                            {"Layer", quicklook.layer},
-                                                            {"Shows", meaning_as_text(quicklook)},
-                                                            {"Aspect", aspect_as_text(quicklook)}};
-  if (!quicklook.missing.empty()) {
-    texts.emplace_back("Lines without data", lines_as_text(quicklook.missing));
-  }
-  return texts;
-}
 
 struct Request {
   std::vector<std::string> names;  // product, layer or none, output
@@ -94,7 +53,7 @@ int save_quicklook(const Host& host, const Request& request) {
   warn_about_images(product.path());
   const std::string layer = chosen_layer(product, request);
   const Quicklook quicklook = [&] {
-    LineProgress progress(product.open_layer(layer).height(), request.quiet);
+    Progress progress(product.open_layer(layer).height(), request.quiet);
     return make_quicklook(product, layer, request.size,
                           [&](std::int32_t lines) { progress.advance(lines); });
   }();
@@ -112,49 +71,6 @@ int save_quicklook(const Host& host, const Request& request) {
 }
 
 }  // namespace
-
-Quicklook make_quicklook(const gridkit::Product& product, const std::string& layer,
-                         std::int32_t longest, const std::function<void(std::int32_t)>& advance) {
-  Quicklook result;
-  result.layer = layer;
-  {
-    const gridkit::Layer open = product.open_layer(layer);
-    result.image = {open.width(), open.height()};
-    result.meaning = open.pixel_type() == "s16" ? PixelMeaning::phase : PixelMeaning::magnitude;
-  }
-  if (result.image.width < 1 || result.image.height < 1) {
-    throw gridkit::Error(product.path() + ": the layer " + layer + " has no pixels");
-  }
-  try {
-    result.spacing = ground_spacing(product, result.image);
-  } catch (const gridkit::Error& error) {
-    result.why_no_spacing = error.what();
-  }
-  const PictureSize size =
-      fitting_size(result.image, result.spacing.value_or(GroundSpacing{}), longest);
-  result.counts.resize(pixel_values);
-  Multilook looks(result.meaning, result.image, size);
-  result.missing =
-      gridkit::read_window(product, layer, {0, 0, result.image.width, result.image.height},
-                           [&](std::span<const std::uint16_t> pixels, std::int32_t lines) {
-                             looks.add(pixels, lines);
-                             for (const std::uint16_t pixel : pixels) ++result.counts[pixel];
-                             advance(lines);
-                           });
-  const FloatPicture reduced = looks.finish(result.missing);
-  result.picture.width = size.width;
-  result.picture.height = size.height;
-  if (result.meaning == PixelMeaning::phase) {
-    result.picture.pixels = stretch_phases(reduced.values);
-    result.picture.palette = cyclic_map();
-  } else {
-    result.stretch = percentile_stretch(reduced.values, {});
-    result.picture.pixels = stretch_values(reduced.values, result.stretch);
-    result.picture.palette = grey_map();
-  }
-  result.picture.texts = texts_of(result, product.path());
-  return result;
-}
 
 void add_quicklook(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();

@@ -7,9 +7,9 @@
 
 #include "gridkit/os_error.h"
 #include "tools/gridkit/commands.h"
-#include "tools/gridkit/image_warning.h"
-#include "tools/gridkit/layer_name.h"
-#include "tools/gridkit/read_image.h"
+#include "tools/gridkit/product/image_warning.h"
+#include "tools/gridkit/product/layer_name.h"
+#include "tools/gridkit/read/read_image.h"
 
 namespace {
 

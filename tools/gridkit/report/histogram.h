@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/gridkit/quicklook.h"
+#include "tools/gridkit/picture/quicklook.h"
 #include "tools/gridkit/report/svg_plot.h"
 
 namespace report {

@@ -10,10 +10,11 @@
 #include "gridkit/indexed_png.h"
 #include "report_assets.h"
 #include "tools/annotation/annotation_file.h"
-#include "tools/gridkit/colour_map.h"
-#include "tools/gridkit/line_ranges.h"
-#include "tools/gridkit/placement.h"
-#include "tools/gridkit/quicklook.h"
+#include "tools/gridkit/picture/colour_map.h"
+#include "tools/gridkit/picture/quicklook.h"
+#include "tools/gridkit/place/placement.h"
+#include "tools/gridkit/place/scene_points.h"
+#include "tools/gridkit/read/line_ranges.h"
 #include "tools/gridkit/report/acquisition.h"
 #include "tools/gridkit/report/annotation_tree.h"
 #include "tools/gridkit/report/footprint.h"
@@ -21,7 +22,6 @@
 #include "tools/gridkit/report/html.h"
 #include "tools/gridkit/report/record_table.h"
 #include "tools/gridkit/report/svg_plot.h"
-#include "tools/gridkit/scene_points.h"
 
 namespace report {
 

@@ -1,0 +1,40 @@
+#include "tools/gridkit/picture/ground_spacing.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "tools/gridkit/place/placement.h"
+
+namespace {
+
+using rmdllib::Ellipsoid;
+using rmdllib::Pixel;
+
+constexpr double wgs84_semimajor = 6378137.0;
+constexpr double wgs84_semiminor = 6356752.314245;
+
+}  // namespace
+
+GroundSpacing ground_spacing(const gridkit::Product& product, PictureSize image) {
+  const Placement placement(product);
+  const auto* radar = placement.radar();
+  const Ellipsoid earth =
+      radar != nullptr ? radar->earth() : Ellipsoid(wgs84_semimajor, wgs84_semiminor);
+  const double height = radar != nullptr ? radar->average_height() : 0;
+  const auto distance = [&](Pixel a, Pixel b) {
+    return length(earth.to_earth_fixed(placement.ground_of(b, height)) -
+                  earth.to_earth_fixed(placement.ground_of(a, height)));
+  };
+  const Pixel middle = {image.height / 2.0, image.width / 2.0};
+  const double across = std::max(1.0, image.width / 4.0);
+  const double along = std::max(1.0, image.height / 4.0);
+  const GroundSpacing spacing = {
+      distance({middle.line, middle.sample - across}, {middle.line, middle.sample + across}) /
+          (2 * across),
+      distance({middle.line - along, middle.sample}, {middle.line + along, middle.sample}) /
+          (2 * along)};
+  if (!(std::isnormal(spacing.sample) && std::isnormal(spacing.line))) {
+    throw gridkit::Error(product.path() + ": its pixels have no size on the ground");
+  }
+  return spacing;
+}

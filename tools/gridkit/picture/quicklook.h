@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "gridkit/image_reader.h"
+#include "gridkit/indexed_png.h"
+#include "gridkit/product.h"
+#include "tools/gridkit/picture/multilook.h"
+#include "tools/gridkit/picture/stretch.h"
+
+// A picture of a layer for the eye, made in one pass over its pixels.
+struct Quicklook {
+  std::string layer;
+  PixelMeaning meaning = PixelMeaning::magnitude;
+  PictureSize image;                        // of the layer
+  std::optional<GroundSpacing> spacing;     // without it the picture has the pixels' own aspect
+  std::string why_no_spacing;               // then
+  gridkit::IndexedPicture picture;          // number 0 is no data, black and transparent
+  Stretch stretch;                          // digital numbers of the darkest and brightest grey
+  std::vector<std::uint64_t> counts;        // of every 16-bit value among all pixels of the layer
+  std::vector<gridkit::LineRange> missing;  // lines of the layer without data
+};
+
+inline constexpr std::int32_t smallest_picture = 16;
+inline constexpr std::int32_t largest_picture = 8192;
+
+// Makes the picture of a layer with at most `longest` pixels on its longer side. `advance` is told
+// of lines read. Memory: what read_window takes, and the picture. Throws gridkit::Error.
+Quicklook make_quicklook(const gridkit::Product& product, const std::string& layer,
+                         std::int32_t longest, const std::function<void(std::int32_t)>& advance);

@@ -1,0 +1,95 @@
+#include "tools/gridkit/read/output_file.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <iterator>
+#include <system_error>
+#include <vector>
+
+#include "gridkit/error.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct FormatEntry {
+  const char* name;
+  OutputFormat format;
+  std::vector<std::string> endings;
+};
+
+const std::vector<FormatEntry>& entries() {
+  static const std::vector<FormatEntry> list = {{"GTiff", OutputFormat::geotiff, {".tif", ".tiff"}},
+                                                {"COG", OutputFormat::cog, {}},
+                                                {"PNG", OutputFormat::png, {".png"}},
+                                                {"ENVI", OutputFormat::envi, {".img", ".envi"}}};
+  return list;
+}
+
+// Whether this process has the file open, as it has those of the product.
+bool is_open(const fs::path& path) {
+  std::error_code failed;
+  for (fs::directory_iterator open("/proc/self/fd", failed), end; !failed && open != end;
+       open.increment(failed)) {
+    std::error_code ignored;
+    if (fs::equivalent(open->path(), path, ignored)) return true;
+  }
+  return false;
+}
+
+void check_file(const fs::path& path, bool overwrite, const gridkit::Product& product) {
+  std::error_code ignored;
+  if (!fs::exists(path, ignored)) return;
+  if (fs::equivalent(path, product.path(), ignored) || is_open(path)) {
+    throw gridkit::Error(path.string() + ": is a file of the product itself");
+  }
+  if (!overwrite && fs::is_regular_file(path, ignored)) {
+    throw gridkit::Error(path.string() + ": exists already; --overwrite replaces it");
+  }
+}
+
+}  // namespace
+
+const std::vector<std::string>& output_format_names() {
+  static const std::vector<std::string> names = [] {
+    std::vector<std::string> list;
+    for (const FormatEntry& entry : entries()) list.emplace_back(entry.name);
+    return list;
+  }();
+  return names;
+}
+
+std::optional<OutputFormat> output_format(const std::string& name, const std::string& path) {
+  std::string ending = fs::path(path).extension().string();
+  std::transform(ending.begin(), ending.end(), ending.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  for (const FormatEntry& entry : entries()) {
+    const bool fits =
+        std::find(entry.endings.begin(), entry.endings.end(), ending) != entry.endings.end();
+    if (name.empty() ? fits : name == entry.name) return entry.format;
+  }
+  return std::nullopt;
+}
+
+void check_output(const std::string& path, OutputFormat format, bool overwrite,
+                  const gridkit::Product& product) {
+  check_file(path, overwrite, product);
+  if (format == OutputFormat::envi) check_file(path + ".hdr", overwrite, product);
+}
+
+std::unique_ptr<gridkit::RasterWriter> create_output(OutputFormat format, const std::string& path,
+                                                     std::int32_t width, std::int32_t height,
+                                                     const gridkit::RasterOptions& options) {
+  switch (format) {
+    case OutputFormat::cog:
+      return gridkit::create_cog(path, width, height, options);
+    case OutputFormat::png:
+      return gridkit::create_png(path, width, height, options);
+    case OutputFormat::envi:
+      return gridkit::create_envi(path, width, height, options);
+    case OutputFormat::geotiff:
+      break;
+  }
+  return gridkit::create_geotiff(path, width, height, options);
+}

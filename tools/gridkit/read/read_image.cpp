@@ -1,0 +1,143 @@
+#include "tools/gridkit/read/read_image.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "tools/gridkit/read/calibration.h"
+#include "tools/gridkit/read/image_place.h"
+#include "tools/gridkit/read/line_ranges.h"
+#include "tools/gridkit/read/pixel_form.h"
+#include "tools/gridkit/terminal/interruption.h"
+#include "tools/gridkit/terminal/progress.h"
+#include "tools/gridkit/terminal/terminal.h"
+
+namespace {
+
+std::string number(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.17g", value);
+  return text;
+}
+
+// What is written, and what the file tells of it.
+struct Plan {
+  gridkit::Window window;
+  bool is_phase = false;
+  ImagePlace place;
+  std::optional<Calibration> calibration;
+  std::unique_ptr<PixelForm> form;
+
+  bool is_mapped() const { return place.georeference.has_value(); }
+};
+
+Plan plan_of(const gridkit::Product& product, const ImageRequest& request) {
+  Plan plan;
+  const gridkit::Layer layer = product.open_layer(request.layer);
+  plan.window = request.window.value_or(gridkit::Window{0, 0, layer.width(), layer.height()});
+  gridkit::check_window(layer, plan.window);
+  plan.is_phase = layer.pixel_type() == "s16";
+  // A PNG has no room for its place.
+  if (request.format != OutputFormat::png) plan.place = place_of(product, layer, plan.window);
+  switch (request.kind) {
+    case PixelKind::own:
+      plan.form = own_values(plan.is_phase);
+      break;
+    case PixelKind::stretched:
+      plan.form = stretched(product, request.layer, plan.window, plan.is_phase);
+      break;
+    case PixelKind::beta0:
+    case PixelKind::beta0_decibels:
+      plan.calibration = calibration_of(product, layer, request.kind == PixelKind::beta0_decibels);
+      plan.form = calibrated(*plan.calibration, plan.is_mapped());
+      break;
+  }
+  return plan;
+}
+
+gridkit::Overview overview_of(const Plan& plan, PixelKind kind) {
+  if (plan.is_phase || kind == PixelKind::beta0_decibels) return gridkit::Overview::nearest;
+  // The mean of powers; that of magnitudes or decibels would be too low.
+  return kind == PixelKind::own ? gridkit::Overview::root_mean_square : gridkit::Overview::average;
+}
+
+gridkit::RasterOptions options_of(const Plan& plan, const ImageRequest& request) {
+  gridkit::RasterOptions options;
+  options.type = plan.form->type();
+  options.existing = request.overwrite ? gridkit::Existing::replace : gridkit::Existing::refuse;
+  options.band_name = plan.calibration ? plan.calibration->band_name() : request.layer;
+  if (plan.calibration) options.unit = plan.calibration->unit();
+  options.georeference = plan.place.georeference;
+  options.control_points = plan.place.control_points;
+  options.no_data = plan.form->no_data(plan.is_mapped(), false);
+  options.overview = overview_of(plan, request.kind);
+  return options;
+}
+
+void describe(gridkit::RasterWriter& writer, const gridkit::Product& product, const Plan& plan,
+              const ImageRequest& request) {
+  writer.add_metadata("SOURCE", product.path());
+  writer.add_metadata("LAYER", request.layer);
+  writer.add_metadata("FIRST_COLUMN_AND_LINE",
+                      std::to_string(plan.window.column) + ' ' + std::to_string(plan.window.line));
+  if (plan.calibration) {
+    writer.add_metadata("CALIBRATION", plan.calibration->formula());
+    writer.add_metadata("CALIBRATION_FACTOR", number(plan.calibration->factor()));
+    writer.add_metadata("CALIBRATION_UNIT",
+                        plan.calibration->in_decibels() ? "dB" : "1 (a ratio of powers)");
+  }
+  if (request.kind == PixelKind::stretched) {
+    writer.add_metadata("STRETCH", "8 bits for the eye, not for measuring");
+  }
+  if (!plan.place.control_points.empty() && request.format != OutputFormat::envi) {
+    writer.add_metadata("CONTROL_POINTS",
+                        "sensor model at " + number(plan.place.height) +
+                            " m above WGS 84; whole numbers are corners of pixels, 0.5 0.5 the "
+                            "centre of the first");
+  }
+}
+
+}  // namespace
+
+void read_image(const gridkit::Product& product, const ImageRequest& request) {
+  check_output(request.output, request.format, request.overwrite, product);
+  const Plan plan = plan_of(product, request);
+  // A cloud-optimised file takes a second pass over all that was written.
+  Progress progress(plan.window.height, request.quiet,
+                    request.format == OutputFormat::cog ? 0.5 : 1);
+  gridkit::RasterOptions options = options_of(plan, request);
+  options.progress = [&progress](double done) { return progress.follow(done); };
+  // Made with the first lines: an image that is refused while it is looked through costs no output.
+  std::unique_ptr<gridkit::RasterWriter> writer;
+  const auto missing = gridkit::read_window(
+      product, request.layer, plan.window,
+      [&](std::span<const std::uint16_t> pixels, std::int32_t lines, bool complete) {
+        progress.advance(lines);
+        if (writer == nullptr) {
+          writer = create_output(request.format, request.output, plan.window.width,
+                                 plan.window.height, options);
+          describe(*writer, product, plan, request);
+        }
+        writer->write_lines((*plan.form)(pixels, complete), lines);
+      });
+  if (!missing.empty()) {
+    writer->add_metadata("LINES_WITHOUT_DATA", lines_as_text(missing));
+    if (const auto value = plan.form->no_data(plan.is_mapped(), true)) writer->set_no_data(*value);
+  }
+  try {
+    writer->finish();
+  } catch (const gridkit::Error&) {
+    stop_if_interrupted();  // giving up the second pass is no fault of the file
+    throw;
+  }
+  progress.clear();
+  if (!plan.place.not_known.empty()) {
+    warn(request.output + ": is not placed on Earth: " + plan.place.not_known);
+  }
+  if (!missing.empty()) {
+    warn(request.output +
+         ": lines of the image without data, in part or in whole: " + lines_as_text(missing));
+  }
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "gridkit/image_reader.h"
+#include "gridkit/product.h"
+#include "tools/gridkit/read/output_file.h"
+
+// A layer or a window of it into an image file.
+
+enum class PixelKind { own, stretched, beta0, beta0_decibels };
+
+struct ImageRequest {
+  std::string layer;
+  std::string output;
+  OutputFormat format = OutputFormat::geotiff;
+  std::optional<gridkit::Window> window;  // nothing: the whole layer
+  PixelKind kind = PixelKind::own;
+  bool overwrite = false;
+  bool quiet = false;
+};
+
+// Reads and writes in one pass of bounded memory. Lines that stayed without data are told in one
+// line and named in the file's metadata. Throws gridkit::Error, or Interrupted, and leaves no file
+// then.
+void read_image(const gridkit::Product& product, const ImageRequest& request);
