@@ -19,6 +19,7 @@ from pages import BUILD, FOLDER, PAGES, ROOT, differs, fences, name_of, shown_co
 NOT_RUN = {
     "docs/limits.md": "runs the tests themselves",
     "docs/performance.md": "benchmarks: their figures are of one machine",
+    "docs/pipelines.md": "the recipe for an archive of one's own, run by tests/tools/pipelines_test.py, and a validator",
     "docs/start.md": "installs packages, or builds and installs from source",
     "docs/writing-a-plugin.md": "run by tests/packaging/install_test.py, with its console blocks, where gridkit is installed",
 }
