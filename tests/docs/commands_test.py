@@ -96,6 +96,21 @@ class Pages(unittest.TestCase):
             self.assertIn(page, (ROOT / test).read_text())
 
 
+class FirstScreen(unittest.TestCase):
+    """The demo in README.md: it builds, so the commands that it then runs are run here in its place."""
+
+    def test_shows_what_the_demo_prints(self):
+        block, = (fence.lines for fence in fences(ROOT / "README.md") if fence.lines[0] == "$ scripts/demo")
+        demo = (ROOT / "scripts/demo").read_text()
+        simulate, = re.findall(r'"\$bin/(tsx-simulate)" "\$out/\$variant" --variant "\$variant" (.*)$', demo, re.M)
+        self.assertIn('"$bin/gridkit" info "$1"', demo)
+        _, (printed, status) = run([f"{simulate[0]} SSC --variant SSC {simulate[1]}", "gridkit info SSC"], FOLDER / "demo")
+        self.assertEqual(0, status)
+        pictures = [f"picture: out/demo/SSC_{name}.png" for name in ("X_HH_MAGNITUDE_1", "X_HH_PHASE_2")]
+        self.assertIsNone(differs(block[1:], ["", *printed, *pictures, ""]))
+        self.assertGreater(len(set(block) & set(printed)), 15)
+
+
 REAL_ANNOTATIONS = os.environ.get("TSX_REAL_ANNOTATIONS")  # the folder of those that the page is about
 
 

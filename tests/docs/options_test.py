@@ -8,7 +8,7 @@ import shutil
 import subprocess
 import unittest
 
-from pages import BUILD, COMMAND_PAGES, FOLDER, PAGES, ROOT, name_of
+from pages import BUILD, COMMAND_PAGES, FOLDER, PAGES, ROOT, fences, name_of
 
 VERBS = {"gridkit": ["formats", "info", "layers", "read", "quicklook", "data", "locate", "report"],
          "tsx-annotation": ["check", "view", "rewrite"]}
@@ -103,6 +103,18 @@ class Options(unittest.TestCase):
         for page in PAGES:
             for name in re.findall(r"^\$ (?:gridkit|tsx-\w+)\b.*? (--[a-z][\w-]*)", page.read_text(), re.M):
                 self.assertIn(name, known | {"--plugins"}, name_of(page))
+
+    def test_of_the_readme_are_those_of_the_verb(self):
+        used = [line.partition(" # ")[0].split() for fence in fences(ROOT / "README.md") for line in fence.lines
+                if re.match(r"(gridkit|tsx-annotation|tsx-simulate) ", line)]
+        self.assertGreater(len(used), 10)
+        for program, *words in used:
+            verb = [next(word for word in words if not word.startswith("-"))] if program in VERBS else []
+            self.assertLessEqual(set(verb), set(VERBS.get(program, [])))
+            options = options_of_help(help_text(program, *verb))
+            for word in words:
+                if word.startswith("--"):
+                    self.assertIn(word, options, (program, *verb))
 
     def test_of_the_synopsis_are_options_too(self):
         for page in COMMAND_PAGES:

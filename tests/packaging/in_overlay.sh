@@ -16,7 +16,7 @@ mount --rbind /proc "$system/proc"
 mount -t tmpfs tmpfs "$system/mnt"
 cp "$debs"/*.deb "$system/mnt"
 mkdir "$system/mnt/documents"
-(cd "$source" && cp -r --parents README.md docs tests/docs tests/packaging/install_test.py "$system/mnt/documents")
+(cd "$source" && cp -r --parents README.md docs scripts/demo tests/docs tests/packaging/install_test.py "$system/mnt/documents")
 # Nothing of the source or the build is in sight.
 for folder in "$source" "$build"; do
   if [ -d "$system$folder" ]; then mount -t tmpfs tmpfs "$system$folder"; fi
