@@ -74,8 +74,7 @@ PartialFile::PartialFile(const std::string& target, Existing existing)
       existing_(existing) {}
 
 PartialFile::~PartialFile() {
-  std::error_code ignored;
-  if (!completed_) std::filesystem::remove(path_, ignored);
+  if (!completed_) ::unlink(path_.c_str());
 }
 
 void PartialFile::complete() {
@@ -84,9 +83,11 @@ void PartialFile::complete() {
     result = ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE);
     // Not every file system knows the call; a look first is the next best.
     if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-      result =
-          ::access(target_.c_str(), F_OK) == 0 ? -1 : std::rename(path_.c_str(), target_.c_str());
-      if (result != 0) errno = EEXIST;
+      if (::access(target_.c_str(), F_OK) == 0) {
+        errno = EEXIST;
+      } else {
+        result = std::rename(path_.c_str(), target_.c_str());
+      }
     }
   } else {
     result = std::rename(path_.c_str(), target_.c_str());
@@ -96,6 +97,10 @@ void PartialFile::complete() {
     refuse(target_, os_error_in_words(errno));
   }
   completed_ = true;
+}
+
+void PartialFile::remove_target() noexcept {
+  ::unlink(target_.c_str());
 }
 
 }  // namespace gridkit

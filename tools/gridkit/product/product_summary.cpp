@@ -77,9 +77,7 @@ std::string place(const Place& at) {
 // The straight way between two places, in kilometres: scenes are small against the Earth.
 template <class Place>
 double kilometres(const Place& from, const Place& to) {
-  constexpr double wgs84_semimajor = 6378137.0;
-  constexpr double wgs84_semiminor = 6356752.314245;
-  const rmdllib::Ellipsoid earth(wgs84_semimajor, wgs84_semiminor);
+  const auto earth = rmdllib::Ellipsoid::wgs84();
   const auto way = earth.to_earth_fixed({to.get_lat(), to.get_lon(), 0}) -
                    earth.to_earth_fixed({from.get_lat(), from.get_lon(), 0});
   return std::sqrt(dot(way, way)) / 1000;
