@@ -27,16 +27,14 @@ constexpr mode_t readable_by_umask = 0666;
 // The file that the target stands for, checked to be none or a regular file.
 fs::path resolve(const std::string& target, Existing existing) {
   std::error_code failed;
-  fs::path path = fs::is_symlink(target, failed) ? fs::canonical(target, failed) : fs::path(target);
-  if (failed && failed != std::errc::no_such_file_or_directory) {
-    refuse(target, os_error_in_words(failed.value()));
-  }
-  if (path.empty()) refuse(target, "a link to nowhere");
-  const fs::file_status status = fs::status(path, failed);
-  if (!fs::exists(status)) return path;
+  const fs::file_status status = fs::status(target, failed);
   if (fs::is_directory(status)) refuse(target, "it is a folder; name the file to write");
-  if (!fs::is_regular_file(status)) refuse(target, "it is no regular file");
-  if (existing == Existing::refuse) throw Error(target + ": exists already");
+  if (fs::exists(status) && !fs::is_regular_file(status)) refuse(target, "it is no regular file");
+  if (fs::exists(status) && existing == Existing::refuse) throw Error(target + ": exists already");
+  if (!fs::is_symlink(target, failed)) return target;
+  const fs::path path = fs::canonical(target, failed);
+  if (failed == std::errc::no_such_file_or_directory) refuse(target, "a link to nowhere");
+  if (failed) refuse(target, os_error_in_words(failed.value()));
   return path;
 }
 

@@ -60,8 +60,9 @@ class Names(unittest.TestCase):
                 ended = attempt(GRIDKIT, "info", "/".join((str(base), *parts, "a.xml")))
                 with self.subTest(length=length, variant=variant):
                     self.assertEqual(0 if length <= 4095 else 1, ended.status, ended.message)
-                    if length == 4096 or length == 5000:
-                        self.assertIn("File name too long", ended.message)
+                    # The image's path is too long first, then the annotation's too.
+                    words = {4096: "File name too long", 5000: "cannot be read: the name is too long"}
+                    self.assertIn(words.get(length, ""), ended.message)
         shutil.rmtree(base)
 
     def images_at(self, variant, path, filename, *options, name="climb"):
@@ -135,7 +136,7 @@ class Unreadable(unittest.TestCase):
             self.skipTest("the superuser reads everything")
         annotation = product("locked")
         annotation.chmod(0)
-        self.assertIn("cannot be read: Permission denied", attempt(GRIDKIT, "info", annotation).message)
+        self.assertIn("cannot be read: no permission", attempt(GRIDKIT, "info", annotation).message)
         annotation.chmod(stat.S_IRUSR)
         image_of(annotation).chmod(0)
         self.assertIn("Permission denied", attempt(GRIDKIT, "info", annotation).message)
