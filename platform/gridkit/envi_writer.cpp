@@ -1,29 +1,22 @@
 #include <bit>
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
+#include <span>
 #include <sstream>
 #include <string>
-#include <system_error>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "gridkit/gdal_reference.h"
 #include "gridkit/gdal_support.h"
 #include "gridkit/line_count.h"
-#include "gridkit/os_error.h"
-#include "gridkit/partial_file.h"
+#include "gridkit/partial_stream.h"
 #include "gridkit/raster_writer.h"
 
 namespace gridkit {
 
 namespace {
-
-struct closer {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using stream = std::unique_ptr<std::FILE, closer>;
 
 // The number by which an ENVI header tells the type of samples.
 int envi_type(SampleType type) {
@@ -88,16 +81,11 @@ class EnviWriter final : public RasterWriter {
         options_(std::move(options)),
         file_(path, options_.existing),
         header_(path + ".hdr", options_.existing),
-        target_(path),
-        stream_(std::fopen(file_.path().c_str(), "wb")) {
-    if (stream_ == nullptr) refuse(target_);
-  }
+        target_(path) {}
 
   void write_lines(std::span<const std::byte> samples, std::int32_t lines) override {
     lines_.add(lines, samples.size());
-    if (std::fwrite(samples.data(), 1, samples.size(), stream_.get()) != samples.size()) {
-      refuse(target_);
-    }
+    file_.write(samples);
   }
 
   void add_metadata(const std::string& key, const std::string& value) override {
@@ -108,19 +96,22 @@ class EnviWriter final : public RasterWriter {
 
   void finish() override {
     if (!lines_.is_complete()) throw Error(target_ + ": lines are missing");
-    if (std::fclose(stream_.release()) != 0) refuse(target_);
-    write_header();
-    std::error_code ignored;
-    std::filesystem::remove(target_ + ".hdr", ignored);
+    file_.close();
+    const std::string header = header_text();
+    header_.write(std::as_bytes(std::span(header)));
+    header_.close();
+    // Neither pixels nor a header stand beside what is not theirs.
+    if (options_.existing == Existing::replace) header_.remove_target();
     file_.complete();
-    header_.complete();
+    try {
+      header_.complete();
+    } catch (const Error&) {
+      file_.remove_target();
+      throw;
+    }
   }
 
  private:
-  [[noreturn]] static void refuse(const std::string& path) {
-    throw Error(path + ": cannot be written: " + os_error_in_words(errno));
-  }
-
   std::string header_text() const {
     std::ostringstream text;
     text << "ENVI\ndescription = {";
@@ -132,29 +123,19 @@ class EnviWriter final : public RasterWriter {
          << "\nbands = 1\nheader offset = 0\nfile type = ENVI Standard\ndata type = "
          << envi_type(options_.type) << "\ninterleave = bsq\nbyte order = "
          << (std::endian::native == std::endian::little ? 0 : 1) << '\n';
-    if (!options_.band_name.empty()) text << "band names = {" << options_.band_name << "}\n";
+    if (!options_.band_name.empty())
+      text << "band names = {" << without_braces(options_.band_name) << "}\n";
     if (!options_.unit.empty()) text << "data units = {" << options_.unit << "}\n";
     if (options_.no_data) text << "data ignore value = " << number(*options_.no_data) << '\n';
     if (options_.georeference) text << map_entries(*options_.georeference);
     return text.str();
   }
 
-  void write_header() {
-    const std::string text = header_text();
-    stream header(std::fopen(header_.path().c_str(), "wb"));
-    if (header == nullptr ||
-        std::fwrite(text.data(), 1, text.size(), header.get()) != text.size() ||
-        std::fclose(header.release()) != 0) {
-      refuse(target_ + ".hdr");
-    }
-  }
-
   LineCount lines_;
   RasterOptions options_;
-  PartialFile file_;
-  PartialFile header_;
+  PartialStream file_;
+  PartialStream header_;
   std::string target_;
-  stream stream_;
   std::vector<std::pair<std::string, std::string>> metadata_;
 };
 

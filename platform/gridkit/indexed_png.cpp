@@ -1,30 +1,17 @@
 #include "gridkit/indexed_png.h"
 
 #include <algorithm>
-#include <new>
 #include <span>
 
-#include <png.h>
+#include "gridkit/png_support.h"
 
 namespace gridkit {
 
 namespace {
 
-// The error callback must not return; libpng is built with unwind tables on Debian.
 [[noreturn]] void refuse(png_structp, png_const_charp message) {
   throw Error(std::string("a picture cannot be encoded: ") + message);
 }
-
-void ignore_warning(png_structp, png_const_charp) {}
-
-struct png_handles {
-  png_structp png = nullptr;
-  png_infop info = nullptr;
-  png_handles() = default;
-  png_handles(const png_handles&) = delete;
-  png_handles& operator=(const png_handles&) = delete;
-  ~png_handles() { png_destroy_write_struct(&png, &info); }
-};
 
 void append(png_structp png, png_bytep data, png_size_t count) {
   auto& bytes = *static_cast<std::vector<std::byte>*>(png_get_io_ptr(png));
@@ -47,7 +34,7 @@ void check(const IndexedPicture& picture) {
   }
 }
 
-void set_palette(const png_handles& handles, const std::vector<Colour>& palette) {
+void set_palette(const PngHandles& handles, const std::vector<Colour>& palette) {
   std::vector<png_color> colours;
   std::vector<png_byte> alphas;
   for (const Colour& colour : palette) {
@@ -59,31 +46,18 @@ void set_palette(const png_handles& handles, const std::vector<Colour>& palette)
   png_set_tRNS(handles.png, handles.info, alphas.data(), count, nullptr);
 }
 
-void set_texts(const png_handles& handles, const IndexedPicture& picture) {
-  for (const auto& [key, value] : picture.texts) {
-    png_text text{};
-    text.compression = PNG_TEXT_COMPRESSION_NONE;
-    text.key = const_cast<char*>(key.c_str());
-    text.text = const_cast<char*>(value.c_str());
-    png_set_text(handles.png, handles.info, &text, 1);
-  }
-}
-
 }  // namespace
 
 std::vector<std::byte> encode_png(const IndexedPicture& picture) {
   check(picture);
   std::vector<std::byte> bytes;
-  png_handles handles;
-  handles.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, refuse, ignore_warning);
-  if (handles.png != nullptr) handles.info = png_create_info_struct(handles.png);
-  if (handles.info == nullptr) throw std::bad_alloc();
+  PngHandles handles(nullptr, refuse);
   png_set_write_fn(handles.png, &bytes, append, flush_nothing);
   png_set_IHDR(handles.png, handles.info, static_cast<png_uint_32>(picture.width),
                static_cast<png_uint_32>(picture.height), 8, PNG_COLOR_TYPE_PALETTE,
                PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   set_palette(handles, picture.palette);
-  set_texts(handles, picture);
+  for (const auto& [key, value] : picture.texts) handles.add_text(key, value);
   png_write_info(handles.png, handles.info);
   const auto width = static_cast<std::size_t>(picture.width);
   for (std::size_t at = 0; at < picture.pixels.size(); at += width) {

@@ -27,16 +27,14 @@ constexpr mode_t readable_by_umask = 0666;
 // The file that the target stands for, checked to be none or a regular file.
 fs::path resolve(const std::string& target, Existing existing) {
   std::error_code failed;
-  fs::path path = fs::is_symlink(target, failed) ? fs::canonical(target, failed) : fs::path(target);
-  if (failed && failed != std::errc::no_such_file_or_directory) {
-    refuse(target, os_error_in_words(failed.value()));
-  }
-  if (path.empty()) refuse(target, "a link to nowhere");
-  const fs::file_status status = fs::status(path, failed);
-  if (!fs::exists(status)) return path;
+  const fs::file_status status = fs::status(target, failed);
   if (fs::is_directory(status)) refuse(target, "it is a folder; name the file to write");
-  if (!fs::is_regular_file(status)) refuse(target, "it is no regular file");
-  if (existing == Existing::refuse) throw Error(target + ": exists already");
+  if (fs::exists(status) && !fs::is_regular_file(status)) refuse(target, "it is no regular file");
+  if (fs::exists(status) && existing == Existing::refuse) throw Error(target + ": exists already");
+  if (!fs::is_symlink(target, failed)) return target;
+  const fs::path path = fs::canonical(target, failed);
+  if (failed == std::errc::no_such_file_or_directory) refuse(target, "a link to nowhere");
+  if (failed) refuse(target, os_error_in_words(failed.value()));
   return path;
 }
 
@@ -74,8 +72,7 @@ PartialFile::PartialFile(const std::string& target, Existing existing)
       existing_(existing) {}
 
 PartialFile::~PartialFile() {
-  std::error_code ignored;
-  if (!completed_) std::filesystem::remove(path_, ignored);
+  if (!completed_) ::unlink(path_.c_str());
 }
 
 void PartialFile::complete() {
@@ -84,9 +81,11 @@ void PartialFile::complete() {
     result = ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target_.c_str(), RENAME_NOREPLACE);
     // Not every file system knows the call; a look first is the next best.
     if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-      result =
-          ::access(target_.c_str(), F_OK) == 0 ? -1 : std::rename(path_.c_str(), target_.c_str());
-      if (result != 0) errno = EEXIST;
+      if (::access(target_.c_str(), F_OK) == 0) {
+        errno = EEXIST;
+      } else {
+        result = std::rename(path_.c_str(), target_.c_str());
+      }
     }
   } else {
     result = std::rename(path_.c_str(), target_.c_str());
@@ -96,6 +95,10 @@ void PartialFile::complete() {
     refuse(target_, os_error_in_words(errno));
   }
   completed_ = true;
+}
+
+void PartialFile::remove_target() noexcept {
+  ::unlink(target_.c_str());
 }
 
 }  // namespace gridkit

@@ -29,6 +29,10 @@ class GRIDKIT_API PartialFile {
   // is not to be replaced.
   void complete();
 
+  // Removes what has the target's name: the file that is to be replaced, or this one after it was
+  // completed.
+  void remove_target() noexcept;
+
  private:
   std::string target_;
   std::string path_;

@@ -21,6 +21,10 @@ Ellipsoid::Ellipsoid(double semimajor, double semiminor)
   throw gridkit::Error("the ellipsoid's semi-axes are not those of an Earth");
 }
 
+Ellipsoid Ellipsoid::wgs84() {
+  return {6378137.0, 6356752.314245};
+}
+
 Vector3 Ellipsoid::to_earth_fixed(const Geodetic& place) const {
   const double sine = std::sin(place.latitude * degree);
   const double cosine = std::cos(place.latitude * degree);

@@ -19,6 +19,9 @@ class GRIDKIT_API Ellipsoid {
   // Throws gridkit::Error unless semimajor >= semiminor > 0.
   Ellipsoid(double semimajor, double semiminor);
 
+  // That of the World Geodetic System 1984, on which the places of products are stated.
+  static Ellipsoid wgs84();
+
   // Earth-fixed Cartesian coordinates in metres.
   Vector3 to_earth_fixed(const Geodetic& place) const;
 

@@ -5,12 +5,15 @@ message that says what was refused.
 """
 import os
 import re
+import shutil
 import subprocess
+import sys
 import tempfile
 import time
+import unittest
 from pathlib import Path
 
-from programs import BUILD
+from programs import BUILD, FOLDER, simulate
 
 SANITIZED = "TSX_SANITIZE:BOOL=ON" in (BUILD / "CMakeCache.txt").read_text()
 SECONDS = 100 if SANITIZED else 20
@@ -104,3 +107,29 @@ def spoiled(annotation, name, content):
 
 def image_of(annotation):
     return sorted((annotation.parent / "IMAGEDATA").iterdir())[0]
+
+
+def product(name, variant="SSC", **size):
+    size = {"lines": 64, "samples": 64, **size}
+    return simulate(name, "--variant", variant, "--profile", "minimal", **size)
+
+
+def with_value(text, element, value):
+    """The annotation with the value in the first element of that name."""
+    changed, count = re.subn(rf"(<{element}(?: [^>]*)?>)[^<]*(</{element}>)",
+                             lambda m: m[1] + value + m[2], text, count=1)
+    assert count == 1, element
+    return changed
+
+
+def copies(annotation, texts):
+    """Annotations beside a product's own, one a text."""
+    return [spoiled(annotation, f"TSX1_{i}.xml", text) for i, text in enumerate(texts)]
+
+
+def main():
+    """Runs the tests of the program, tells how many files were tried, and removes them."""
+    program = unittest.main(argv=sys.argv[:1] + sys.argv[4:], exit=False)
+    print(f"hostile files tried: {tried}")
+    shutil.rmtree(FOLDER, ignore_errors=True)
+    sys.exit(not program.result.wasSuccessful())

@@ -166,6 +166,10 @@ class Existing(unittest.TestCase):
                 self.assertIn("is a file of the product itself", message)
                 self.assertEqual(before, output.read_bytes())
 
+    def test_standard_output_is_no_file_to_write(self):
+        self.assertEqual("gridkit: /dev/stdout: cannot be written: it is no regular file\n", complaint(
+            GRIDKIT, "read", self.product, "X_HH_PHASE_2", "/dev/stdout", "-f", "GTiff"))
+
     def test_a_link_stands_for_its_file(self):
         real, link = FOLDER / "real.tif", FOLDER / "alias.tif"
         real.write_text("old")

@@ -1,10 +1,9 @@
-"""`gridkit report` from the outside: the page's markup, what it tells against the annotation, what hostile texts
-do to it, and how a real browser shows it.
+"""`gridkit report` from the outside: the page's markup, what it tells against the annotation, and what hostile
+texts do to it.
 
     report_test.py BUILD FOLDER
 """
 import base64
-import html.parser
 import json
 import math
 import re
@@ -14,76 +13,9 @@ import unittest
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
-from browser import Browser
 from png import Png
-from programs import BUILD, FOLDER, GRIDKIT, complaint, run, simulate, text
-
-VOID = {"meta", "link", "input", "img", "br", "hr"}
-HOSTILE = """<script>document.title="taken"</script>"><img src=x onerror="document.title='taken'">'{{script}}</div>"""
-
-
-class Node:
-    def __init__(self, name, attributes, parent):
-        self.name, self.parent = name, parent
-        self.attributes = {key: value or "" for key, value in dict(attributes).items()}
-        self.children, self.own_text = [], ""
-
-    def text(self):
-        """All text inside, in order."""
-        return "".join(c if isinstance(c, str) else c.text() for c in self.children)
-
-    def all(self, name=None, kind=None):
-        for child in self.children:
-            if isinstance(child, str):
-                continue
-            kinds = child.attributes.get("class", "").split()
-            if (name is None or child.name == name) and (kind is None or kind in kinds):
-                yield child
-            yield from child.all(name, kind)
-
-
-class Page(html.parser.HTMLParser):
-    """A page's elements; every start tag must have its end tag, in order."""
-
-    def __init__(self, content):
-        super().__init__(convert_charrefs=True)
-        self.root = self.at = Node("", {}, None)
-        self.feed(content)
-        self.close()
-        assert self.at is self.root, f"<{self.at.name}> is not ended"
-
-    def handle_starttag(self, tag, attrs):
-        assert len(dict(attrs)) == len(attrs), f"an attribute of <{tag}> stands twice"
-        node = Node(tag, attrs, self.at)
-        self.at.children.append(node)
-        if tag not in VOID:
-            self.at = node
-
-    def handle_startendtag(self, tag, attrs):
-        self.handle_starttag(tag, attrs)
-        if tag not in VOID:
-            self.at = self.at.parent
-
-    def handle_endtag(self, tag):
-        assert self.at.name == tag, f"</{tag}> ends <{self.at.name}>"
-        self.at = self.at.parent
-
-    def handle_data(self, data):
-        self.at.children.append(data)
-
-    def find(self, name=None, kind=None, identity=None):
-        return [n for n in self.root.all(name, kind) if identity is None or n.attributes.get("id") == identity]
-
-    def section(self, identity):
-        [found] = self.find("section", identity=identity)
-        return found
-
-
-def report(annotation, *options):
-    output = FOLDER / "report.html"
-    done = run(GRIDKIT, "report", annotation, output, "--overwrite", *options)
-    assert (done.stdout, done.stderr) == (b"", b""), done
-    return Page(output.read_text(encoding="utf-8"))
+from programs import FOLDER, GRIDKIT, complaint, run, simulate, text
+from report_page import HOSTILE, hostile_product, report
 
 
 def leaves_of(element):
@@ -294,24 +226,6 @@ class Contents(unittest.TestCase):
         self.assertIn(f"{total - shown} more elements are left out here", page.section("annotation").text())
 
 
-def hostile_product():
-    """A product with markup in its folder's name, in texts and in attributes."""
-    plain = simulate("hostile", "--profile", "maximal")
-    folder = FOLDER / "<img src=x onerror=alert(1)>&'"
-    shutil.rmtree(folder, ignore_errors=True)
-    shutil.copytree(plain.parent, folder)
-    annotation = folder / plain.name
-    escaped = HOSTILE.replace("&", "&amp;").replace("<", "&lt;").replace('"', "&quot;")
-    content = annotation.read_text()
-    for element in ("copyrightInfo", "sceneID", "qualityRemark", "noiseModelID", "deliveryInfo"):
-        content, count = re.subn(f"<{element}>[^<]*<", lambda _, e=element: f"<{e}>{escaped}<", content)
-        assert count > 0, element
-    content, count = re.subn(r'fileName="[^"]*"', lambda _: f'fileName="{escaped[:100]}"', content)
-    assert count > 0
-    annotation.write_text(content)
-    return annotation
-
-
 class Hostile(unittest.TestCase):
     def test_texts_stay_texts(self):
         annotation = hostile_product()
@@ -327,6 +241,19 @@ class Hostile(unittest.TestCase):
         self.assertEqual(str(annotation), path.text())
         plain = report(simulate("plain", "--profile", "maximal"))
         self.assertEqual({n.name for n in plain.find()}, {n.name for n in page.find()})
+
+    def test_corners_that_are_no_place_are_left_out_of_the_map(self):
+        plain = simulate("nowhere")
+        content = plain.read_text()
+        start = content.index("<sceneCornerCoord>")
+        for value in ("NaN", "INF", "-INF"):
+            changed, count = re.subn("<lat>[^<]*<", f"<lat>{value}<", content[start:], count=1)
+            self.assertEqual(1, count)
+            plain.write_text(content[:start] + changed)
+            scene, _ = report(plain).section("place").all("figure", "map")
+            self.assertEqual(3, len(list(scene.all("circle", "stated"))))
+            for path in scene.all("path"):
+                self.assertNotRegex(path.attributes["d"], "nan|inf")
 
     def test_bytes_that_are_no_text_are_replaced(self):
         plain = simulate("bytes")
@@ -354,102 +281,6 @@ class Refusals(unittest.TestCase):
     def test_wrong_use(self):
         run(GRIDKIT, "report", "a.xml", status=2)
         run(GRIDKIT, "report", "a.xml", "b.html", "--size", 4096, status=2)
-
-
-class InABrowser(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.page = FOLDER / "browser.html"
-        product = simulate("browser", "--profile", "maximal", lines=1500, samples=1200)
-        run(GRIDKIT, "report", product, cls.page, "--overwrite")
-        cls.browser = cls.enterClassContext(Browser(FOLDER / "profile"))
-
-    def setUp(self):
-        self.browser.screen(1280, 900)
-        self.browser.log("browser")
-        self.browser.requests()
-        self.browser.open(self.page)
-
-    def assertQuiet(self):
-        self.assertEqual([], [entry["message"] for entry in self.browser.log("browser")])
-
-    def test_it_renders_without_a_word_on_the_console_and_asks_for_nothing(self):
-        self.assertIn("SSC", self.browser.run("return document.title"))
-        broken = self.browser.run("return [...document.images].filter(i => !i.complete || i.naturalWidth === 0).length")
-        self.assertEqual(0, broken)
-        self.assertEqual(3, self.browser.run("return document.images.length"))
-        for kind in ("svg", ".picture", ".tree", "h1"):
-            height = self.browser.run("return document.querySelector(arguments[0]).getBoundingClientRect().height", kind)
-            self.assertGreater(height, 20, kind)
-        self.assertTrue(self.browser.run(
-            "return document.querySelector('image.draped').getAttribute('href') === "
-            "document.getElementById('picture0').src"))
-        self.assertQuiet()
-        asked = {url for url in self.browser.requests() if not url.startswith("data:")}
-        self.assertEqual({self.page.resolve().as_uri()}, asked)
-        self.browser.screenshot(BUILD / "report.png")
-        self.assertGreater((BUILD / "report.png").stat().st_size, 100_000)
-
-    VISIBLE = ("return [...document.querySelectorAll('#tree div')].filter(e => e.checkVisibility())"
-               ".map(e => e.querySelector('b').textContent)")
-
-    def test_typing_filters_the_tree(self):
-        total = self.browser.run("return document.querySelectorAll('#tree div').length")
-        self.assertEqual(f"{total:,} values", self.browser.run("return document.getElementById('found').textContent"))
-        self.assertEqual(0, len(self.browser.run(self.VISIBLE)))
-        self.browser.type("#search", "calibration CALFACTOR")
-        found = self.browser.wait_for("const t = document.getElementById('found').textContent; return t.includes(' of ') && t")
-        visible = self.browser.run(self.VISIBLE)
-        self.assertEqual(f"{len(visible)} of {total:,} values", found)
-        self.assertIn("calFactor", visible)
-        self.assertLess(len(visible), 10)
-        # By what stands above it, its name and its value.
-        self.browser.type("#search", "noise polLayer HH")
-        self.browser.wait_for("return [...document.querySelectorAll('#tree .hit b')].some(e => e.textContent === 'polLayer')")
-        self.assertEqual({"polLayer"}, set(self.browser.run(self.VISIBLE)))
-        self.browser.type("#search", "nothing has this name")
-        self.browser.wait_for("return document.getElementById('found').textContent.startsWith('0 of')")
-        self.assertEqual([], self.browser.run(self.VISIBLE))
-        self.browser.type("#search", "\ue00c")  # escape
-        self.browser.wait_for("return !document.getElementById('found').textContent.includes('of')")
-        self.assertEqual(0, self.browser.run("return document.querySelectorAll('#tree [hidden]').length"))
-        self.browser.click("#expand")
-        self.assertEqual(total, len(self.browser.run(self.VISIBLE)))
-        self.assertQuiet()
-
-    def test_a_phone_needs_no_sideways_scrolling(self):
-        for width in (320, 390):
-            self.browser.screen(width, 800, phone=True)
-            self.browser.run("for (const d of document.querySelectorAll('details')) d.open = true")
-            wide = self.browser.run(
-                "return [document.documentElement.scrollWidth, document.body.scrollWidth, innerWidth]")
-            self.assertEqual([width] * 3, wide)
-            # Letters of the plots, as they are shown.
-            height = self.browser.run("return document.querySelector('.plot text').getBoundingClientRect().height")
-            self.assertGreater(height, 7)
-        self.assertQuiet()
-
-    def test_it_is_dark_where_the_reader_wants_it(self):
-        def lightness():
-            return [sum(map(int, re.findall(r"\d+", self.browser.run(
-                f"return getComputedStyle(document.body).{p}"))[:3])) / 765 for p in ("backgroundColor", "color")]
-        paper, ink = lightness()
-        self.assertGreater(paper - ink, 0.7)
-        self.browser.screen(1280, 900, dark=True)
-        paper, ink = lightness()
-        self.assertGreater(ink - paper, 0.7)
-
-    def test_hostile_texts_do_nothing(self):
-        page = FOLDER / "hostile.html"
-        run(GRIDKIT, "report", hostile_product(), page, "--overwrite")
-        self.browser.open(page)
-        self.browser.type("#search", "copyrightInfo")
-        self.browser.wait_for("return document.querySelectorAll('#tree .hit').length === 1")
-        self.assertEqual([HOSTILE], self.browser.run(
-            "return [...document.querySelectorAll('#tree .hit span')].map(e => e.textContent)"))
-        self.assertNotEqual("taken", self.browser.run("return document.title"))
-        self.assertEqual(1, self.browser.run("return document.scripts.length"))
-        self.assertQuiet()
 
 
 if __name__ == "__main__":

@@ -31,6 +31,14 @@ TEST(IndexedPng, HoldsTheSizeThePaletteAndTheTexts) {
   EXPECT_NE(std::string::npos, file.find("tEXtSource\0here"s));
 }
 
+TEST(IndexedPng, TellsTextsBeyondAsciiAsUtf8) {
+  IndexedPicture picture = small();
+  picture.texts = {{"Source", "Köln"}};
+  using namespace std::string_literals;
+  // An international text: not compressed, and of no language and no translated key.
+  EXPECT_NE(std::string::npos, encoded(picture).find("iTXtSource\0\0\0\0\0K\xc3\xb6ln"s));
+}
+
 TEST(IndexedPng, RefusesPixelsThatDoNotFillTheSize) {
   IndexedPicture picture = small();
   picture.pixels.pop_back();

@@ -69,6 +69,27 @@ TEST_F(Writer, FinishesUnderTheFinalNameOnly) {
   }
 }
 
+TEST_F(Writer, LeavesAnEnviHeaderThatAppearedMeanwhile) {
+  gridkit::RasterOptions options;
+  options.existing = gridkit::Existing::refuse;
+  const auto writer = gridkit::create_envi((folder / "x").string(), 3, 1, options);
+  writer->write_lines(line(), 1);
+  put(folder / "x.hdr", "somebody's");
+  EXPECT_EQ((folder / "x.hdr").string() + ": exists already", refusal([&] { writer->finish(); }));
+  EXPECT_EQ("somebody's", text_of(folder / "x.hdr"));
+  EXPECT_FALSE(fs::exists(folder / "x"));
+}
+
+TEST_F(Writer, ReplacesTheEnviHeaderThatALinkStandsFor) {
+  put(folder / "header", "old");
+  fs::create_symlink("header", folder / "x.hdr");
+  const auto writer = gridkit::create_envi((folder / "x").string(), 3, 1, {});
+  writer->write_lines(line(), 1);
+  writer->finish();
+  EXPECT_TRUE(fs::is_symlink(folder / "x.hdr"));
+  EXPECT_TRUE(text_of(folder / "header").starts_with("ENVI\n"));
+}
+
 TEST_F(Writer, RefusesLinesThatDoNotFit) {
   for (auto* create : creators) {
     const auto writer = create((folder / "x").string(), 3, 1, {});

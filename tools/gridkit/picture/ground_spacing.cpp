@@ -10,16 +10,12 @@ namespace {
 using rmdllib::Ellipsoid;
 using rmdllib::Pixel;
 
-constexpr double wgs84_semimajor = 6378137.0;
-constexpr double wgs84_semiminor = 6356752.314245;
-
 }  // namespace
 
 GroundSpacing ground_spacing(const gridkit::Product& product, PictureSize image) {
   const Placement placement(product);
   const auto* radar = placement.radar();
-  const Ellipsoid earth =
-      radar != nullptr ? radar->earth() : Ellipsoid(wgs84_semimajor, wgs84_semiminor);
+  const Ellipsoid earth = radar != nullptr ? radar->earth() : Ellipsoid::wgs84();
   const double height = radar != nullptr ? radar->average_height() : 0;
   const auto distance = [&](Pixel a, Pixel b) {
     return length(earth.to_earth_fixed(placement.ground_of(b, height)) -

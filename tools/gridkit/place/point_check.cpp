@@ -67,10 +67,7 @@ PointCheck check_point(const rmdllib::RadarGeometry& geometry, rmdllib::Pixel pi
 }
 
 PointCheck check_point(const Placement& map, rmdllib::Pixel pixel, const ScenePoint& stated) {
-  constexpr double wgs84_semimajor = 6378137.0;
-  constexpr double wgs84_semiminor = 6356752.314245;
   const Geodetic place = {stated.latitude, stated.longitude, 0};
-  const Offset rest =
-      offset(Ellipsoid(wgs84_semimajor, wgs84_semiminor), place, map.ground_of(pixel, 0));
+  const Offset rest = offset(Ellipsoid::wgs84(), place, map.ground_of(pixel, 0));
   return {0, rest.north, rest.east, rest.length()};
 }

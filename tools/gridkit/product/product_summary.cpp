@@ -10,6 +10,7 @@
 #include "rmdllib/ellipsoid.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
+#include "tools/gridkit/product/words.h"
 
 namespace {
 
@@ -22,10 +23,6 @@ constexpr Meaning variants[] = {{"SSC", "single-look slant-range complex"},
                                 {"MGD", "multi-look ground-range detected"},
                                 {"GEC", "geocoded on the ellipsoid"},
                                 {"EEC", "geocoded with a terrain model"}};
-constexpr Meaning modes[] = {{"SM", "StripMap"},
-                             {"SL", "SpotLight"},
-                             {"HS", "high-resolution SpotLight"},
-                             {"SC", "ScanSAR"}};
 constexpr Meaning resolutions[] = {{"SE", "spatially enhanced"},
                                    {"RE", "radiometrically enhanced"}};
 
@@ -49,19 +46,11 @@ std::string format(const char* pattern, Values... values) {
   return text;
 }
 
-// The time without its marks of date and zone: "2008-03-12 05:17:46.250000".
-std::string readable(const lmx::c_datetime& time) {
-  std::string text(time.text());
-  std::replace(text.begin(), text.end(), 'T', ' ');
-  if (!text.empty() && text.back() == 'Z') text.pop_back();
-  return text;
-}
-
 // From start to stop, the date once where they share it.
 template <class Scene>
 std::string interval(const Scene& scene) {
-  const std::string start = readable(scene.get_start().get_timeUTC());
-  const std::string stop = readable(scene.get_stop().get_timeUTC());
+  const std::string start = time_in_words(scene.get_start().get_timeUTC());
+  const std::string stop = time_in_words(scene.get_stop().get_timeUTC());
   const std::size_t date = start.find(' ');
   const bool same_day = date != std::string::npos && stop.compare(0, date, start, 0, date) == 0;
   return start + " to " + (same_day ? stop.substr(date + 1) : stop);
@@ -77,40 +66,30 @@ std::string place(const Place& at) {
 // The straight way between two places, in kilometres: scenes are small against the Earth.
 template <class Place>
 double kilometres(const Place& from, const Place& to) {
-  constexpr double wgs84_semimajor = 6378137.0;
-  constexpr double wgs84_semiminor = 6356752.314245;
-  const rmdllib::Ellipsoid earth(wgs84_semimajor, wgs84_semiminor);
+  const auto earth = rmdllib::Ellipsoid::wgs84();
   const auto way = earth.to_earth_fixed({to.get_lat(), to.get_lon(), 0}) -
                    earth.to_earth_fixed({from.get_lat(), from.get_lon(), 0});
   return std::sqrt(dot(way, way)) / 1000;
 }
 
-// First text of a list that may be empty.
-template <class Size, class Get>
-std::string joined(Size size, Get get) {
-  std::string text;
-  for (std::uint32_t i = 0; i < size; ++i) text += (i == 0 ? "" : ", ") + std::string(get(i));
-  return text;
-}
-
 template <class Product>
 std::string variant_row(const Product& product) {
   const auto& variant = product.get_productInfo().get_productVariantInfo();
-  std::string text = joined(variant.size_productVariant(), [&](std::uint32_t i) {
+  std::string text = joined(variant.size_productVariant(), [&](std::size_t i) {
     return explained(variant.get_productVariant(i), variants);
   });
-  const std::string resolution = joined(variant.size_resolutionVariant(), [&](std::uint32_t i) {
+  const std::string resolution = joined(variant.size_resolutionVariant(), [&](std::size_t i) {
     const std::string code = variant.get_resolutionVariant(i);
-    return code == "UNDEFINED" ? std::string() : ", " + explained(code, resolutions);
+    return code == "UNDEFINED" ? std::string() : explained(code, resolutions);
   });
-  return text + resolution;
+  return resolution.empty() ? text : text + ", " + resolution;
 }
 
 template <class Product>
 std::string mode_row(const Product& product) {
   const auto& acquisition = product.get_productInfo().get_acquisitionInfo();
-  const std::string mode = joined(acquisition.size_imagingMode(), [&](std::uint32_t i) {
-    return explained(acquisition.get_imagingMode(i), modes);
+  const std::string mode = joined(acquisition.size_imagingMode(), [&](std::size_t i) {
+    return imaging_mode_in_words(acquisition.get_imagingMode(i));
   });
   return mode + ", beam " + std::string(acquisition.get_elevationBeamConfiguration()) +
          ", looking " + lower(acquisition.get_lookDirection());
@@ -120,10 +99,9 @@ template <class Product>
 std::string polarisation_row(const Product& product) {
   const auto& acquisition = product.get_productInfo().get_acquisitionInfo();
   const auto& list = acquisition.get_polarisationList();
-  return joined(list.size_polLayer(), [&](std::uint32_t i) { return list.get_polLayer(i); }) +
-         " (" +
+  return joined(list.size_polLayer(), [&](std::size_t i) { return list.get_polLayer(i); }) + " (" +
          joined(acquisition.size_polarisationMode(),
-                [&](std::uint32_t i) { return lower(acquisition.get_polarisationMode(i)); }) +
+                [&](std::size_t i) { return lower(acquisition.get_polarisationMode(i)); }) +
          ')';
 }
 
@@ -131,7 +109,7 @@ template <class Product>
 std::string orbit_row(const Product& product) {
   const auto& mission = product.get_productInfo().get_missionInfo();
   return std::string(mission.get_mission()) + ", orbit " + std::to_string(mission.get_absOrbit()) +
-         ", " + joined(mission.size_orbitDirection(), [&](std::uint32_t i) {
+         ", " + joined(mission.size_orbitDirection(), [&](std::size_t i) {
            return lower(mission.get_orbitDirection(i));
          });
 }
@@ -198,7 +176,7 @@ std::vector<SummaryRow> rows_of(const Product& product) {
 template <class Calibration>
 std::vector<double> factors_of(const Calibration& calibration, const std::string& polarisation) {
   std::vector<double> factors;
-  for (std::uint32_t i = 0; i < calibration.size_calibrationConstant(); ++i) {
+  for (std::size_t i = 0; i < calibration.size_calibrationConstant(); ++i) {
     const auto& constant = calibration.get_calibrationConstant(i);
     if (constant.isset_polLayer() && constant.get_polLayer() != polarisation) continue;
     const double factor = constant.get_calFactor().get_calFactor();
@@ -231,7 +209,7 @@ std::vector<ImageCalibration> calibrations_of(const std::string& annotation) {
   return visit<std::vector<ImageCalibration>>(annotation, [](const auto& product) {
     std::vector<ImageCalibration> images;
     const auto& components = product.get_productComponents();
-    for (std::uint32_t i = 0; i < components.size_imageData(); ++i) {
+    for (std::size_t i = 0; i < components.size_imageData(); ++i) {
       const std::string polarisation = components.get_imageData(i).get_polLayer();
       images.push_back({polarisation, factors_of(product.get_calibration(), polarisation)});
     }

@@ -27,11 +27,14 @@ const std::vector<FormatEntry>& entries() {
   return list;
 }
 
-// Whether this process has the file open, as it has those of the product.
+// Whether this process has the file open, as it has those of the product. The standard streams are
+// none of them.
 bool is_open(const fs::path& path) {
   std::error_code failed;
   for (fs::directory_iterator open("/proc/self/fd", failed), end; !failed && open != end;
        open.increment(failed)) {
+    const std::string number = open->path().filename().string();
+    if (number == "0" || number == "1" || number == "2") continue;
     std::error_code ignored;
     if (fs::equivalent(open->path(), path, ignored)) return true;
   }

@@ -1,7 +1,6 @@
 #include "tools/gridkit/report/acquisition.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <optional>
@@ -9,6 +8,7 @@
 
 #include "lmx/datetime.h"
 #include "tools/annotation/annotation_file.h"
+#include "tools/gridkit/product/words.h"
 #include "tools/gridkit/report/html.h"
 
 namespace report {
@@ -170,33 +170,10 @@ void add_orbit(const Product& product, const lmx::c_datetime& start, Acquisition
   }
 }
 
-template <class Size, class Get>
-std::string joined(Size size, Get get) {
-  std::string text;
-  for (std::size_t i = 0; i < size; ++i) text += (i > 0 ? ", " : "") + get(i);
-  return text;
-}
-
-// What the abbreviations of imaging modes stand for; others stay as they are.
-std::string mode_in_words(const std::string& mode) {
-  constexpr std::array<std::pair<std::string_view, std::string_view>, 4> names = {
-      {{"SM", "StripMap"},
-       {"SC", "ScanSAR"},
-       {"SL", "Spotlight"},
-       {"HS", "High-resolution Spotlight"}}};
-  for (const auto& [abbreviation, name] : names) {
-    if (mode == abbreviation) return std::string(name) + " (" + mode + ")";
-  }
-  return mode;
-}
-
 // "2008-03-12 05:17:46.250 UTC"
-std::string time_in_words(const lmx::c_datetime& time) {
-  std::string text(time.text());
-  if (const auto t = text.find('T'); t != std::string::npos) text[t] = ' ';
-  if (!text.empty() && text.back() == 'Z') text.pop_back();
+std::string time_to_milliseconds(const lmx::c_datetime& time) {
   constexpr std::size_t to_milliseconds = 23;
-  return text.substr(0, to_milliseconds) + " UTC";
+  return time_in_words(time).substr(0, to_milliseconds) + " UTC";
 }
 
 std::string place_in_words(double latitude, double longitude) {
@@ -215,7 +192,7 @@ void add_facts(const Product& product, Acquisition& result) {
   const auto& start = scene.get_start().get_timeUTC();
   const auto& pols = acquisition.get_polarisationList();
   const std::string mode = joined(acquisition.size_imagingMode(), [&](std::size_t i) {
-    return mode_in_words(acquisition.get_imagingMode(i));
+    return imaging_mode_in_words(acquisition.get_imagingMode(i));
   });
   const std::string variants = joined(variant.size_productVariant(),
                                       [&](std::size_t i) { return variant.get_productVariant(i); });
@@ -224,7 +201,8 @@ void add_facts(const Product& product, Acquisition& result) {
   const std::string polarisations =
       joined(pols.size_polLayer(), [&](std::size_t i) { return pols.get_polLayer(i); });
   result.duration = seconds_between(start, scene.get_stop().get_timeUTC());
-  result.subtitle = variants + " · " + mode + " · " + polarisations + " · " + time_in_words(start);
+  result.subtitle =
+      variants + " · " + mode + " · " + polarisations + " · " + time_to_milliseconds(start);
   result.facts = {{"Mission", mission.get_mission()},
                   {"Product", variant.get_productType()},
                   {"Imaging mode", mode},
@@ -234,8 +212,8 @@ void add_facts(const Product& product, Acquisition& result) {
                   {"Orbit", std::to_string(mission.get_absOrbit()) + " (relative " +
                                 std::to_string(mission.get_relOrbit()) + ", cycle " +
                                 std::to_string(mission.get_orbitCycle()) + "), " + direction},
-                  {"Start", time_in_words(start)},
-                  {"Stop", time_in_words(scene.get_stop().get_timeUTC())},
+                  {"Start", time_to_milliseconds(start)},
+                  {"Stop", time_to_milliseconds(scene.get_stop().get_timeUTC())},
                   {"Duration", fixed(result.duration, 3) + " s"},
                   {"Scene centre", place_in_words(centre.get_lat(), centre.get_lon())},
                   {"Incidence angle", fixed(centre.get_incidenceAngle(), 2) + "°"},

@@ -16,10 +16,6 @@ using rmdllib::Ellipsoid;
 using rmdllib::Geodetic;
 using rmdllib::Vector3;
 
-Ellipsoid wgs84() {
-  return {6378137.0, 6356752.314245};  // metres
-}
-
 std::string at(const Place& place) {
   return fixed(place.x, 1) + ' ' + fixed(place.y, 1);
 }
@@ -54,7 +50,7 @@ std::string arrow(const Place& from, const Place& to, const char* style) {
 
 Vector3 middle_of(const std::vector<Geodetic>& corners) {
   Vector3 sum;
-  for (const Geodetic& corner : corners) sum = sum + wgs84().to_earth_fixed(corner);
+  for (const Geodetic& corner : corners) sum = sum + Ellipsoid::wgs84().to_earth_fixed(corner);
   return (1.0 / static_cast<double>(corners.size())) * sum;
 }
 
@@ -80,7 +76,7 @@ std::optional<OrbitState> state_at(const std::vector<OrbitState>& orbit, double 
 }
 
 Geodetic below(const OrbitState& state) {
-  Geodetic place = wgs84().to_geodetic(state.position);
+  Geodetic place = Ellipsoid::wgs84().to_geodetic(state.position);
   place.height = 0;
   return place;
 }
@@ -145,7 +141,7 @@ std::string directions(const LocalMap& map, const Footprint& footprint) {
   const auto state = state_at(footprint.orbit, footprint.duration / 2);
   if (!state) return {};
   const Vector3 centre = middle_of(footprint.corners);
-  const Geodetic scene = wgs84().to_geodetic(centre);
+  const Geodetic scene = Ellipsoid::wgs84().to_geodetic(centre);
   const Place from = emptiest_corner(map, footprint.corners);
   const auto arrow_along = [&](const Vector3& way, const char* name) -> std::string {
     const double east = dot(way, Ellipsoid::east(scene));
@@ -205,7 +201,7 @@ std::string draw_overview(const Footprint& footprint) {
     const double time = -around + (footprint.duration + 2 * around) * i / steps;
     if (const auto state = state_at(footprint.orbit, time)) track.push_back(below(*state));
   }
-  const Geodetic scene = wgs84().to_geodetic(middle_of(footprint.corners));
+  const Geodetic scene = Ellipsoid::wgs84().to_geodetic(middle_of(footprint.corners));
   const Geodetic nadir = below(*middle);
   std::vector<Geodetic> shown = footprint.corners;
   shown.insert(shown.end(), track.begin(), track.end());

@@ -15,8 +15,6 @@ namespace {
 using rmdllib::Ellipsoid;
 using rmdllib::Geodetic;
 
-constexpr double semimajor = 6378137.0;  // WGS 84, metres
-constexpr double semiminor = 6356752.314245;
 constexpr double degree = std::numbers::pi / 180;
 constexpr double metres_per_degree = 111320;
 constexpr double inner_width = LocalMap::width - LocalMap::left - LocalMap::right;
@@ -30,7 +28,7 @@ Geodetic at_sea_level(const Geodetic& place) {
 Geodetic middle_of(const Ellipsoid& earth, const std::vector<Geodetic>& places) {
   rmdllib::Vector3 sum;
   for (const Geodetic& place : places) sum = sum + earth.to_earth_fixed(at_sea_level(place));
-  return at_sea_level(earth.to_geodetic((semimajor / length(sum)) * sum));
+  return at_sea_level(earth.to_geodetic((earth.radius_below(sum) / length(sum)) * sum));
 }
 
 std::string degrees_in_words(double value, int decimals, const char* positive,
@@ -57,7 +55,7 @@ std::optional<Place> crossing(const Place& a, const Place& b, bool left_edge) {
 }  // namespace
 
 LocalMap::LocalMap(const std::vector<Geodetic>& places)
-    : earth_(semimajor, semiminor), middle_(middle_of(earth_, places)) {
+    : earth_(Ellipsoid::wgs84()), middle_(middle_of(earth_, places)) {
   double west = 0;
   double east = 0;
   double south = 0;

@@ -31,14 +31,17 @@ struct Range {
   double length() const { return high - low; }
 };
 
-bool is_finite(const PlotPoint& point) {
-  return std::isfinite(point.x) && std::isfinite(point.y);
+// Values near the ends of what a double can hold cannot be scaled.
+bool is_drawable(const PlotPoint& point) {
+  constexpr double largest = 1e300;
+  return std::abs(point.x) <= largest && std::abs(point.y) <= largest;
 }
 
 // A range that a drawing can divide by: of some length, and a little wider than its values.
 Range widened(Range range, double least, double margin) {
   const double middle = (range.low + range.high) / 2;
-  const double smallest = std::max(least, std::abs(middle) * 1e-9);
+  constexpr double shortest = 1e-200;
+  const double smallest = std::max({least, std::abs(middle) * 1e-9, shortest});
   if (range.length() < smallest) range = {middle - smallest / 2, middle + smallest / 2};
   const double added = range.length() * margin;
   return {range.low - added, range.high + added};
@@ -97,7 +100,7 @@ std::string curve(const Frame& frame, const Series& series, std::size_t index, b
   double last_x = 0;
   const std::string base = fixed(frame.place_y(frame.y.low), 1);
   for (const PlotPoint& point : series.points) {
-    if (!is_finite(point)) {
+    if (!is_drawable(point)) {
       if (filled && is_down) path += "V" + base + "H" + fixed(first_x, 1) + "Z";
       is_down = false;
       continue;
@@ -156,13 +159,12 @@ std::string draw(const Plot& plot) {
   Frame frame;
   for (const Series& series : plot.series) {
     for (const PlotPoint& point : series.points) {
-      if (!is_finite(point)) continue;
+      if (!is_drawable(point)) continue;
       frame.x.add(point.x);
       frame.y.add(point.y);
     }
   }
-  if (!(frame.x.length() >= 0) || !std::isfinite(frame.x.length()) ||
-      !std::isfinite(frame.y.length())) {
+  if (frame.x.low > frame.x.high) {
     return "<figure class=\"plot\">" + caption + "<p class=\"none\">Nothing to draw.</p></figure>";
   }
   if (plot.filled) frame.y.low = std::min(frame.y.low, 0.0);

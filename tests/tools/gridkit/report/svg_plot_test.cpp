@@ -71,7 +71,8 @@ TEST(Draw, StandsTheLargestAndTheEqual) {
   const double largest = std::numeric_limits<double>::max();
   for (const Plot& odd :
        {plot({{0, -largest}, {1, largest}}), plot({{5, 5}}), plot({{1e300, 1e300}, {2e300, 1e300}}),
-        plot({{-1e-320, 0}, {1e-320, 0}})}) {
+        plot({{-1e-320, 0}, {1e-320, 0}}), plot({{0, 5e-324}, {5e-324, 0}}),
+        plot({{0, largest}, {1, largest}, {2, 1}, {3, 2}})}) {
     const std::string drawn = report::draw(odd);
     EXPECT_EQ(0U, count(drawn, "inf") + count(drawn, "nan"));
     EXPECT_LT(drawn.size(), 200'000U);

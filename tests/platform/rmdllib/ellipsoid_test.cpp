@@ -1,0 +1,17 @@
+#include "rmdllib/ellipsoid.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using rmdllib::Ellipsoid;
+
+// 6378137 m by definition, and times 1 - 1 / 298.257223563 towards the pole.
+TEST(Ellipsoid, OfTheWorldGeodeticSystemHasItsAxes) {
+  const Ellipsoid earth = Ellipsoid::wgs84();
+  constexpr double semimajor = 6378137;
+  EXPECT_NEAR(semimajor, earth.to_earth_fixed({0, 0, 0}).x, 1e-6);
+  EXPECT_NEAR(semimajor * (1 - 1 / 298.257223563), earth.to_earth_fixed({90, 0, 0}).z, 1e-6);
+}
+
+}  // namespace
