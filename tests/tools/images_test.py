@@ -153,6 +153,7 @@ class Warnings(unittest.TestCase):
         self.assertEqual(line, info.stderr)
         self.assertEqual(2, len(json.loads(info.stdout)["layers"]))
         output = FOLDER / "warned.tif"
+        output.unlink(missing_ok=True)
         self.assertEqual(line, run(GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", output).stderr)
         block = run(GRIDKIT, "read", "--raw", product, "X_HH_MAGNITUDE_1", "--block", 0, 0)
         self.assertEqual(line, block.stderr)
