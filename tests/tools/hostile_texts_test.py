@@ -208,7 +208,7 @@ class Bytes(unittest.TestCase):
         annotation = product("kinds")
         target = annotation.parent / "TSX1_kind.xml"
         for make, words in ((lambda: os.mkfifo(target), "not a regular file"),
-                            (lambda: target.mkdir(), "not a regular file"),
+                            (lambda: target.mkdir(), "the folder holds no product"),
                             (lambda: target.symlink_to(target), "Too many levels of symbolic links"),
                             (lambda: target.symlink_to("/dev/zero"), "not a regular file"),
                             (lambda: target.symlink_to(FOLDER / "nowhere"), "no such file")):
