@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -11,6 +10,7 @@
 #include "tools/gridkit/place/placement.h"
 #include "tools/gridkit/place/point_check.h"
 #include "tools/gridkit/place/scene_points.h"
+#include "tools/gridkit/print_json.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ void print(Pixel pixel, const Geodetic& place, bool has_height, bool as_json) {
                      {"latitude", place.latitude},
                      {"longitude", place.longitude}};
     document["height"] = has_height ? json(place.height) : json(nullptr);
-    std::cout << document.dump(2) << '\n';
+    print_json(document);
     return;
   }
   std::printf("line %.6f  sample %.6f  latitude %.9f  longitude %.9f", pixel.line, pixel.sample,
@@ -94,7 +94,7 @@ void print_as_json(const std::vector<CheckedPoint>& points, const Placement& pla
     entry["atAverageHeight"] = result.at_average_height;
     list.push_back(entry);
   }
-  std::cout << list.dump(2) << '\n';
+  print_json(list);
 }
 
 void print_as_text(const std::vector<CheckedPoint>& points, const Placement& placement) {
