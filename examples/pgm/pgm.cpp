@@ -217,7 +217,7 @@ PGM_EXPORT int32_t pgmLayerRasterRead(Layer* layer, int32_t blockRow, int32_t bl
   const Image& image = *layer->image;
   const int64_t first_line = int64_t{blockRow} * layer->block;
   const int64_t first_column = int64_t{blockColumn} * layer->block;
-  if (first_line < 0 || first_line >= image.height || first_column < 0 ||
+  if (blockRow < 0 || blockColumn < 0 || first_line >= image.height ||
       first_column >= image.width) {
     return fail("pgmLayerRasterRead",
                 gks_Sprintf(nullptr, "%s: no such block", nullptr, image.path));

@@ -242,19 +242,6 @@ class Hostile(unittest.TestCase):
         plain = report(simulate("plain", "--profile", "maximal"))
         self.assertEqual({n.name for n in plain.find()}, {n.name for n in page.find()})
 
-    def test_corners_that_are_no_place_are_left_out_of_the_map(self):
-        plain = simulate("nowhere")
-        content = plain.read_text()
-        start = content.index("<sceneCornerCoord>")
-        for value in ("NaN", "INF", "-INF"):
-            changed, count = re.subn("<lat>[^<]*<", f"<lat>{value}<", content[start:], count=1)
-            self.assertEqual(1, count)
-            plain.write_text(content[:start] + changed)
-            scene, _ = report(plain).section("place").all("figure", "map")
-            self.assertEqual(3, len(list(scene.all("circle", "stated"))))
-            for path in scene.all("path"):
-                self.assertNotRegex(path.attributes["d"], "nan|inf")
-
     def test_bytes_that_are_no_text_are_replaced(self):
         plain = simulate("bytes")
         folder = Path(str(FOLDER) + "/\udcff\udcc3(")

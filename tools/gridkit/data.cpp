@@ -8,6 +8,7 @@
 
 #include "gridkit/record_decoder.h"
 #include "tools/gridkit/commands.h"
+#include "tools/gridkit/print_json.h"
 
 namespace {
 
@@ -74,7 +75,7 @@ int show(const Host& host, const Request& request) {
                          {"dictionary", data.dictionary},
                          {"size", data.bytes.size()},
                          {"value", value}};
-  std::cout << document.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
+  print_json(document);
   return 0;
 }
 

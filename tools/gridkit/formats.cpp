@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/gridkit/commands.h"
+#include "tools/gridkit/print_json.h"
 
 namespace {
 
@@ -44,7 +45,7 @@ void print_as_json(const Host& host) {
                       {"plugin", plugin->library().string()}});
     }
   }
-  std::cout << list.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
+  print_json(list);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tools/gridkit/commands.h"
+#include "tools/gridkit/print_json.h"
 #include "tools/gridkit/product/image_warning.h"
 #include "tools/gridkit/product/product_summary.h"
 #include "tools/gridkit/terminal/terminal.h"
@@ -54,7 +55,7 @@ void print_as_json(const gridkit::Product& product) {
                      {"file", product.path()},
                      {"layers", layers},
                      {"data", product.data_names()}};
-  std::cout << info.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
+  print_json(info);
 }
 
 void print_row(const std::string& label, const std::string& text) {

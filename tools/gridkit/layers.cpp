@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tools/gridkit/commands.h"
+#include "tools/gridkit/print_json.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ void print_as_json(const gridkit::Product& product) {
                     {"width", layer.width()},
                     {"height", layer.height()}});
   }
-  std::cout << list.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
+  print_json(list);
 }
 
 int list_layers(const Host& host, const Request& request) {

@@ -1,6 +1,5 @@
 #include <cmath>
 #include <cstdio>
-#include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -12,6 +11,7 @@
 #include "tools/gridkit/place/placement.h"
 #include "tools/gridkit/place/point_check.h"
 #include "tools/gridkit/place/scene_points.h"
+#include "tools/gridkit/print_json.h"
 
 namespace {
 
@@ -51,7 +51,7 @@ void print(Pixel pixel, const Geodetic& place, bool has_height, bool as_json) {
                      {"latitude", place.latitude},
                      {"longitude", place.longitude}};
     document["height"] = has_height ? json(place.height) : json(nullptr);
-    std::cout << document.dump(2) << '\n';
+    print_json(document);
     return;
   }
   std::printf("line %.6f  sample %.6f  latitude %.9f  longitude %.9f", pixel.line, pixel.sample,
@@ -95,7 +95,7 @@ void print_as_json(const std::vector<CheckedPoint>& points, const Placement& pla
     entry["atAverageHeight"] = result.at_average_height;
     list.push_back(entry);
   }
-  std::cout << list.dump(2) << '\n';
+  print_json(list);
 }
 
 // For a table of three decimals: what rounds to 0 is shown without a sign.

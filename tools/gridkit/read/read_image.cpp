@@ -109,17 +109,18 @@ void read_image(const gridkit::Product& product, const ImageRequest& request) {
                     request.format == OutputFormat::cog ? 0.5 : 1);
   gridkit::RasterOptions options = options_of(plan, request);
   options.progress = [&progress](double done) { return progress.follow(done); };
-  // Made with the first lines: an image that is refused while it is looked through costs no output.
+  // Made with the first lines: a window that turns out to be no image has no file, which for the
+  // number of lines that an annotation may state would take much memory.
   std::unique_ptr<gridkit::RasterWriter> writer;
   const auto missing = gridkit::read_window(
       product, request.layer, plan.window,
       [&](std::span<const std::uint16_t> pixels, std::int32_t lines, bool complete) {
-        progress.advance(lines);
         if (writer == nullptr) {
           writer = create_output(request.format, request.output, plan.window.width,
                                  plan.window.height, options);
           describe(*writer, product, plan, request);
         }
+        progress.advance(lines);
         writer->write_lines((*plan.form)(pixels, complete), lines);
       });
   if (!missing.empty()) {

@@ -12,7 +12,6 @@ namespace report {
 
 namespace {
 
-constexpr int event_end = 6;
 constexpr int event_start = 7;
 
 class Walk {

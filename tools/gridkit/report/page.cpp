@@ -1,6 +1,5 @@
 #include "tools/gridkit/report/page.h"
 
-#include <cmath>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
@@ -98,9 +97,7 @@ std::string maps(const gridkit::Product& product, const Acquisition& acquisition
   footprint.orbit = acquisition.orbit;
   footprint.duration = acquisition.duration;
   for (const ScenePoint& point : read_scene_points(product.path(), schema)) {
-    const bool is_place = std::isfinite(point.latitude) && std::isfinite(point.longitude);
-    if (point.name == "centre" || !is_place) continue;
-    footprint.stated.push_back({point.latitude, point.longitude, 0});
+    if (point.name != "centre") footprint.stated.push_back({point.latitude, point.longitude, 0});
   }
   try {
     const Placement placement(product);
