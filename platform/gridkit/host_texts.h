@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -32,6 +33,7 @@ inline std::vector<std::string> take_texts(char** texts, std::int32_t count) {
   };
   const std::unique_ptr<char*, decltype(free_all)> owned(texts, free_all);
   std::vector<std::string> copies;
+  copies.reserve(static_cast<std::size_t>(std::max(count, 0)));
   for (std::int32_t i = 0; i < count; ++i) {
     copies.emplace_back(texts[i] == nullptr ? "" : texts[i]);
   }

@@ -32,7 +32,7 @@ fs::path resolve(const std::string& target, Existing existing) {
   if (fs::exists(status) && !fs::is_regular_file(status)) refuse(target, "it is no regular file");
   if (fs::exists(status) && existing == Existing::refuse) throw Error(target + ": exists already");
   if (!fs::is_symlink(target, failed)) return target;
-  const fs::path path = fs::canonical(target, failed);
+  fs::path path = fs::canonical(target, failed);
   if (failed == std::errc::no_such_file_or_directory) refuse(target, "a link to nowhere");
   if (failed) refuse(target, os_error_in_words(failed.value()));
   return path;

@@ -21,6 +21,7 @@ PartialStream::PartialStream(const std::string& target, Existing existing)
 }
 
 void PartialStream::write(std::span<const std::byte> bytes) {
+  if (bytes.empty()) return;  // and may be at no place
   if (std::fwrite(bytes.data(), 1, bytes.size(), stream_.get()) != bytes.size()) refuse(target_);
 }
 
