@@ -146,6 +146,7 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
         if (const auto blanks = leading_blanks(next.text); blanks < next.text.size()) {
           place_ += blanks;
           token_words_ = "the text " + quoted(next.text);
+          current_event = 0;
           *error = token_error_ = error_unexpected_text;
           return;
         }
@@ -157,6 +158,7 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
           *name = next.text;
           token_words_ = "an attribute of " + tag(*name) + " twice";
         }
+        current_event = 0;
         *error = token_error_ = next.error;
         return;
       case token_kind::end:

@@ -120,13 +120,13 @@ class c_xml_reader : public c_xml {
   // Sets the namespaces of the read. This schema has none: the table is empty.
   void set_ns_map(const s_ns_map* map);
 
-  // Moves to the next element start or end, over the prolog, comments, processing instructions and
-  // whitespace. Sets *name and current_event: 6 at an end tag, 7 at a start tag with `map` null,
-  // else the event of the row with that name, or the closing row's. *error is 0 or the fault.
+  // Moves to the next element start or end, over prolog, comments, instructions and blanks. Sets
+  // *name and current_event: 6 at an end tag, 7 at a start tag with `map` null, else the event of
+  // the row with that name, or the closing row's. *error is 0 or the fault, the event is then 0.
   void get_element_event(const s_event_map* map, elmx_error* error, std::string* name);
 
   // In a start tag: true and *name for the next attribute. False when the tag ends: current_event
-  // is then 6 if the tag closes itself, and 0 if not. *error is 0 or the fault.
+  // is then 6 if the tag closes itself, and 0 if not. *error is 0: faults come with the start tag.
   bool get_attribute_event(const s_event_map* map, elmx_error* error, std::string* name);
 
   // Classifies the current attribute's or element's name into current_event; consumes nothing.
