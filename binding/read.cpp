@@ -199,10 +199,6 @@ elmx_error read_attributes(const class_description& description, void* object, c
                            const std::string& element_name) {
   elmx_error error{};
   while (reader.get_attribute_event(nullptr, &error, &reader.attribute_name)) {
-    if (error != 0) {
-      error = reader.handle_error(error, element_name, description.source_tag, 0);
-      if (error != 0) return error;
-    }
     const bool known = read_attribute(description, object, reader, element_name, &error);
     if (error != 0) return error;
     if (known) continue;
@@ -213,10 +209,6 @@ elmx_error read_attributes(const class_description& description, void* object, c
       if (error != 0) return error;
     }
     reader.skip_attribute_value();
-  }
-  if (error != 0) {
-    error = reader.handle_error(error, element_name, description.source_tag, 0);
-    if (error != 0) return error;
   }
   return check_attributes(description, object, reader);
 }

@@ -199,6 +199,9 @@ TEST(StringList, SetsInsertsAndDeletesByIndex) {
 
 // --- Copies --------------------------------------------------------------------------------------
 
+using BeamList = c_level1Product::c_productInfo::c_acquisitionInfo::c_imagingModeSpecificInfo::
+    c_scanSAR::c_beamList;
+
 TEST(Copy, LeavesOutATextOutsideItsEnumeration) {
   c_chirpSlope slope;
   slope.set_chirpSlope("SIDEWAYS");
@@ -236,6 +239,17 @@ TEST(Copy, OfAListDropsForeignTokensAndKeepsAnOptionalFlag) {
   segment.clear_DRAoffset();
   const c_segmentInfoType emptied(segment);
   EXPECT_TRUE(emptied.isset_DRAoffset());
+}
+
+TEST(Copy, OfAListWithoutAValueSetKeepsEveryText) {
+  BeamList beams;
+  beams.append_beamID("strip_003");
+  beams.append_beamID("any text");
+  const BeamList copy(beams);
+  beams.set_beamID(0, "changed");
+  ASSERT_EQ(copy.size_beamID(), 2U);
+  EXPECT_EQ(copy.get_beamID(0), "strip_003");
+  EXPECT_EQ(copy.get_beamID(1), "any text");
 }
 
 TEST(Swap, ExchangesValuesAndFlags) {
@@ -296,6 +310,16 @@ TEST(Choice, WritingAChosenMemberWithoutItsObjectIsFortyFive) {
   std::ostringstream out;
   lmx::c_xml_writer writer(out, 0, "", "");
   EXPECT_EQ(binding::write_content(description, &dangling, writer), 45);
+}
+
+TEST(Choice, AnElementWhoseChosenMemberHasNoObjectIsFortyFiveToo) {
+  ModeInfo info;
+  const binding::class_description& description = ModeInfo::s_description;
+  binding::part_of<binding::choice>(&info, description.choice_offset) = {0, nullptr};
+  std::ostringstream out;
+  lmx::c_xml_writer writer(out, 0, "", "");
+  EXPECT_EQ(binding::write_element(description, &info, writer, "imagingModeSpecificInfo"), 45);
+  EXPECT_EQ(out.str(), "<imagingModeSpecificInfo>") << "it ends where the member should stand";
 }
 
 // --- Reading and writing -------------------------------------------------------------------------
@@ -472,6 +496,16 @@ TEST(Writing, ToAFileReadsBack) {
   c_generalHeader back;
   EXPECT_EQ(back.unmarshal(path.c_str()), 0);
   EXPECT_EQ(back.get_destination(), "d");
+}
+
+TEST(Writing, ATextOfTokensIsTheirsWithABlankBetween) {
+  c_imagingMode mode;
+  mode.append_imagingMode("SM");
+  mode.append_imagingMode("SL");
+  std::ostringstream out;
+  lmx::c_xml_writer writer(out, 0, "", "");
+  EXPECT_EQ(mode.marshal(writer, "imagingMode"), 0);
+  EXPECT_EQ(out.str(), "<imagingMode>SM SL</imagingMode>");
 }
 
 TEST(AnyContent, IsTakenAndGivenBackAsItStands) {
