@@ -54,7 +54,7 @@ void check_raster(const ComplexProduct& product, const Kind& kind, const std::st
 bench::Row row_of(const ComplexProduct& product, const Kind& kind) {
   const std::string raster = product.folder() / "layer.tif";
   const std::string copy = product.folder() / "copy.cos";
-  const std::string read = std::string(GRIDKIT_TOOL) + " read --quiet " +
+  const std::string read = std::string(GRIDKIT_TOOL) + " read --quiet --overwrite " +
                            quoted(product.annotation()) + ' ' + kind.layer + ' ' + quoted(raster);
   const std::string cp = "cp --reflink=never " + quoted(product.image()) + ' ' + quoted(copy);
   bench::Row row;

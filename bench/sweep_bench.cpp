@@ -58,15 +58,35 @@ void read_file(const std::filesystem::path& path) {
   benchmark::DoNotOptimize(buffer.data());
 }
 
+// The reads of a sweep and nothing else: one of each line of each block, in the reader's order.
+void read_lines(const ComplexProduct& product, std::int32_t size) {
+  const gridkit::descriptor file(::open(product.image().c_str(), O_RDONLY | O_CLOEXEC));
+  std::vector<char> line(4 * static_cast<std::size_t>(size));
+  for (std::int32_t row = 0; row < image_size; row += size) {
+    for (std::int32_t column = 0; column < image_size; column += size) {
+      for (std::int32_t j = 0; j < size; ++j) {
+        const std::int64_t offset = product.offset_of(row + j, column);
+        if (::pread(file.get(), line.data(), line.size(), offset) !=
+            static_cast<ssize_t>(line.size())) {
+          throw std::runtime_error("a line ends too early");
+        }
+      }
+    }
+  }
+  benchmark::DoNotOptimize(line.data());
+}
+
 // The layer that is open: one at a time, since the block size belongs to the product.
 using Open = std::unique_ptr<OpenLayer>;
+
+constexpr const char* sequential_read = "one sequential read of its file, 1 MiB at a time";
 
 bench::Row sweep_row(const ComplexProduct& product, Open& open, const Kind& kind, std::int32_t size,
                      double goal) {
   const std::string blocks = std::to_string(size) + " x " + std::to_string(size);
   bench::Row row;
   row.work = "every " + blocks + " " + kind.name + " block of a 1 GiB image";
-  row.yardstick = "one sequential read of its file, 1 MiB at a time";
+  row.yardstick = sequential_read;
   row.goal = goal;
   row.check = [&product, &open, kind, size] {
     open.reset();
@@ -75,6 +95,22 @@ bench::Row sweep_row(const ComplexProduct& product, Open& open, const Kind& kind
   };
   row.timed_work = [&open](benchmark::State& state) {
     for (auto _ : state) open->sweep();
+  };
+  row.timed_yardstick = [path = product.image()](benchmark::State& state) {
+    for (auto _ : state) read_file(path);
+  };
+  return row;
+}
+
+// What a reader of blocks as wide as this one's takes at least, if it reads line by line.
+bench::Row lines_row(const ComplexProduct& product, std::int32_t size) {
+  bench::Row row;
+  row.work = "the reads alone of " + std::to_string(size) + " x " + std::to_string(size) +
+             " blocks, a line each";
+  row.yardstick = sequential_read;
+  row.check = [] {};
+  row.timed_work = [&product, size](benchmark::State& state) {
+    for (auto _ : state) read_lines(product, size);
   };
   row.timed_yardstick = [path = product.image()](benchmark::State& state) {
     for (auto _ : state) read_file(path);
@@ -125,7 +161,8 @@ int main(int argc, char** argv) try {
   return bench::run(
       argc, argv,
       {sweep_row(product, open, magnitude, 64, 2.0), sweep_row(product, open, phase, 64, 3.0),
-       sweep_row(product, open, magnitude, 1024, 1.8), sweep_row(product, open, phase, 1024, 2.5)},
+       sweep_row(product, open, magnitude, 1024, 1.8), sweep_row(product, open, phase, 1024, 2.5),
+       lines_row(product, 1024)},
       figures);
 } catch (const std::exception& error) {
   std::fprintf(stderr, "sweep_bench: %s\n", error.what());
