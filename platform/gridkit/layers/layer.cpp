@@ -56,6 +56,24 @@ dataset open_geotiff(const char* file) {
       GDALOpenEx(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, options, siblings));
 }
 
+// What reading any pixel of a band brings into memory: a tile or strip, of all bands where their
+// pixels stand side by side. Bytes; INT64_MAX where they are more.
+std::int64_t piece_bytes(GDALDatasetH file, GDALRasterBandH band) {
+  int tile_width = 0;
+  int tile_height = 0;
+  GDALGetBlockSize(band, &tile_width, &tile_height);
+  const char* order = GDALGetMetadataItem(file, "INTERLEAVE", "IMAGE_STRUCTURE");
+  const bool is_interleaved = order == nullptr || std::strcmp(order, "BAND") != 0;
+  std::int64_t bytes = GDALGetDataTypeSizeBytes(GDALGetRasterDataType(band));
+  for (const int factor :
+       {tile_width, tile_height, is_interleaved ? GDALGetRasterCount(file) : 1}) {
+    if (__builtin_mul_overflow(bytes, std::int64_t{factor}, &bytes)) return INT64_MAX;
+  }
+  return bytes;
+}
+
+constexpr std::int64_t most_piece_bytes = std::int64_t{1} << 30;
+
 struct layer_name {
   int band;
   const char* path;
@@ -224,6 +242,13 @@ gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance* token, gke_Report** err
                              : GDALGetRasterBand(file.get(), parsed->band);
   if (band == nullptr) {
     gridkit::fail(err, word, {parsed->path, ": ", messages.first_or("no such layer")});
+    return nullptr;
+  }
+  if (piece_bytes(file.get(), band) > most_piece_bytes) {
+    gridkit::fail(
+        err, word,
+        {parsed->path, ": a tile or strip of it takes more than 1 GiB in memory; store the ",
+         "image in smaller ones"});
     return nullptr;
   }
   return new gkl_Layer{std::move(file), band, GDALGetRasterBandXSize(band),

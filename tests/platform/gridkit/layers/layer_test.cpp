@@ -228,6 +228,46 @@ TEST_F(Layers, ATruncatedFileFailsWhenItIsRead) {
   gkl_LayerClose(layer, nullptr);
 }
 
+// A file without stored pixels: bands of UInt16 in tiles of [16][tile_width], side by side or not.
+void write_sparse(const std::string& file, int tile_width, int bands, const char* order) {
+  GDALAllRegister();
+  CPLStringList settings;
+  settings.SetNameValue("TILED", "YES");
+  settings.SetNameValue("BLOCKXSIZE", std::to_string(tile_width).c_str());
+  settings.SetNameValue("BLOCKYSIZE", "16");
+  settings.SetNameValue("INTERLEAVE", order);
+  settings.SetNameValue("SPARSE_OK", "YES");
+  GDALDatasetH image = GDALCreate(GDALGetDriverByName("GTiff"), file.c_str(), tile_width, 16, bands,
+                                  GDT_UInt16, settings.List());
+  ASSERT_NE(image, nullptr);
+  GDALClose(image);
+}
+
+TEST_F(Layers, WhoseTilesTakeMoreThanAGibibyteAreRefused) {
+  // Bytes of a tile: 2 * 16 * 2^19 = 2^24 a band; 64 bands side by side are 2^30, the most there
+  // may be.
+  constexpr int tile_width = 1 << 19;
+  struct Case {
+    int bands;
+    const char* order;
+    bool is_refused;
+  };
+  for (const Case& one : {Case{64, "PIXEL", false}, {65, "PIXEL", true}, {65, "BAND", false}}) {
+    const std::string file = folder / ("sparse-" + std::to_string(one.bands) + one.order + ".tif");
+    write_sparse(file, tile_width, one.bands, one.order);
+    gkl_Layer* layer = nullptr;
+    const std::string report = report_of([&](gke_Report** err) {
+      layer = gkl_LayerOpen(("1:" + file).c_str(), gki_GetInit(nullptr), err, 0);
+    });
+    EXPECT_EQ(layer == nullptr, one.is_refused) << file;
+    EXPECT_EQ(report, one.is_refused ? file +
+                                           ": a tile or strip of it takes more than 1 GiB in "
+                                           "memory; store the image in smaller ones"
+                                     : "");
+    if (layer != nullptr) gkl_LayerClose(layer, nullptr);
+  }
+}
+
 TEST_F(Layers, RefuseUnknownOptionsTokensAndNames) {
   gki_Instance* token = gki_GetInit(nullptr);
   const std::string name = "1:" + path;
