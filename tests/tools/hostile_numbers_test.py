@@ -2,8 +2,10 @@
 
     hostile_numbers_test.py BUILD FOLDER ROOT
 """
+import os
 import sys
 import unittest
+import unittest.mock
 from pathlib import Path
 
 import hostile_files
@@ -149,6 +151,9 @@ class Sizes(unittest.TestCase):
                 with self.subTest(variant=variant, command=command[0]):
                     ended = attempt(GRIDKIT, *command, "--quiet", "--overwrite", megabytes=megabytes, counts=False)
                     self.assertEqual((0, ""), (ended.status, ended.message))
+        with unittest.mock.patch.dict(os.environ, GDAL_CACHEMAX="16"):
+            attempt(GRIDKIT, "quicklook", annotation, FOLDER / "huge.png", "--quiet", "--overwrite", megabytes=100,
+                    statuses=(0,), counts=False)
 
     def test_image_files_of_any_length(self):
         for variant in ("SSC", "MGD", "EEC"):
