@@ -64,7 +64,7 @@ class Repeats(unittest.TestCase):
                     out.write(head)
                     for _ in range(REPEATS // 1000):
                         out.write(element * 1000)
-                    out.write(tail)
+                    out.write(element * (REPEATS % 1000) + tail)
                 size = file.stat().st_size / 1e6
                 ended = attempt(ANNOTATION, "check", file, seconds=SECONDS + size / 2, megabytes=60 + 16 * size)
                 self.assertEqual(0, ended.status, ended.message)

@@ -9,7 +9,6 @@ namespace {
 using report::Anchor;
 using report::Box;
 using report::box_of;
-using report::Label;
 using report::Labels;
 
 constexpr Box drawing = {0, 0, 100, 50};
