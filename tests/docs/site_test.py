@@ -1,4 +1,4 @@
-"""The check of the built site finds what it is there for.
+"""What builds the site and its reference: the check of it finds what it is there for, and headers come to Doxygen as meant.
 
     site_test.py BUILD FOLDER ROOT
 """
@@ -56,6 +56,39 @@ class Reference(unittest.TestCase):
                            ("reference_layout.xml", '<tab type="user" url="../index.html"')):
             self.assertIn(f"= scripts/documents/{name}\n", settings)
             self.assertIn(link, (ROOT / "scripts/documents" / name).read_text())
+
+    def test_shows_comments_and_their_tables(self):
+        FOLDER.mkdir(parents=True, exist_ok=True)
+        header = FOLDER / "header.h"
+        header.write_text("""#pragma once
+
+// About the header.
+
+// Adds <two> numbers:
+//
+//   a   the first
+//   b   the second
+//
+// and never fails.
+int add(int a, int b);  // to be used
+""")
+        shown = subprocess.run([sys.executable, "-B", ROOT / "scripts/documents/doxygen_filter.py", header], check=True,
+                               capture_output=True, text=True).stdout
+        self.assertEqual("""#pragma once
+
+/// @file
+/// About the header.
+
+/// Adds \\<two\\> numbers:
+///
+///
+///       a   the first
+///       b   the second
+///
+///
+/// and never fails.
+int add(int a, int b);  ///< to be used
+""", shown)
 
 
 if __name__ == "__main__":
