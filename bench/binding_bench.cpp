@@ -3,6 +3,7 @@
 #include <expat.h>
 #include <libxml/parser.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "bench/ratio.h"
 #include "gridkit/plugin.h"
@@ -226,8 +228,10 @@ double peak_beside_size(const Annotation& annotation) {
   const std::string self = fs::read_symlink("/proc/self/exe");
   const std::string command = "'" + self + "' " + peak_option + " '" + annotation.path + "'";
   const std::unique_ptr<FILE, decltype(&pclose)> child(popen(command.c_str(), "r"), &pclose);
+  char line[32] = "";
   long kilobytes = 0;
-  if (child == nullptr || std::fscanf(child.get(), "%ld", &kilobytes) != 1) {
+  if (child == nullptr || std::fgets(line, sizeof line, child.get()) == nullptr ||
+      std::from_chars(line, line + std::strlen(line), kilobytes).ec != std::errc()) {
     throw std::runtime_error("no peak of memory from " + command);
   }
   return static_cast<double>(kilobytes) * 1024 / static_cast<double>(annotation.text.size());
