@@ -104,7 +104,7 @@ class Formats(unittest.TestCase):
             message = complaint(GRIDKIT, "read", self.product, "X_HH_PHASE_2", FOLDER / name, status=2)
             self.assertIn("tells no format; give one with -f", message)
         message = complaint(GRIDKIT, "read", "a", "b", "c", "-f", "JPEG", status=2)
-        self.assertIn("GTiff,COG,PNG,ENVI", message)
+        self.assertIn('"JPEG" is none of GTiff, COG, PNG, ENVI', message)
 
     def test_a_header_tells_how_to_read_the_samples(self):
         output = read(self.product, "X_HH_PHASE_2", FOLDER / "h.img")
