@@ -139,7 +139,7 @@ class Unreadable(unittest.TestCase):
         self.assertIn("cannot be read: no permission", attempt(GRIDKIT, "info", annotation).message)
         annotation.chmod(stat.S_IRUSR)
         image_of(annotation).chmod(0)
-        self.assertIn("Permission denied", attempt(GRIDKIT, "info", annotation).message)
+        self.assertIn("no permission", attempt(GRIDKIT, "info", annotation).message)
 
 
 if __name__ == "__main__":
