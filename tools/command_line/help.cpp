@@ -17,6 +17,7 @@ std::string joined(const std::vector<std::string>& words, const std::string& bet
 
 std::string names_of(const std::set<CLI::Option*>& options) {
   std::vector<std::string> names;
+  names.reserve(options.size());
   for (const CLI::Option* option : options) names.push_back(option->get_name());
   std::sort(names.begin(), names.end());
   return joined(names, ", ");

@@ -4,7 +4,6 @@
 
 namespace {
 
-using gridkit::BlockLimits;
 using gridkit::Tail;
 
 TEST(Tail, FillsLinesFromTheLeft) {
