@@ -29,9 +29,10 @@ ALLOWED = {
     # What the three command lines share.
     "tools/command_line": ("tools/command_line/", "gridkit/error.h", "gridkit/os_error.h"),
     "tools/annotation": ("tools/annotation/", "plugin/schema_version.h", "plugin/required_texts.h",
-                         "plugin/recognition_texts.h", "tools/command_line/", "gridkit/", "binding/", "lmx/", "level1bProduct"),
-    "tools/simulate": ("tools/simulate/", "tools/annotation/", "tools/command_line/", "plugin/schema_version.h", "binding/", "lmx/",
-                       "gridkit/", "rmdllib/vector3.h", "level1bProduct"),
+                         "plugin/recognition_texts.h", "tools/command_line/", "gridkit/", "binding/", "lmx/",
+                         "level1bProduct"),
+    "tools/simulate": ("tools/simulate/", "tools/annotation/", "tools/command_line/", "plugin/schema_version.h",
+                       "binding/", "lmx/", "gridkit/", "rmdllib/vector3.h", "level1bProduct"),
     "tools/gridkit": ("tools/gridkit/", "tools/annotation/", "tools/command_line/", *TOOLKIT),
     "tools/gridkit/terminal": ("tools/gridkit/terminal/",),
     "tools/gridkit/product": ("tools/gridkit/product/", "tools/gridkit/terminal/", "tools/annotation/",
