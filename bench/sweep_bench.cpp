@@ -13,7 +13,7 @@
 
 #include "bench/complex_product.h"
 #include "bench/ratio.h"
-#include "gridkit/regular_file.h"
+#include "gridkit/services/regular_file.h"
 
 // Every block of a complex image through the plug-in's block read, beside reading its file once
 // from start to end. The file is in the system's page cache for both.

@@ -21,21 +21,25 @@ set(public_headers
   gridkit/export.h
   gridkit/file.h
   gridkit/image_reader.h
+  gridkit/indexed_png.h
   gridkit/instance.h
   gridkit/layer.h
   gridkit/map_data.h
   gridkit/map_point.h
   gridkit/map_projection.h
   gridkit/memory.h
+  gridkit/os_error.h
   gridkit/partial_file.h
   gridkit/plugin.h
   gridkit/preference.h
   gridkit/product.h
+  gridkit/raster_header.h
   gridkit/raster_writer.h
   gridkit/record_decoder.h
   gridkit/report.h
   gridkit/string_list.h
   gridkit/text.h
+  gridkit/whole_file.h
   handlepool/handlepool.h
   rmdllib/ellipsoid.h
   rmdllib/model_ephemeris.h

@@ -14,9 +14,21 @@ extern "C" {
 // Every operation answers a null layer or projection with a report.
 
 // The map information of a layer. `upperLeft` is the outer corner of the first pixel, x then y,
-// whether the file's pixels are areas or points; `pixelSize` width then height, both positive for
-// an image with north up, the height negative for one with south up. Numbers are in `units`; of a
-// geographic image x is the longitude.
+// whether the file's pixels are areas or points. Numbers are in `units`; of a geographic image x is
+// the longitude.
+//
+// `pixelSize` is a width and a height: how far x grows from a column to the next, and how far y
+// falls from a line to the next. So both are positive for an image with north up and east to the
+// right, the height is negative for one with south up and the width for one with west to the right.
+// A map's y grows upwards while lines are counted downwards, so a reader subtracts the height:
+// column c and line r, counted at pixel corners, lie at
+//
+//   x = upperLeft[0] + c * pixelSize[0]
+//   y = upperLeft[1] - r * pixelSize[1]
+//
+// A plug-in's LayerMapInfoRead answers the other sign: the step of y from a line to the next, to be
+// added, which is negative for an image with north up. A plug-in that passes this record on turns
+// the height's sign, as gridkit::MapInfo (gridkit/map_data.h) and `gridkit info` have it.
 typedef struct gkj_MapInfo {
   char* projectionName;  // "UTM", "Polar Stereographic" (UPS too), "Geographic", or the
                          // projection's own name in the file

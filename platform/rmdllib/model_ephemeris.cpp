@@ -11,7 +11,7 @@
 #include <span>
 #include <string_view>
 
-#include "gridkit/fail.h"
+#include "gridkit/services/fail.h"
 #include "rmdllib/hermite_orbit.h"
 #include "rmdllib/quadratic_fit.h"
 

@@ -1,4 +1,5 @@
-"""Checks the built site: no page makes a browser ask for anything outside, and every link inside leads somewhere.
+"""Checks the built site: no page makes a browser ask for anything outside, every link inside leads somewhere, and the
+site and the reference inside it lead to each other.
 
     check_site.py SITE
 
@@ -64,11 +65,28 @@ def faults(site):
             yield f"{file}: asks for {address}"
 
 
+def missing_links(site):
+    """Between the site and its reference, whose pages of search results stand in frames of others."""
+    site = site.resolve()
+    reference = site / "reference"
+    entered = False
+    for file in sorted(site.rglob("*.html")):
+        if file.is_relative_to(reference / "search"):
+            continue
+        targets = {(file.parent / unquote(urlsplit(address).path)).resolve() for address in parse(file).links}
+        if not file.is_relative_to(reference):
+            entered |= any(target.is_relative_to(reference) for target in targets)
+        elif site / "index.html" not in targets:
+            yield f"{file}: does not lead back to the site"
+    if not entered:
+        yield f"{site}: no page leads to the reference"
+
+
 def main():
     site = Path(sys.argv[1])
     if not (site / "index.html").is_file():
         sys.exit(f"check_site: no site in {site}")
-    found = list(faults(site))
+    found = [*faults(site), *missing_links(site)]
     for fault in found:
         print(f"check_site: {fault}", file=sys.stderr)
     sys.exit(1 if found else 0)

@@ -22,11 +22,10 @@ def block(lines, indent, about_header):
     for line in lines:
         is_table = line.startswith("   ") or (in_table and line.startswith("  "))
         if is_table != in_table:
-            shown.append(f"{indent}/// @{'verbatim' if is_table else 'endverbatim'}")
+            shown.append(f"{indent}///")
             in_table = is_table
-        shown.append(f"{indent}///{line if is_table else marked(line)}")
-    if in_table:
-        shown.append(f"{indent}/// @endverbatim")
+        # Text set in by four spaces and more is shown as it stands.
+        shown.append(f"{indent}///    {line}" if is_table else f"{indent}///{marked(line)}")
     return shown
 
 

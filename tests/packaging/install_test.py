@@ -22,8 +22,10 @@ C_HEADERS = {"debug/debug_channel.h", "handlepool/handlepool.h",
              *(f"gridkit/{name}.h" for name in ("dictionary", "export", "file", "instance", "layer",
                                                 "map_projection", "memory", "preference", "report",
                                                 "string_list", "text"))}
-CPP_HEADERS = {*(f"gridkit/{name}.h" for name in ("error", "image_reader", "map_data", "map_point", "partial_file",
-                                                  "plugin", "product", "raster_writer", "record_decoder")),
+CPP_HEADERS = {*(f"gridkit/{name}.h" for name in ("error", "image_reader", "indexed_png", "map_data", "map_point",
+                                                  "os_error", "partial_file", "plugin", "product",
+                                                  "raster_header", "raster_writer", "record_decoder",
+                                                  "whole_file")),
                *(f"rmdllib/{name}.h" for name in ("ellipsoid", "model_ephemeris", "orbit_track",
                                                   "radar_generic_model", "radar_geometry", "range_doppler",
                                                   "vector3"))}

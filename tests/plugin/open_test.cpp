@@ -5,7 +5,7 @@
 
 #include "gridkit/memory.h"
 #include "handlepool/handlepool.h"
-#include "plugin/product_record.h"
+#include "plugin/open_product.h"
 #include "record/exports.h"
 #include "record/run_counters.h"
 #include "record/tsx_file.h"
@@ -14,44 +14,7 @@
 
 namespace {
 
-constexpr const char* word = "tsxFileTitleIdentifyAndOpen";
-const std::string path = "/products/one/a.xml";
-const std::string annotation = "1\n2\nLevel 1B Product\nTSX-1\n5\n6\nversion=\"3.4\"\n";
-
-class Open : public testing::Test {
- protected:
-  void SetUp() override {
-    reset_toolkit();
-    toolkit().files[path] = annotation;
-    toolkit().files["/products/one/IMAGEDATA/image0"] = "x";
-    toolkit().files["/products/one/IMAGEDATA/image1"] = "x";
-    document = new FakeDocument;
-    toolkit().document = document;
-    opened_before = s_tsxFileTitleIdentifyAndOpenCount;
-  }
-  void TearDown() override { delete toolkit().document; }
-
-  TsxFile* open(const char* mode = "r") {
-    title = 77;
-    TsxFile* record = tsxFileTitleIdentifyAndOpen(path.c_str(), &title, mode);
-    if (record != nullptr) kept_records().push_back(record);
-    return record;
-  }
-  // Records that an open leaves unfinished, and those whose release fails, are never ended. They
-  // stay reachable here, so that a leak checker sees only losses that are not meant.
-  static std::vector<TsxFile*>& kept_records() {
-    static auto& records = *new std::vector<TsxFile*>;  // outlives the leak check
-    return records;
-  }
-  bool registered(TsxFile* record) {
-    return record != nullptr && pool_FindFileHandleIfOpen(path.c_str(), 0) == record;
-  }
-  std::vector<std::string> messages() { return toolkit().messages(); }
-
-  FakeDocument* document;
-  int32_t title = 77;
-  int32_t opened_before = 0;
-};
+class Open : public OpenProduct {};
 
 TEST_F(Open, IdentifiesWithoutParsing) {
   EXPECT_EQ(open(nullptr), nullptr);
@@ -357,91 +320,6 @@ TEST_F(Open, AnUnformattedCounterPassesANullText) {
   toolkit().fail_at["gks_Sprintf"] = 1;
   EXPECT_EQ(open(nullptr), nullptr);
   EXPECT_EQ(toolkit().debug, std::vector<std::string>{"(null)"});
-}
-
-// --- Closing -------------------------------------------------------------------------------------
-
-TEST_F(Open, ClosingNullDoesNothing) {
-  const int32_t before = s_tsxFileCloseCount;
-  EXPECT_EQ(tsxFileClose(nullptr), 0);
-  EXPECT_EQ(s_tsxFileCloseCount, before);
-  EXPECT_TRUE(toolkit().debug.empty());
-}
-
-TEST_F(Open, ClosingReleasesInAFixedOrder) {
-  bool deleted = false;
-  document->deleted = &deleted;
-  document->layers = 2;
-  TsxFile* record = open();
-  int32_t count = 0;
-  char** names = nullptr;
-  tsxFileLayerNamesGet(record, &count, &names);
-  toolkit().log.clear();
-  toolkit().debug.clear();
-  const int32_t before = s_tsxFileCloseCount;
-  EXPECT_EQ(tsxFileClose(record), 0);
-  EXPECT_EQ(s_tsxFileCloseCount, before + 1);
-  EXPECT_EQ(toolkit().debug, std::vector<std::string>{
-                                 "\n s_tsxFileCloseCount: " + std::to_string(before + 1) + " \n"});
-  EXPECT_EQ(toolkit().log,
-            (std::vector<std::string>{"gkf_fclose", "gkf_fclose",
-                                      "gks_StringListDelete X_HH_MAGNITUDE_1", "gkf_Close"}));
-  EXPECT_TRUE(deleted);
-  for (int32_t i = 0; i < count; ++i) gkm_HeapFree(names[i]);
-  gkm_HeapFree(names);
-}
-
-TEST_F(Open, AFailingStepEndsTheReleaseInSilence) {
-  bool deleted = false;
-  document->deleted = &deleted;
-  document->layers = 2;
-  TsxFile* record = open();
-  toolkit().fail_at["gkf_fclose"] = 1;
-  toolkit().log.clear();
-  EXPECT_EQ(tsxFileClose(record), 0);
-  EXPECT_EQ(toolkit().log, std::vector<std::string>{"gkf_fclose"});
-  EXPECT_FALSE(deleted) << "what was not yet released stays";
-  EXPECT_TRUE(toolkit().printed.empty());
-  EXPECT_EQ(toolkit().live_reports, 1) << "the report is neither printed nor deleted";
-}
-
-TEST_F(Open, EachStepOfTheReleaseCanEndIt) {
-  struct Step {
-    const char* operation;
-    const char* variant;
-    std::size_t reports;
-  };
-  for (const Step& step : {Step{"gkl_LayerClose", "GEC", 2}, Step{"gks_StringListDelete", "SSC", 2},
-                           Step{"gkf_Close", "SSC", 2}}) {
-    delete toolkit().document;
-    reset_toolkit();
-    toolkit().files[path] = annotation;
-    toolkit().files["/products/one/IMAGEDATA/image0"] = "x";
-    auto* made = new FakeDocument;
-    made->variant = step.variant;
-    toolkit().document = made;
-    TsxFile* record = open();
-    int32_t count = 0;
-    char** names = nullptr;
-    tsxFileLayerNamesGet(record, &count, &names);
-    toolkit().fail_at[step.operation] = toolkit().calls[step.operation] + 1;
-    tsxFileClose(record);
-    EXPECT_EQ(toolkit().live_reports, static_cast<int>(step.reports)) << step.operation;
-    EXPECT_TRUE(toolkit().printed.empty()) << step.operation;
-  }
-  toolkit().document = nullptr;
-}
-
-TEST_F(Open, TheReleaseCallbackAcceptsNull) {
-  EXPECT_EQ(tsx_ReleaseRecord(nullptr), 0);
-}
-
-TEST_F(Open, ARecordThatWasNeverRegisteredIsNotEnded) {
-  toolkit().document_error = lmx::error_malformed;
-  TsxFile* record = open();
-  toolkit().log.clear();
-  EXPECT_EQ(tsxFileClose(record), 0);
-  EXPECT_TRUE(toolkit().log.empty());
 }
 
 TEST_F(Open, ASensorModelThatFailsLeavesTheRecordUnfinished) {

@@ -2,12 +2,15 @@
 
     hostile_numbers_test.py BUILD FOLDER ROOT
 """
+import os
 import sys
 import unittest
+import unittest.mock
 from pathlib import Path
 
 import hostile_files
-from hostile_files import SECONDS, attempt, copies, image_of, live, product, rows_of_schema, spoiled, with_value
+from hostile_files import (SANITIZED, SECONDS, attempt, copies, image_of, live, product, rows_of_schema, spoiled,
+                           with_value)
 from programs import ANNOTATION, FOLDER, GRIDKIT, simulate
 
 ROOT = Path(sys.argv[3])
@@ -136,6 +139,21 @@ class Sizes(unittest.TestCase):
         ended = attempt(GRIDKIT, "--preferences", preferences, "read", "--raw", annotation, "X_HH_MAGNITUDE_1",
                         "--block", 0, 0)
         self.assertIn("blocks of 100000 x 100000 pixels are too large; see import.default_block_size", ended.message)
+
+    @unittest.skipIf(SANITIZED, "a sanitizer's memory is not the program's")
+    def test_large_images_are_gone_through_in_little_memory(self):
+        for variant, megabytes in (("SSC", 128), ("MGD", 256)):
+            annotation = simulate("huge", "--variant", variant, "--empty-images", lines=20000, samples=20000)
+            # Of 800 MB; a part of it is read, because it is written again.
+            for command in (("quicklook", annotation, "X_HH_MAGNITUDE_1", FOLDER / "huge.png"),
+                            ("report", annotation, FOLDER / "huge.html"),
+                            ("read", annotation, "X_HH_MAGNITUDE_1", FOLDER / "huge.tif", "--window", 0, 0, 20000, 8000)):
+                with self.subTest(variant=variant, command=command[0]):
+                    ended = attempt(GRIDKIT, *command, "--quiet", "--overwrite", megabytes=megabytes, counts=False)
+                    self.assertEqual((0, ""), (ended.status, ended.message))
+        with unittest.mock.patch.dict(os.environ, GDAL_CACHEMAX="16"):
+            attempt(GRIDKIT, "quicklook", annotation, FOLDER / "huge.png", "--quiet", "--overwrite", megabytes=100,
+                    statuses=(0,), counts=False)
 
     def test_image_files_of_any_length(self):
         for variant in ("SSC", "MGD", "EEC"):

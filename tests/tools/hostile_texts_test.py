@@ -6,7 +6,6 @@ import os
 import sys
 import unittest
 from pathlib import Path
-from xml.etree import ElementTree
 
 import hostile_files
 from hostile_files import SECONDS, attempt, image_of, product, rows_of_schema, spoiled, with_value
@@ -119,58 +118,6 @@ class Texts(unittest.TestCase):
             file = spoiled(self.annotation, "TSX1_texts.xml", ("\ufeff" + self.text).encode(encoding))
             self.assertIn("of none of the known formats", attempt(GRIDKIT, "info", file).message)
             self.assertEqual(0, attempt(ANNOTATION, "check", "--schema", "4.0", file).status)
-
-    def test_every_unbounded_element_many_times(self):
-        repeats = int(os.environ.get("TSX_HOSTILE_REPEATS", "20000"))
-        texts = [simulate("repeats", "--profile", "maximal", "--mode", mode, lines=64, samples=64).read_text()
-                 for mode in ("stripmap", "scansar")]
-        unbounded = {(c[0], c[1]) for c in rows_of_schema(ROOT) if c[4].endswith("..n")}
-        self.assertEqual(49, len(unbounded))
-        names = {name for _, name in unbounded}
-        # The elements that are of a class; the root is of its own.
-        tags = {"c_level1Product": {"level1Product"}}
-        for cells in rows_of_schema(ROOT):
-            tags.setdefault(cells[3], set()).add(cells[1])
-        base = attempt(ANNOTATION, "check", self.annotation, counts=False).megabytes
-        worst = slowest = 0
-        seen = set()
-        for owner, name in sorted(unbounded):
-            head, element, tail = next(filter(None, (around(t, tags[owner], name, names) for t in texts)))
-            seen.add((owner, name))
-            file = FOLDER / "TSX1_repeats.xml"
-            with file.open("w") as out:
-                out.write(head)
-                for _ in range(repeats // 1000):
-                    out.write(element * 1000)
-                out.write(tail)
-            size = file.stat().st_size / 1e6
-            ended = attempt(ANNOTATION, "check", file, seconds=SECONDS + size / 2, megabytes=60 + 16 * size)
-            self.assertEqual(0, ended.status, (owner, name, ended.message))
-            worst = max(worst, (ended.megabytes - base) / size)
-            slowest = max(slowest, ended.seconds / size)
-            file.unlink()
-        print(f"{repeats} repeats of each of {len(seen)} unbounded elements: at most {worst:.1f} bytes of memory and "
-              f"{slowest * 1000:.0f} ns a byte of file")
-
-
-def around(text, owners, name, unbounded):
-    """A short element of that name inside one of the owners, between the text before and behind it; None where the
-    document has none."""
-    tree = ElementTree.fromstring(text)
-    parent = next((p for p in tree.iter() if p.tag in owners and p.find(name) is not None), None)
-    if parent is None:
-        return None
-    element = parent.find(name)
-    for inner in element.iter():
-        for child in list(inner):
-            if child.tag in unbounded and inner.find(child.tag) is not child:
-                inner.remove(child)
-    parent.insert(list(parent).index(element) + 1, ElementTree.Comment("here"))
-    head, tail = ElementTree.tostring(tree, encoding="unicode").split("<!--here-->")
-    for inner in element.iter():
-        inner.tail = None
-        inner.text = inner.text if inner.text and inner.text.strip() else None
-    return head, ElementTree.tostring(element, encoding="unicode"), tail
 
 
 class Bytes(unittest.TestCase):

@@ -2,6 +2,7 @@
 
     report_in_browser_test.py BUILD FOLDER
 """
+import itertools
 import re
 import sys
 import unittest
@@ -9,6 +10,14 @@ import unittest
 from browser import Browser
 from programs import BUILD, FOLDER, GRIDKIT, run, simulate
 from report_page import HOSTILE, hostile_product
+
+
+def contains(box, other):
+    return box[0] <= other[0] and box[1] <= other[1] and other[2] <= box[2] and other[3] <= box[3]
+
+
+def meet(one, other):
+    return one[0] < other[2] and other[0] < one[2] and one[1] < other[3] and other[1] < one[3]
 
 
 class InABrowser(unittest.TestCase):
@@ -93,6 +102,50 @@ class InABrowser(unittest.TestCase):
         self.browser.screen(1280, 900, dark=True)
         paper, ink = lightness()
         self.assertGreater(ink - paper, 0.7)
+
+    # Of every drawing: its caption, its own box, that of its map's frame or null, and the words of its texts with theirs.
+    TEXTS = """
+        const box = e => { const b = e.getBoundingClientRect(); return [b.left, b.top, b.right, b.bottom]; };
+        return [...document.querySelectorAll('figure svg')].map(svg => ({
+          caption: svg.closest('figure').querySelector('figcaption').textContent,
+          box: box(svg), frame: svg.querySelector('.frame') && box(svg.querySelector('.frame')),
+          texts: [...svg.querySelectorAll('text')].map(t =>
+            ({words: t.textContent, box: box(t), inFrame: t.classList.contains('halo')}))}))"""
+
+    def test_no_text_of_a_drawing_covers_another_or_leaves_it(self):
+        page = FOLDER / "drawings.html"
+        scenes = {f"{way}, {look}": ("--pass", way, "--look", look, "--profile", "minimal")
+                  for way in ("ascending", "descending") for look in ("left", "right")}
+        sizes = {"small": (64, 64), "long": (20000, 64), "wide": (64, 20000), "square": (4000, 4000)}
+        products = [(f"{scene}, {size}", (*options, "--empty-images"), sizes[size])
+                    for scene, options in scenes.items() for size in sizes]
+        products += [(f"begins with {corner}", ("--variant", "MGD", "--start-with", corner, "--empty-images"), (900, 900))
+                     for corner in ("EARLYAZNEARRG", "EARLYAZFARRG", "LATEAZNEARRG", "LATEAZFARRG")]
+        products += [(f"on a map at {centre}", ("--variant", "GEC", "--projection", projection, "--centre", centre),
+                      (shape, 500)) for centre, projection in (("48,11", "UTM"), ("-16.5,179.99", "UTM"), ("81.5,15", "UPS"))
+                     for shape in (460, 200)]
+        products += [(f"near a pole, {look}", ("--centre", centre, "--look", look, "--empty-images"), (3000, 3000))
+                     for look, centre in (("left", "-83,-100"), ("right", "83,-100"))]
+        for name, options, (lines, samples) in products:
+            run(GRIDKIT, "report", simulate("drawings", *options, lines=lines, samples=samples), page, "--overwrite",
+                "--size", 64)
+            self.browser.open(page)
+            drawings = self.browser.run(self.TEXTS)
+            self.assertEqual(2, len([d for d in drawings if d["frame"]]))
+            shown = [t["words"] for d in drawings for t in d["texts"]]
+            for words in ("first pixel", "flight", "look", "satellite", "scene"):
+                self.assertEqual(1, shown.count(words), (name, words))
+            for drawing in drawings:
+                texts = drawing["texts"]
+                with self.subTest(name=name, caption=drawing["caption"]):
+                    self.assertGreaterEqual(len([t for t in texts if re.search(r"° ?[NESW]?$", t["words"])]),
+                                            4 if drawing["frame"] else 0)
+                    for text in texts:
+                        self.assertTrue(contains(drawing["box"], text["box"]), text)
+                        if text["inFrame"]:
+                            self.assertTrue(contains(drawing["frame"], text["box"]), text)
+                    for one, other in itertools.combinations(texts, 2):
+                        self.assertFalse(meet(one["box"], other["box"]), (one, other))
 
     def test_hostile_texts_do_nothing(self):
         page = FOLDER / "hostile.html"

@@ -175,7 +175,7 @@ class Contents(unittest.TestCase):
                     # Stated at pixel centres, in single precision: a metre of some hundreds.
                     self.assertLess(min(math.dist(corner, other) for other in drawn), 4)
                 for corner in drawn:
-                    self.assertTrue(62 <= corner[0] <= 448 and 12 <= corner[1] <= 354, corner)
+                    self.assertTrue(78 <= corner[0] <= 448 and 12 <= corner[1] <= 354, corner)
 
     def test_the_satellite_stands_on_the_side_it_looks_from(self):
         for look, side in (("right", 1), ("left", -1)):

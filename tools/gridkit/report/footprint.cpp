@@ -6,7 +6,9 @@
 #include <optional>
 
 #include "tools/gridkit/report/html.h"
+#include "tools/gridkit/report/labels.h"
 #include "tools/gridkit/report/local_map.h"
+#include "tools/gridkit/report/place.h"
 
 namespace report {
 
@@ -18,11 +20,6 @@ using rmdllib::Vector3;
 
 std::string at(const Place& place) {
   return fixed(place.x, 1) + ' ' + fixed(place.y, 1);
-}
-
-std::string words_at(const Place& place, const char* anchor, const std::string& words) {
-  return "<text class=\"halo\" x=\"" + fixed(place.x, 1) + "\" y=\"" + fixed(place.y, 1) +
-         "\" text-anchor=\"" + anchor + "\">" + escape(words) + "</text>";
 }
 
 std::string polygon(const LocalMap& map, const std::vector<Geodetic>& corners) {
@@ -112,22 +109,39 @@ std::string draped(const LocalMap& map, const std::vector<Geodetic>& corners) {
          fixed(origin->x, 3) + ' ' + fixed(origin->y, 3) + ")\"/>";
 }
 
-// Of the drawing's two upper corners and its lower right one, that which is farthest from the
-// footprint's; the scale stands in the fourth.
-Place emptiest_corner(const LocalMap& map, const std::vector<Geodetic>& corners) {
-  constexpr double inset = 46;
-  constexpr double west = LocalMap::left + inset;
-  constexpr double east = LocalMap::width - LocalMap::right - inset;
-  constexpr double north = LocalMap::top + inset;
-  constexpr double south = LocalMap::height - LocalMap::bottom - inset;
-  Place best;
+Place moved(const Place& place, const Place& by) {
+  return {place.x + by.x, place.y + by.y};
+}
+
+Label moved(const Label& label, const Place& by) {
+  return {moved(label.at, by), label.anchor, label.words};
+}
+
+Box moved(const Box& box, const Place& by) {
+  return {box.left + by.x, box.top + by.y, box.right + by.x, box.bottom + by.y};
+}
+
+// Where to begin what takes so much room around its beginning: of the frame's upper corners and its
+// lower right one, the one farthest from the footprint's, of those without a label. The scale
+// stands in the fourth.
+std::optional<Place> emptiest_corner(const LocalMap& map, const std::vector<Geodetic>& corners,
+                                     const Box& room, const Labels& labels) {
+  constexpr double inset = 6;
+  const double west = LocalMap::frame.left + inset - room.left;
+  const double east = LocalMap::frame.right - inset - room.right;
+  const double north = LocalMap::frame.top + inset - room.top;
+  const double south = LocalMap::frame.bottom - inset - room.bottom;
+  std::optional<Place> best;
   double farthest = -1;
   for (const Place candidate : {Place{east, north}, Place{west, north}, Place{east, south}}) {
+    const Box box = moved(room, candidate);
+    if (!labels.is_free(box)) continue;
+    const Place middle = {(box.left + box.right) / 2, (box.top + box.bottom) / 2};
     double nearest = LocalMap::width;
     for (const Geodetic& corner : corners) {
       const auto place = map.place_of(corner);
       if (!place) continue;
-      nearest = std::min(nearest, std::hypot(place->x - candidate.x, place->y - candidate.y));
+      nearest = std::min(nearest, std::hypot(place->x - middle.x, place->y - middle.y));
     }
     if (nearest <= farthest) continue;
     farthest = nearest;
@@ -136,26 +150,98 @@ Place emptiest_corner(const LocalMap& map, const std::vector<Geodetic>& corners)
   return best;
 }
 
+// An arrow from (0, 0) and its name.
+struct Direction {
+  Place tip;
+  Label name;
+};
+
+std::optional<Direction> direction(const Vector3& way, const Geodetic& scene, const char* name) {
+  const double east = dot(way, Ellipsoid::east(scene));
+  const double north = dot(way, Ellipsoid::north(scene));
+  const double size = std::hypot(east, north);
+  if (!(size > 0)) return std::nullopt;
+  constexpr double reach = 26;
+  // A word is wider than high.
+  const double off = reach + 9 + 12 * std::abs(east) / size;
+  return Direction{
+      {east / size * reach, -north / size * reach},
+      {{east / size * off, -north / size * off + 4}, Anchor::middle, name},
+  };
+}
+
 // Two arrows in a corner of the map, of the directions in which the satellite flew and looked.
-std::string directions(const LocalMap& map, const Footprint& footprint) {
+std::string set_directions(const LocalMap& map, const Footprint& footprint, Labels& labels) {
   const auto state = state_at(footprint.orbit, footprint.duration / 2);
   if (!state) return {};
   const Vector3 centre = middle_of(footprint.corners);
   const Geodetic scene = Ellipsoid::wgs84().to_geodetic(centre);
-  const Place from = emptiest_corner(map, footprint.corners);
-  const auto arrow_along = [&](const Vector3& way, const char* name) -> std::string {
-    const double east = dot(way, Ellipsoid::east(scene));
-    const double north = dot(way, Ellipsoid::north(scene));
-    const double size = std::hypot(east, north);
-    if (!(size > 0)) return {};
-    constexpr double reach = 26;
-    const Place to = {from.x + east / size * reach, from.y - north / size * reach};
-    // A word is wider than high.
-    const double off = reach + 9 + 9 * std::abs(east) / size;
-    const Place text = {from.x + east / size * off, from.y - north / size * off + 4};
-    return arrow(from, to, "direction") + words_at(text, "middle", name);
-  };
-  return arrow_along(state->velocity, "flight") + arrow_along(centre - state->position, "look");
+  const auto flight = direction(state->velocity, scene, "flight");
+  const auto look = direction(centre - state->position, scene, "look");
+  if (!flight || !look) return {};
+  constexpr double heads = 4;  // what an arrow's head and its line take beside it
+  Box room = {-heads, -heads, heads, heads};
+  for (const auto& [tip, name] : {*flight, *look}) {
+    room = around(room, {tip.x - heads, tip.y - heads, tip.x + heads, tip.y + heads});
+    room = around(room, box_of(name));
+  }
+  const auto from = emptiest_corner(map, footprint.corners, room, labels);
+  if (!from) return {};
+  std::string arrows;
+  for (const auto& [tip, name] : {*flight, *look}) {
+    arrows += arrow(*from, moved(tip, *from), "direction");
+    labels.set(LocalMap::frame, Labels::Style::halo, {moved(name, *from)});
+  }
+  return arrows;
+}
+
+// Beside a corner of the footprint, outside of it where there is room.
+void set_first_pixel(const Place& corner, const Place& opposite, Labels& labels) {
+  constexpr const char* words = "first pixel";
+  const bool is_west = corner.x < opposite.x;
+  const bool is_north = corner.y < opposite.y;
+  const double out_x = is_west ? -5 : 5;
+  const double out_y = is_north ? -5 : 14;  // a baseline's, above or below
+  const double in_y = is_north ? 14 : -5;
+  const Anchor out = is_west ? Anchor::end : Anchor::start;
+  const Anchor in = is_west ? Anchor::start : Anchor::end;
+  labels.set(LocalMap::frame, Labels::Style::halo,
+             {{moved(corner, {out_x, out_y}), out, words},
+              {moved(corner, {out_x, in_y}), out, words},
+              {moved(corner, {0, out_y}), Anchor::middle, words},
+              {moved(corner, {-out_x, out_y}), in, words},
+              {moved(corner, {-out_x, in_y}), in, words}});
+}
+
+// Names a place, on the side away from another.
+void set_name(const char* words, const Place& place, const Place& other, Labels& labels) {
+  const bool is_west = place.x < other.x;
+  const double out = is_west ? -10 : 10;
+  const Anchor anchor = is_west ? Anchor::end : Anchor::start;
+  const Anchor opposite = is_west ? Anchor::start : Anchor::end;
+  labels.set(LocalMap::frame, Labels::Style::halo,
+             {{moved(place, {out, 4}), anchor, words},
+              {moved(place, {out, -10}), anchor, words},
+              {moved(place, {out, 18}), anchor, words},
+              {moved(place, {-out, -10}), opposite, words},
+              {moved(place, {-out, 18}), opposite, words}});
+}
+
+// The graticule and the scale, whose labels come first.
+struct Grounds {
+  std::string lines;
+  std::string scale;
+};
+
+Grounds set_grounds(const LocalMap& map, Labels& labels) {
+  const LocalMap::Graticule graticule = map.graticule();
+  for (const Label& label : graticule.labels) {
+    labels.set(LocalMap::drawing, Labels::Style::plain, {label});
+  }
+  const LocalMap::ScaleBar scale = map.scale_bar();
+  labels.set(LocalMap::frame, Labels::Style::halo, {scale.label});
+  labels.keep_free(scale.room);
+  return {graticule.lines, scale.bar};
 }
 
 }  // namespace
@@ -173,19 +259,17 @@ std::string draw_scene_map(const Footprint& footprint) {
               fixed(place->y, 1) + "\" r=\"3\"/>";
     }
   }
-  std::string first;
-  if (const auto origin = map.place_of(footprint.corners[0])) {
-    const auto opposite = map.place_of(footprint.corners[2]);
-    const bool to_left = opposite && opposite->x > origin->x;
-    first = words_at({origin->x + (to_left ? -5 : 5), origin->y - 5}, to_left ? "end" : "start",
-                     "first pixel");
-  }
+  Labels labels;
+  const Grounds grounds = set_grounds(map, labels);
+  const auto first = map.place_of(footprint.corners[0]);
+  const auto opposite = map.place_of(footprint.corners[2]);
+  if (first && opposite) set_first_pixel(*first, *opposite, labels);
+  const std::string arrows = set_directions(map, footprint, labels);
   const std::string outline =
       "<path class=\"footprint\" d=\"" + polygon(map, footprint.corners) + "\"/>";
-  const LocalMap::Graticule graticule = map.graticule();
   return svg("The scene, north up. Dots: corners that the annotation states",
-             clipped(draped(map, footprint.corners) + graticule.lines + outline + dots, number) +
-                 graticule.labels + first + directions(map, footprint) + map.scale_bar(),
+             clipped(draped(map, footprint.corners) + grounds.lines + outline + dots, number) +
+                 grounds.scale + arrows + labels.svg(),
              number);
 }
 
@@ -211,7 +295,8 @@ std::string draw_overview(const Footprint& footprint) {
     if (const auto drawn = map.place_of(place)) path += (path.empty() ? "M" : "L") + at(*drawn);
   }
   std::string content = "<path class=\"track\" d=\"" + path + "\"/>";
-  std::string labels;
+  Labels labels;
+  const Grounds grounds = set_grounds(map, labels);
   const auto from = map.place_of(nadir);
   const auto to = map.place_of(scene);
   const auto last = map.place_of(track.back());
@@ -220,18 +305,12 @@ std::string draw_overview(const Footprint& footprint) {
   if (from && to) {
     content += arrow(*from, *to, "sight") + "<circle class=\"nadir\" cx=\"" + fixed(from->x, 1) +
                "\" cy=\"" + fixed(from->y, 1) + "\" r=\"3.5\"/>";
-    const bool scene_is_east = to->x >= from->x;
-    labels += words_at({from->x + (scene_is_east ? -8 : 8), from->y + 4},
-                       scene_is_east ? "end" : "start", "satellite");
-    labels += words_at({to->x + (scene_is_east ? 10 : -10), to->y - 10},
-                       scene_is_east ? "start" : "end", "scene");
+    set_name("satellite", *from, *to, labels);
+    set_name("scene", *to, *from, labels);
   }
   content += "<path class=\"footprint small\" d=\"" + polygon(map, footprint.corners) + "\"/>";
-  const LocalMap::Graticule graticule = map.graticule();
-  return svg(
-      "The satellite's track on the ground, and its line of sight",
-      clipped(graticule.lines + content, number) + graticule.labels + labels + map.scale_bar(),
-      number);
+  return svg("The satellite's track on the ground, and its line of sight",
+             clipped(grounds.lines + content, number) + grounds.scale + labels.svg(), number);
 }
 
 }  // namespace report

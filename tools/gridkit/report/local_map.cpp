@@ -124,9 +124,9 @@ LocalMap::Graticule LocalMap::graticule() const {
     const Line drawn = line(latitude, true, west, east);
     result.lines += drawn.path;
     if (!drawn.label) continue;
-    result.labels += "<text x=\"" + fixed(left - 5, 1) + "\" y=\"" +
-                     fixed(drawn.label->y + 3.5, 1) + "\" text-anchor=\"end\">" +
-                     degrees_in_words(latitude, up.decimals, " N", " S") + "</text>";
+    result.labels.push_back({{left - 5, drawn.label->y + 3.5},
+                             Anchor::end,
+                             degrees_in_words(latitude, up.decimals, " N", " S")});
   }
   const double width_in_degrees =
       inner_width * degrees_per_unit / std::max(0.01, std::cos(middle_.latitude * degree));
@@ -135,16 +135,16 @@ LocalMap::Graticule LocalMap::graticule() const {
     const Line drawn = line(longitude, false, south, north);
     result.lines += drawn.path;
     if (!drawn.label) continue;
-    result.labels += "<text x=\"" + fixed(drawn.label->x, 1) + "\" y=\"" +
-                     fixed(height - bottom + 15, 1) + "\" text-anchor=\"middle\">" +
-                     degrees_in_words(std::remainder(longitude, 360), across.decimals, " E", " W") +
-                     "</text>";
+    result.labels.push_back(
+        {{drawn.label->x, height - bottom + 15},
+         Anchor::middle,
+         degrees_in_words(std::remainder(longitude, 360), across.decimals, " E", " W")});
   }
   result.lines = "<path class=\"grid\" d=\"" + result.lines + "\"/>";
   return result;
 }
 
-std::string LocalMap::scale_bar() const {
+LocalMap::ScaleBar LocalMap::scale_bar() const {
   const double longest = inner_width / 3 * metres_per_unit_;
   const double power = std::pow(10, std::floor(std::log10(longest)));
   const double share = longest / power;
@@ -152,10 +152,12 @@ std::string LocalMap::scale_bar() const {
   const double from = left + 10;
   const double to = from + bar / metres_per_unit_;
   const double y = height - bottom - 10;
+  constexpr double tick = 4;
   const std::string words = bar >= 1000 ? number(bar / 1000) + " km" : number(bar) + " m";
-  return "<path class=\"scale\" d=\"M" + fixed(from, 1) + ' ' + fixed(y - 4, 1) + "v4H" +
-         fixed(to, 1) + "v-4\"/><text class=\"halo\" x=\"" + fixed((from + to) / 2, 1) + "\" y=\"" +
-         fixed(y - 6, 1) + "\" text-anchor=\"middle\">" + words + "</text>";
+  return {"<path class=\"scale\" d=\"M" + fixed(from, 1) + ' ' + fixed(y - tick, 1) + "v4H" +
+              fixed(to, 1) + "v-4\"/>",
+          {from, y - tick, to, y},
+          {{(from + to) / 2, y - 8}, Anchor::middle, words}};
 }
 
 }  // namespace report

@@ -6,14 +6,10 @@
 #include <vector>
 
 #include "rmdllib/ellipsoid.h"
+#include "tools/gridkit/report/labels.h"
+#include "tools/gridkit/report/place.h"
 
 namespace report {
-
-// A place in a drawing, in its units, y down.
-struct Place {
-  double x = 0;
-  double y = 0;
-};
 
 // A map of the surroundings of a place: points of the ellipsoid seen straight from above it, north
 // up. Good at the poles and across the date line; distances shrink outwards, by 1 % at 900 km.
@@ -21,10 +17,12 @@ class LocalMap {
  public:
   static constexpr double width = 460;  // of the drawing
   static constexpr double height = 380;
-  static constexpr double left = 62;  // margins for the labels
+  static constexpr double left = 78;  // margins for the labels
   static constexpr double right = 12;
   static constexpr double top = 12;
   static constexpr double bottom = 26;
+  static constexpr Box drawing = {0, 0, width, height};
+  static constexpr Box frame = {left, top, width - right, height - bottom};  // of the map itself
 
   // Shows all of the places with some room around them. At least one.
   explicit LocalMap(const std::vector<rmdllib::Geodetic>& places);
@@ -35,12 +33,17 @@ class LocalMap {
   // Parallels and meridians as SVG, and their labels, which stand outside the frame.
   struct Graticule {
     std::string lines;
-    std::string labels;
+    std::vector<Label> labels;
   };
   Graticule graticule() const;
 
-  // A bar of a round length, as SVG.
-  std::string scale_bar() const;
+  // A bar of a round length, in the frame's lower left corner, and the label that tells the length.
+  struct ScaleBar {
+    std::string bar;  // as SVG
+    Box room;         // of the bar without its label
+    Label label;
+  };
+  ScaleBar scale_bar() const;
 
  private:
   struct Line {

@@ -1,0 +1,247 @@
+#include "gridkit/product.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "gridkit/dictionary.h"
+#include "gridkit/host/exports.h"
+#include "gridkit/services/host_texts.h"
+
+namespace gridkit {
+
+// A plug-in's record of an open product. All holders share one of these, and its end closes it.
+struct Record {
+  std::shared_ptr<Plugin> plugin;
+  const Exports* exports;
+  FileHandle handle;
+  std::string path;
+  std::int32_t title;
+
+  Record(std::shared_ptr<Plugin> owner, const Exports* functions, FileHandle file, std::string name,
+         std::int32_t title_index)
+      : plugin(std::move(owner)),
+        exports(functions),
+        handle(file),
+        path(std::move(name)),
+        title(title_index) {}
+  Record(const Record&) = delete;
+  Record& operator=(const Record&) = delete;
+  ~Record() { exports->FileClose(handle); }
+};
+
+namespace {
+
+// The records that are open, by their handles.
+struct open_records {
+  std::mutex mutex;
+  std::map<FileHandle, std::weak_ptr<Record>> by_handle;
+};
+
+open_records& records() {
+  static open_records instance;
+  return instance;
+}
+
+const std::string& entry(const std::vector<std::string>& list, std::int32_t index,
+                         const char* what) {
+  if (index < 0 || static_cast<std::size_t>(index) >= list.size()) {
+    throw Error(std::string("the plug-in gave a ") + what + " that is not in its list");
+  }
+  return list[static_cast<std::size_t>(index)];
+}
+
+// Ends the dictionaries that plug-ins leave to the toolkit.
+struct dictionary_release {
+  dictionary_release() = default;
+  dictionary_release(const dictionary_release&) = delete;
+  dictionary_release& operator=(const dictionary_release&) = delete;
+  ~dictionary_release() { gkd_ReleaseDictionaries(); }
+};
+
+[[noreturn]] void refuse(const std::string& what, const ReportCollector& reports) {
+  throw Error(reports.text().empty() ? what : what + ": " + reports.text());
+}
+
+}  // namespace
+
+Product::Product(std::shared_ptr<Plugin> plugin, void* record, const std::string& path,
+                 std::int32_t title) {
+  const std::lock_guard lock(records().mutex);
+  std::erase_if(records().by_handle, [](const auto& entry) { return entry.second.expired(); });
+  const auto found = records().by_handle.find(record);
+  if (found != records().by_handle.end()) record_ = found->second.lock();
+  if (record_ != nullptr) return;
+  const Exports* exports = plugin->exports_.get();
+  // Without a holder the product is closed again.
+  std::unique_ptr<void, std::int32_t (*)(FileHandle)> opened(record, exports->FileClose);
+  record_ = std::make_shared<Record>(std::move(plugin), exports, record, path, title);
+  static_cast<void>(opened.release());
+  records().by_handle[record] = record_;
+}
+
+const std::string& Product::path() const {
+  return record_->path;
+}
+
+const Plugin& Product::plugin() const {
+  return *record_->plugin;
+}
+
+const std::string& Product::title() const {
+  return entry(record_->plugin->format().titles, record_->title, "title");
+}
+
+std::vector<std::string> Product::layer_names() const {
+  const ReportCollector reports;
+  std::int32_t count = 0;
+  char** names = nullptr;
+  if (record_->exports->FileLayerNamesGet(record_->handle, &count, &names) != 0) {
+    refuse(path() + ": the layers cannot be listed", reports);
+  }
+  return take_texts(names, count);
+}
+
+std::vector<std::string> Product::data_names() const {
+  const ReportCollector reports;
+  std::int32_t count = 0;
+  char** names = nullptr;
+  const auto list = record_->exports->FileRasterFormatsNonStandardDataNamesGet;
+  if (list(record_->handle, &count, &names) == 0) return take_texts(names, count);
+  // A plug-in that has no names to list says so without a word.
+  if (reports.text().empty()) return {};
+  refuse(path() + ": the data cannot be listed", reports);
+}
+
+std::optional<NonStandardData> Product::read_data(const std::string& name) const {
+  const ReportCollector reports;
+  const dictionary_release release;
+  void* data = nullptr;
+  std::int32_t size = 0;
+  char* dictionary = nullptr;
+  char* type = nullptr;
+  const std::int32_t result = record_->exports->FileDataRead(record_->handle, name.c_str(), &data,
+                                                             &size, &dictionary, &type);
+  const heap_block owned_data(data);
+  heap_text owned_dictionary(dictionary);
+  NonStandardData read{take_text(type), take_text(owned_dictionary.release()), {}};
+  if (result != 0) refuse(path() + ": " + name + " cannot be read", reports);
+  if (data == nullptr || size < 0) return std::nullopt;
+  const auto* bytes = static_cast<const std::byte*>(data);
+  read.bytes.assign(bytes, bytes + size);
+  return read;
+}
+
+Layer Product::open_layer(const std::string& name) const {
+  return Layer(record_, name);
+}
+
+Layer::Layer(std::shared_ptr<Record> record, std::string name)
+    : record_(std::move(record)), name_(std::move(name)) {
+  const ReportCollector reports;
+  std::int32_t pixel_type = -1;
+  std::int32_t layer_type = -1;
+  record_->exports->LayerOpen(record_->handle, name_.c_str(), &pixel_type, &width_, &height_,
+                              &layer_type, &block_width_, &block_height_, &handle_);
+  if (handle_ == nullptr) refuse(record_->path + ": no layer " + name_, reports);
+  try {
+    pixel_type_ = entry(record_->plugin->format().pixel_types, pixel_type, "pixel type");
+    layer_type_ = entry(record_->plugin->format().layer_types, layer_type, "layer type");
+  } catch (...) {
+    record_->exports->LayerClose(std::exchange(handle_, nullptr));
+    throw;
+  }
+}
+
+Layer::Layer(Layer&& other) noexcept
+    : record_(std::move(other.record_)),
+      name_(std::move(other.name_)),
+      pixel_type_(std::move(other.pixel_type_)),
+      layer_type_(std::move(other.layer_type_)),
+      width_(other.width_),
+      height_(other.height_),
+      block_width_(other.block_width_),
+      block_height_(other.block_height_),
+      handle_(std::exchange(other.handle_, nullptr)) {}
+
+Layer& Layer::operator=(Layer&& other) noexcept {
+  Layer moved(std::move(other));
+  std::swap(record_, moved.record_);
+  std::swap(name_, moved.name_);
+  std::swap(pixel_type_, moved.pixel_type_);
+  std::swap(layer_type_, moved.layer_type_);
+  std::swap(width_, moved.width_);
+  std::swap(height_, moved.height_);
+  std::swap(block_width_, moved.block_width_);
+  std::swap(block_height_, moved.block_height_);
+  std::swap(handle_, moved.handle_);
+  return *this;
+}
+
+Layer::~Layer() {
+  if (handle_ != nullptr) record_->exports->LayerClose(handle_);
+}
+
+bool Layer::read_block(std::int32_t row, std::int32_t column,
+                       std::vector<std::uint16_t>& pixels) const {
+  const ReportCollector reports;
+  const auto width = static_cast<std::size_t>(std::max(block_width_, 0));
+  const auto height = static_cast<std::size_t>(std::max(block_height_, 0));
+  constexpr std::size_t most_pixels = std::size_t{1} << 29;
+  if (width > 0 && height > most_pixels / width) {
+    throw Error(record_->path + ": blocks of " + std::to_string(width) + " x " +
+                std::to_string(height) + " pixels are too large; see import.default_block_size");
+  }
+  pixels.assign(width * height, 0);
+  void* block = pixels.data();
+  if (record_->exports->LayerRasterRead(handle_, row, column, &block) != 0) {
+    refuse(record_->path + ": block " + std::to_string(row) + ", " + std::to_string(column) +
+               " of " + name_ + " cannot be read",
+           reports);
+  }
+  return block != nullptr;
+}
+
+std::optional<MapInfo> Layer::map_info() const {
+  const ReportCollector reports;
+  // No map is told by outs that stay as they were.
+  constexpr double untouched = std::numeric_limits<double>::quiet_NaN();
+  char* projection = nullptr;
+  char* units = nullptr;
+  double x = untouched;
+  double y = untouched;
+  double width = untouched;
+  double height = untouched;
+  const std::int32_t result =
+      record_->exports->LayerMapInfoRead(handle_, &projection, &x, &y, &width, &height, &units);
+  const bool has_map = projection != nullptr;
+  heap_text owned_units(units);
+  MapInfo info{take_text(projection), {x, y}, {width, height}, take_text(owned_units.release())};
+  if (result != 0) refuse(record_->path + ": no map information of " + name_, reports);
+  return has_map ? std::optional(info) : std::nullopt;
+}
+
+std::optional<MapProjection> Layer::map_projection() const {
+  const ReportCollector reports;
+  char* name = nullptr;
+  std::array<MifValue, 8> v{};
+  const std::int32_t result = record_->exports->LayerMapProjectionRead(
+      handle_, &name, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7]);
+  const bool has_map =
+      name != nullptr || std::any_of(v.begin(), v.end(), [](MifValue o) { return o != nullptr; });
+  std::array<heap_text, 8> values;
+  for (std::size_t i = 0; i < v.size(); ++i) values[i].reset(static_cast<char*>(v[i]));
+  MapProjection projection{take_text(name), {}};
+  for (std::size_t i = 0; i < v.size(); ++i) {
+    if (values[i] != nullptr) projection.values[i] = values[i].get();
+  }
+  if (result != 0)
+    refuse(record_->path + ": the map projection of " + name_ + " cannot be read", reports);
+  return has_map ? std::optional(projection) : std::nullopt;
+}
+
+}  // namespace gridkit
