@@ -90,8 +90,11 @@ install(DIRECTORY examples/ DESTINATION ${GRIDKIT_EXAMPLES_DIR} COMPONENT develo
 install(DIRECTORY examples/pipelines USE_SOURCE_PERMISSIONS
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/gridkit-tools/examples COMPONENT tools)
 install(DIRECTORY json DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/gridkit/schemas COMPONENT tools)
-install(FILES completions/gridkit.bash
-  DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions RENAME gridkit COMPONENT tools)
+# bash looks for a file named like the program; one serves all three.
+foreach(program gridkit tsx-annotation tsx-simulate)
+  install(FILES completions/gridkit.bash
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions RENAME ${program} COMPONENT tools)
+endforeach()
 install(FILES completions/_gridkit
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions COMPONENT tools)
 

@@ -6,6 +6,7 @@
 #include "gridkit/file.h"
 #include "gridkit/memory.h"
 #include "gridkit/text.h"
+#include "plugin/recognition_texts.h"
 #include "plugin/schema_version.h"
 #include "record/report_frame.h"
 
@@ -39,12 +40,12 @@ bool recognise(gkf_File* file, std::int32_t* versionIndex, ReportFrame& frame) {
   Line line{};
   if (!read_line(file, line, frame, early) || !read_line(file, line, frame, early)) return false;
   if (!read_line(file, line, frame, late)) return false;
-  if (!contains(line, "Level 1B Product")) {
+  if (!contains(line, product_level_text)) {
     frame.report(foreign);
     return false;
   }
   if (!read_line(file, line, frame, late)) return false;
-  if (!contains(line, "TSX-1")) {
+  if (!contains(line, mission_text)) {
     frame.report(foreign);
     return false;
   }

@@ -39,17 +39,18 @@ using MarkedLineSink =
 // Reads a window of a layer, row of blocks by row of blocks, and hands its lines to the sink.
 //
 // A plug-in may refuse blocks: near the bottom of an image, or because a line of the block lies
-// past the end of its file; then it delivers nothing of the block. What is missing after the pass
-// with the preferred block size is asked for again with other block sizes, set through the number
-// preference "default_block_size" of the group "import", as long as one promises more lines; the
-// preference is put back afterwards. Blocks that reach past the right edge are cropped.
+// past the end of its file; then it delivers nothing of the block. From the first row of blocks on
+// that does not come with the preferred block size, it is found out which blocks do, and pixels are
+// asked for with other block sizes, set through the number preference "default_block_size" of the
+// group "import", as long as one promises more; the preference is put back afterwards. So every
+// line comes that some block brings. Blocks that reach past the right edge are cropped.
 //
 // Windows of different products may be read on different threads. While one asks for a tail, a
 // layer that another thread opens by itself may get that block size; the layer tells which it has.
 //
 // Gives the lines that stayed without data in part or in whole; their missing pixels are 0. Memory:
-// a row of blocks and as much of the window's last `longest_tail` lines, each of at most
-// `most_bytes_held`. Sizes come from strangers, so windows of more than `most_lines` lines or
+// a row of blocks and as much of the last `longest_tail` lines before the data's end, each of at
+// most `most_bytes_held`. Sizes come from strangers, so windows of more than `most_lines` lines or
 // `most_pixels` pixels are refused, and those that would be zeros for more than `most_empty_pixels`
 // pixels from some line on. Throws Error for these, a window outside the image or a failing read.
 GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std::string& layer,
@@ -58,7 +59,6 @@ GRIDKIT_API std::vector<LineRange> read_window(const Product& product, const std
                                                const Window& window, const MarkedLineSink& sink);
 
 inline constexpr std::int32_t longest_tail = 4096;
-inline constexpr std::int32_t largest_block = 4096;
 inline constexpr std::int64_t most_bytes_held = std::int64_t{1} << 30;
 inline constexpr std::int64_t most_lines = std::int64_t{1} << 24;
 inline constexpr std::int64_t most_pixels = std::int64_t{1} << 34;

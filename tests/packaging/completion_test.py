@@ -1,4 +1,4 @@
-"""What the shells offer behind `gridkit`.
+"""What the shells offer behind the programs.
 
     completion_test.py BUILD FOLDER SOURCE
 """
@@ -29,7 +29,7 @@ ASK_ZSH = r"""
 zmodload zsh/zpty
 zpty shell zsh -f -i
 zpty -w shell 'PS1= PS2= ; unsetopt zle_bracketed_paste 2>/dev/null; fpath=('"$1"' $fpath); autoload -Uz compinit'
-zpty -w shell 'compinit -u -d '"$2"'/dump; compdef _gridkit gridkit'
+zpty -w shell 'compinit -u -d '"$2"'/dump; compdef _gridkit gridkit tsx-annotation tsx-simulate'
 zpty -w shell 'compadd() { builtin compadd -O collected "$@"; print -rl -- BEGIN $collected END; builtin compadd "$@" }'
 zpty -w shell 'print READY'
 while zpty -r shell line; do [[ $line == READY* ]] && break; done
@@ -86,8 +86,21 @@ class Bash(unittest.TestCase):
                          offered_by_bash(f"gridkit read --window 0 0 10 10 -q -f PNG {PRODUCT} X_HH_P"))
         self.assertEqual([], offered_by_bash("gridkit read nothing.xml "))
 
+    def test_offers_the_layers_where_one_may_be_named(self):
+        self.assertEqual(["X_HH_MAGNITUDE_1", "X_HH_PHASE_2"], offered_by_bash(f"gridkit quicklook {PRODUCT} "))
+        self.assertEqual([], offered_by_bash(f"gridkit quicklook {PRODUCT} pic"))
+
+    def test_offers_what_the_other_programs_take(self):
+        self.assertEqual(["check", "view", "rewrite"], offered_by_bash("tsx-annotation "))
+        self.assertEqual(["--overwrite"], offered_by_bash("tsx-annotation rewrite --o"))
+        self.assertEqual(["3.4", "3.5", "4.0"], offered_by_bash(f"tsx-annotation check {PRODUCT} --schema "))
+        self.assertEqual(["MGD"], offered_by_bash("tsx-simulate folder --variant M"))
+        self.assertEqual(["ascending", "descending"], offered_by_bash("tsx-simulate --lines 64 --pass "))
+        self.assertEqual(["--size-mb"], offered_by_bash("tsx-simulate folder --si"))
+
     def test_leaves_files_to_the_shell(self):
-        for line in ("gridkit info ", "gridkit read ", "gridkit --plugins ", f"gridkit read {PRODUCT} X_HH_PHASE_2 "):
+        for line in ("tsx-annotation check ", "tsx-simulate ", "tsx-simulate --images-for ", "tsx-simulate --lines ",
+                     "gridkit info ", "gridkit read ", "gridkit --plugins ", f"gridkit read {PRODUCT} X_HH_PHASE_2 "):
             self.assertEqual([], offered_by_bash(line), line)
 
     @unittest.skipUnless(LIBRARY.exists(), "bash-completion is not installed")
@@ -106,6 +119,13 @@ class Zsh(unittest.TestCase):
     def test_offers_the_options_of_a_verb(self):
         self.assertEqual(["--window"], offered_by_zsh(f"gridkit read {PRODUCT} --wi"))
         self.assertLessEqual({"GTiff", "PNG"}, set(offered_by_zsh("gridkit read -f ")))
+
+    def test_offers_what_the_other_programs_take(self):
+        self.assertEqual(["rewrite"], offered_by_zsh("tsx-annotation re"))
+        self.assertEqual(["--overwrite"], offered_by_zsh("tsx-annotation rewrite --o"))
+        self.assertEqual({"3.4", "3.5", "4.0"}, set(offered_by_zsh(f"tsx-annotation check {PRODUCT} --schema ")))
+        self.assertEqual(["MGD"], offered_by_zsh("tsx-simulate folder --variant M"))
+        self.assertEqual(["--size-mb"], offered_by_zsh("tsx-simulate folder --si"))
 
     def test_offers_layers_and_data_of_the_product(self):
         self.assertEqual(["X_HH_PHASE_2"], offered_by_zsh(f"gridkit read {PRODUCT} X_HH_P"))

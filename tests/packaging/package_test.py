@@ -104,6 +104,8 @@ class Packages(unittest.TestCase):
                      "usr/include/gridkit/gridkit/plugin.h", f"{libraries}/pkgconfig/gridkit.pc",
                      f"{libraries}/cmake/gridkit/gridkit-config.cmake",
                      "usr/share/bash-completion/completions/gridkit",
+                     "usr/share/bash-completion/completions/tsx-annotation",
+                     "usr/share/bash-completion/completions/tsx-simulate",
                      "usr/share/zsh/vendor-completions/_gridkit",
                      "usr/share/gridkit/schemas/json/v1/info.schema.json",
                      "usr/share/doc/gridkit-tools/examples/pipelines/run.sh",

@@ -5,7 +5,10 @@
 import json
 import math
 import re
+import resource
+import signal
 import struct
+import subprocess
 import unittest
 
 from programs import ANNOTATION, FOLDER, GRIDKIT, SIMULATE, complaint, main, real_annotations, run, simulate, text
@@ -259,12 +262,86 @@ class View(unittest.TestCase):
         self.assertEqual(6, len(json.loads(views[0])["slantToGroundCoefficient"]))
 
 
+class Folder(unittest.TestCase):
+    """A product's folder in place of its annotation."""
+
+    def test_stands_for_its_annotation(self):
+        product = simulate("folder", "--profile", "maximal")
+        for folder in (product.parent, FOLDER / "folder"):
+            self.assertTrue(text(ANNOTATION, "check", "--images", folder).startswith(f"{product}: valid in schema"))
+            self.assertEqual(text(ANNOTATION, "view", product), text(ANNOTATION, "view", folder))
+            run(ANNOTATION, "rewrite", folder, FOLDER / "of_folder.xml", "--overwrite")
+            self.assertEqual(product.read_bytes(), (FOLDER / "of_folder.xml").read_bytes())
+        [result] = json.loads(text(ANNOTATION, "check", "--json", product.parent))
+        self.assertEqual(str(product), result["file"])
+
+    def test_of_a_faulty_annotation_tells_its_place(self):
+        product = simulate("faulty_folder")
+        content = product.read_text()
+        product.write_text(content.replace("<orbitCycle>", "<orbitCycle>x", 1))
+        self.assertIn(f"{product}:", complaint(ANNOTATION, "check", FOLDER / "faulty_folder"))
+
+    def test_of_several_products_lists_them(self):
+        first, second = simulate("several/a"), simulate("several/b")
+        for verb in (["check"], ["view"], ["rewrite"]):
+            output = [FOLDER / "never.xml"] if verb == ["rewrite"] else []
+            message = complaint(ANNOTATION, *verb, FOLDER / "several", *output)
+            self.assertEqual(f"tsx-annotation: {FOLDER / 'several'}: holds several products; name one of\n"
+                             f"  {first}\n  {second}\n", message)
+        self.assertEqual(message.replace("tsx-annotation", "gridkit"),
+                         complaint(GRIDKIT, "info", FOLDER / "several"))
+
+    def test_without_a_product_is_one_refusal_of_several_results(self):
+        product, empty = simulate("beside"), FOLDER / "empty"
+        empty.mkdir()
+        done = run(ANNOTATION, "check", "--json", empty, product, status=1)
+        self.assertEqual(f"tsx-annotation: {empty}: the folder holds no product\n", done.stderr.decode())
+        refused, valid = json.loads(done.stdout)
+        self.assertEqual((str(empty), "the folder holds no product"), (refused["file"], refused["message"]))
+        self.assertEqual((0, "valid"), (valid["error"], valid["message"]))
+        self.assertNotEqual(0, refused["error"])
+
+
 class Rewrite(unittest.TestCase):
     def test_what_is_written_back_is_the_same(self):
         product = simulate("rewrite", "--profile", "maximal")
         output = FOLDER / "rewritten.xml"
         run(ANNOTATION, "rewrite", product, output)
         self.assertEqual(product.read_bytes(), output.read_bytes())
+
+    def test_an_output_is_replaced_only_when_asked(self):
+        product, output = simulate("replaced", "--profile", "maximal"), FOLDER / "precious.xml"
+        output.write_text("precious")
+        self.assertEqual(f"tsx-annotation: {output}: exists already; --overwrite replaces it\n",
+                         complaint(ANNOTATION, "rewrite", product, output))
+        self.assertEqual("precious", output.read_text())
+        run(ANNOTATION, "rewrite", "--overwrite", product, output)
+        self.assertEqual(product.read_bytes(), output.read_bytes())
+        self.assertEqual([output], list(FOLDER.glob("precious.xml*")))
+
+    def test_a_link_stands_for_its_file(self):
+        product, real, link = simulate("linked", "--profile", "maximal"), FOLDER / "real.xml", FOLDER / "link.xml"
+        real.write_text("old")
+        link.symlink_to(real)
+        run(ANNOTATION, "rewrite", "--overwrite", product, link)
+        self.assertTrue(link.is_symlink())
+        self.assertEqual(product.read_bytes(), real.read_bytes())
+
+    def test_of_an_output_that_cannot_be_whole_nothing_is_left(self):
+        product, folder = simulate("whole"), FOLDER / "small"
+        folder.mkdir()
+        output = folder / "out.xml"
+        limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
+        for before in (None, "precious"):
+            if before:
+                output.write_text(before)
+            done = subprocess.run([ANNOTATION, "rewrite", "--overwrite", product, output], capture_output=True,
+                                  preexec_fn=lambda: (signal.signal(signal.SIGXFSZ, signal.SIG_IGN), limit()))
+            self.assertEqual(1, done.returncode)
+            self.assertEqual(f"tsx-annotation: {output}: cannot be written: the file would grow past the limit on "
+                             "file sizes\n", done.stderr.decode())
+            self.assertEqual([output] if before else [], list(folder.iterdir()))
+        self.assertEqual("precious", output.read_text())
 
     def test_a_faulty_file_is_refused_and_nothing_left(self):
         faulty = FOLDER / "faulty.xml"

@@ -9,7 +9,7 @@ import shutil
 import subprocess
 import unittest
 
-from programs import FOLDER, GRIDKIT, complaint, main, run, simulate, text
+from programs import ANNOTATION, FOLDER, GRIDKIT, SIMULATE, complaint, main, run, simulate, text
 
 VERBS = ("formats", "info", "layers", "read", "data", "locate")
 
@@ -32,6 +32,33 @@ def at_terminal(*command, **environment):
     os.close(ours)
     child.wait()
     return seen.decode()
+
+
+class Help(unittest.TestCase):
+    def test_names_values_and_tells_defaults(self):
+        for command, line in (
+                ((SIMULATE,), "  --variant SSC|MGD|GEC|EEC   Complex, ground range, or on a map: on the ellipsoid or on a "
+                              "terrain model; default SSC\n"),
+                ((SIMULATE,), "  --targets COUNT             Point targets, 0 to 400; default 9\n"),
+                ((ANNOTATION, "check"), "  --schema 3.4|3.5|4.0        Bind to this schema, whatever the file says\n"),
+                ((ANNOTATION, "check"), "Usage: tsx-annotation check [OPTIONS] PRODUCT...\n"),
+                ((GRIDKIT, "quicklook"), "Usage: gridkit quicklook [OPTIONS] PRODUCT [LAYER] OUT.png\n"),
+                ((GRIDKIT, "quicklook"), "  --size PIXELS               Most pixels on the longer side, 16 to 8192; "
+                                         "default 1024\n"),
+                ((GRIDKIT, "read"), "  --block ROW COLUMN          Row and column in the grid of blocks; needs --raw\n"),
+                ((GRIDKIT, "read"), "  OUTPUT                      Image file to write; not with --raw\n")):
+            self.assertIn(line, text(*command, "--help"))
+
+    def test_words_to_choose_from_are_taken_in_any_case_and_no_others(self):
+        for option, word in (("--variant", "Gec"), ("--projection", "ups"), ("--pass", "ASCENDING")):
+            run(SIMULATE, option, word, FOLDER / "words", "--lines", 64, "--samples", 64)
+        for word in ("0", "XYZ"):
+            self.assertIn(f'"{word}" is none of SSC, MGD, GEC, EEC',
+                          run(SIMULATE, FOLDER / "none", f"--variant={word}", status=2).stderr.decode())
+
+    def test_a_list_ends_where_the_folder_stands(self):
+        printed = text(SIMULATE, "--polarisations", "HH,VV", FOLDER / "list", "--lines", 64, "--samples", 64)
+        self.assertTrue(printed.startswith(str(FOLDER / "list")))
 
 
 class WrongUse(unittest.TestCase):

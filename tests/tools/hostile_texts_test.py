@@ -86,7 +86,7 @@ class Texts(unittest.TestCase):
                        self.text[:at] + with_value(self.text[at:], "filename", long))
         ended = attempt(GRIDKIT, "info", file)
         self.assertEqual(1, ended.status)
-        self.assertIn("xxx...: File name too long", ended.message)
+        self.assertIn("xxx...: the name is too long", ended.message)
 
     def test_document_types_and_entities(self):
         bomb = '<!DOCTYPE level1Product [<!ENTITY a "xxxxxxxxxx">' + "".join(

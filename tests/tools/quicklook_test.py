@@ -8,6 +8,7 @@ import cmath
 import json
 import re
 import math
+import os
 import sys
 import unittest
 
@@ -207,6 +208,22 @@ class WithoutData(unittest.TestCase):
         self.assertEqual({0}, set(picture.lines[last]))
         self.assertNotEqual({0}, set(picture.lines[last - 1]))
         self.assertEqual("292", picture.texts["Lines without data"])
+
+    def test_of_an_image_that_was_cut_every_line_is_shown(self):
+        annotation, output = simulate("cut"), FOLDER / "cut.png"
+        whole = quicklook(annotation)
+        image = next((annotation.parent / "IMAGEDATA").iterdir())
+        # Four lines of annotation and 150 of the image, each of two values and 260 samples of 4 bytes.
+        os.truncate(image, 4 * 154 * 262)
+        done = run(GRIDKIT, "quicklook", annotation, output, "--overwrite")
+        told = [line for line in done.stderr.decode().splitlines() if "without data" in line]
+        self.assertEqual([f"gridkit: warning: {output}: lines of the image without data, in part or in whole, are "
+                          "transparent: 150-299"], told)
+        picture = Png(output.read_bytes())
+        self.assertEqual(whole.height, picture.height)
+        held = 150 * picture.height // 300
+        self.assertTrue(all(any(line) for line in picture.lines[:held]))
+        self.assertEqual({0}, {value for line in picture.lines[held + 1:] for value in line})
 
 
 class Bounds(unittest.TestCase):

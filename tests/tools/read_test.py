@@ -104,7 +104,7 @@ class Formats(unittest.TestCase):
             message = complaint(GRIDKIT, "read", self.product, "X_HH_PHASE_2", FOLDER / name, status=2)
             self.assertIn("tells no format; give one with -f", message)
         message = complaint(GRIDKIT, "read", "a", "b", "c", "-f", "JPEG", status=2)
-        self.assertIn("GTiff,COG,PNG,ENVI", message)
+        self.assertIn('"JPEG" is none of GTiff, COG, PNG, ENVI', message)
 
     def test_a_header_tells_how_to_read_the_samples(self):
         output = read(self.product, "X_HH_PHASE_2", FOLDER / "h.img")
@@ -321,6 +321,49 @@ class NoData(unittest.TestCase):
             self.assertEqual(column in missing, math.isnan(value), column)
         for line in brightness[:292]:
             self.assertFalse(any(map(math.isnan, line)))
+
+
+class CutImage(unittest.TestCase):
+    """An image file that ends early: blocks have 64 lines, the annotation promises 300."""
+
+    def test_every_line_that_the_file_holds_is_read(self):
+        whole = simulate("whole")
+        expected = {layer: pixels(read(whole, layer, FOLDER / f"{layer}_whole.tif"), kind)
+                    for layer, kind in (("X_HH_MAGNITUDE_1", "UInt16"), ("X_HH_PHASE_2", "Int16"))}
+        for place, lines, columns in (("at the end of a line", 149, 0), ("in the middle of a line", 149, 130),
+                                      ("before a line's last sample", 149, SAMPLES - 1),
+                                      ("a line before a block's end", 127, 0), ("at a block's end", 128, 0),
+                                      ("in the first block", 11, 0), ("in its first line", 0, 40),
+                                      ("in the last block", 280, 0)):
+            product = simulate("cut")
+            image = next((product.parent / "IMAGEDATA").iterdir())
+            # Four lines of annotation, then lines of two values and the samples, 4 bytes each.
+            os.truncate(image, 4 * ((4 + lines) * (2 + SAMPLES) + (2 + columns if columns else 0)))
+            for layer, kind in (("X_HH_MAGNITUDE_1", "UInt16"), ("X_HH_PHASE_2", "Int16")):
+                with self.subTest(place=place, layer=layer):
+                    output = FOLDER / "cut.tif"
+                    done = run(GRIDKIT, "read", product, layer, output, "--overwrite")
+                    told = [line for line in done.stderr.decode().splitlines() if "without data" in line]
+                    self.assertEqual([f"gridkit: warning: {output}: lines of the image without data, "
+                                      f"in part or in whole: {lines}-299"], told)
+                    seen = pixels(output, kind)
+                    self.assertEqual(expected[layer][:lines], seen[:lines])
+                    self.assertEqual(expected[layer][lines][:columns], seen[lines][:columns])
+                    self.assertEqual({0}, {*seen[lines][columns:]}.union(*seen[lines + 1:]))
+
+    def test_so_is_every_line_of_a_window(self):
+        product = simulate("cut_window")
+        whole = pixels(read(product, "X_HH_MAGNITUDE_1", FOLDER / "window_whole.tif"), "UInt16")
+        image = next((product.parent / "IMAGEDATA").iterdir())
+        os.truncate(image, 4 * ((4 + 149) * (2 + SAMPLES) + 2 + 130))
+        for window, missing in (((7, 70, 100, 90), "150-159"), ((100, 140, 60, 20), "149-159")):
+            output = FOLDER / "cut_window.tif"
+            done = run(GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", output, "--overwrite", "--window", *window)
+            self.assertTrue(done.stderr.decode().endswith(f"in part or in whole: {missing}\n"), done.stderr)
+            left, top, width, _ = window
+            held = int(missing.split("-")[0]) - top
+            self.assertEqual([line[left:left + width] for line in whole[top:top + held]],
+                             pixels(output, "UInt16")[:held])
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "lmx/byte_sources.h"
+#include "plugin/recognition_texts.h"
 #include "plugin/schema_version.h"
 
 namespace {
@@ -23,25 +24,40 @@ std::string head_of(const std::string& path) {
   return {head.data(), size};
 }
 
-// The version line as the plug-in's recognition reads it: a zero byte ends a line's text.
-std::string version_line_of(std::string_view head) {
-  std::string_view line;
-  for (std::size_t i = 0; i < version_line; ++i) {
-    const std::size_t end = std::min(head.find('\n'), head.size() - (head.empty() ? 0 : 1)) + 1;
-    line = head.substr(0, std::min(end, longest_line));
-    head.remove_prefix(line.size());
+// The first lines as the plug-in's recognition reads them: a zero byte ends a line's text. Those
+// that the file does not have are empty.
+std::array<std::string, version_line> first_lines_of(const std::string& path) {
+  const std::string head = head_of(path);
+  std::string_view rest = head;
+  std::array<std::string, version_line> lines;
+  for (std::string& text : lines) {
+    const std::size_t end = rest.find('\n');
+    const std::string_view line = rest.substr(
+        0, end == std::string_view::npos ? longest_line : std::min(end + 1, longest_line));
+    rest.remove_prefix(line.size());
+    text = line.substr(0, line.find('\0'));
   }
-  return std::string(line.substr(0, line.find('\0')));
+  return lines;
+}
+
+bool contains(const std::string& line, const char* text) {
+  return line.find(text) != std::string::npos;
 }
 
 }  // namespace
 
 VersionLine read_version_line(const std::string& path) {
-  const std::string line = version_line_of(head_of(path));
+  const std::string line = first_lines_of(path).back();
   VersionLine found{std::nullopt, "4.0"};
   for (int index = 0; index < schema_text_none; ++index) {
-    if (line.find(schema_version_texts[index]) == std::string::npos) continue;
+    if (!contains(line, schema_version_texts[index])) continue;
     found = {schema_version_texts[index], schema_of_text[index]};
   }
   return found;
+}
+
+bool is_recognised(const std::string& path) {
+  const auto lines = first_lines_of(path);
+  return contains(lines[2], product_level_text) && contains(lines[3], mission_text) &&
+         !lines.back().empty();
 }

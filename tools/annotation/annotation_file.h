@@ -22,6 +22,9 @@ struct VersionLine {
 // Looks at the first seven lines only. A file that cannot be read has no version text.
 VersionLine read_version_line(const std::string& path);
 
+// Whether a host takes the file for an annotation, by its first seven lines.
+bool is_recognised(const std::string& path);
+
 // Calls `visit` with an empty document root of the schema ("3.4", "3.5" or "4.0").
 template <class Visitor>
 auto with_root(std::string_view schema, Visitor visit) {

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 
+#include "gridkit/os_error.h"
 #include "plugin/required_texts.h"
 #include "tools/annotation/annotation_file.h"
 
@@ -55,9 +55,9 @@ std::string fault_of(const std::string& image) {
   std::error_code failed;
   const fs::file_status status = fs::status(image, failed);
   if (status.type() == fs::file_type::not_found) return "no such image file";
-  if (failed) return failed.message();
+  if (failed) return gridkit::os_error_in_words(failed.value());
   if (status.type() != fs::file_type::regular) return "not a regular file";
-  return ::eaccess(image.c_str(), R_OK) == 0 ? "" : std::strerror(errno);
+  return ::eaccess(image.c_str(), R_OK) == 0 ? "" : gridkit::os_error_in_words(errno);
 }
 
 // A name made by strangers, as far as a message shows it.

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "gridkit/os_error.h"
 #include "gridkit/raster_header.h"
 #include "tools/annotation/annotated_images.h"
 #include "tools/annotation/annotation_file.h"
@@ -58,7 +59,7 @@ class Checker {
     if (!fs::exists(status)) return refuse("no such file");
     if (!fs::is_regular_file(status)) return refuse("no regular file");
     const std::uint64_t bytes = fs::file_size(image.file, failed);
-    if (failed) return refuse(failed.message());
+    if (failed) return refuse(gridkit::os_error_in_words(failed.value()));
     if (bytes == 0) return refuse("an empty file");
     const std::string facts = is_complex() ? check_complex(bytes) : check_detected(bytes);
     check_size(image, static_cast<std::int64_t>(bytes));

@@ -1,18 +1,25 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "gridkit/error.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
 #include "tools/annotation/image_check.h"
 #include "tools/annotation/rewrite.h"
 #include "tools/annotation/view.h"
+#include "tools/command_line/existing_output.h"
+#include "tools/command_line/help.h"
+#include "tools/command_line/product_path.h"
 
 namespace {
 
@@ -58,6 +65,20 @@ std::string dump(const nlohmann::ordered_json& json) {
   return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
+constexpr const char* footer =
+    R"(A PRODUCT is given as its annotation or as the folder that holds it.
+
+Examples:
+  tsx-annotation check PRODUCT...                    whether the annotations are valid
+  tsx-annotation check --images PRODUCT              and the image files with them
+  tsx-annotation view PRODUCT                        what the plug-in reads of it
+  tsx-annotation rewrite PRODUCT again.xml           written anew from what was read
+
+Results go to standard output, remarks and errors to standard error. Exit status: 0 valid, 1 refused
+(of several at least one), 2 wrong use.)";
+
+constexpr const char* product_help = "The product: its annotation (.xml) or its folder";
+
 struct Options {
   std::vector<std::string> files;
   std::string file;
@@ -65,11 +86,30 @@ struct Options {
   std::string schema;
   bool json = false;
   bool images = false;
+  bool overwrite = false;
 
   std::optional<std::string> chosen_schema() const {
     return schema.empty() ? std::nullopt : std::optional(schema);
   }
 };
+
+// The annotation itself, from what the user gave. What else is wrong with a file is told when it is
+// read. Throws gridkit::Error for a folder that does not tell one product.
+std::string annotation_of(const std::string& given) {
+  std::error_code ignored;
+  if (!std::filesystem::is_directory(given, ignored)) return given;
+  return find_product(given, {[](const auto& file) { return has_ending(file, ".xml"); },
+                              [](const auto& file) { return is_recognised(file.string()); }});
+}
+
+// The same for one of several, of which the others are still to be told.
+CheckResult check_given(const std::string& given, const Options& options) try {
+  return check_annotation(annotation_of(given), options.chosen_schema());
+} catch (const gridkit::Error& error) {
+  CheckResult folder = check_annotation(given, options.chosen_schema());
+  folder.message = std::string(error.what()).substr(given.size() + 2);  // behind the path
+  return folder;
+}
 
 // Compares the images of a valid annotation; adds what was found to `json`. Whether they can be
 // trusted.
@@ -95,14 +135,14 @@ int check(const Options& options) {
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
   bool all_good = true;
   for (const std::string& file : options.files) {
-    const CheckResult result = check_annotation(file, options.chosen_schema());
+    const CheckResult result = check_given(file, options);
     nlohmann::ordered_json json = as_json(result);
     if (result.error != 0) {
       std::cerr << "tsx-annotation: " << result.text() << '\n';
       all_good = false;
     } else {
       if (!options.json) {
-        std::cout << file << ": valid in schema " << result.schema << ", version text "
+        std::cout << result.file << ": valid in schema " << result.schema << ", version text "
                   << result.version.value_or("not found on line 7") << '\n';
       }
       if (options.images) all_good = check_its_images(result, !options.json, json) && all_good;
@@ -113,18 +153,16 @@ int check(const Options& options) {
   return all_good ? 0 : refused;
 }
 
-// The schema in which the file is valid; refuses with a message otherwise.
-bool is_valid(const Options& options, std::string* schema) {
-  const CheckResult result = check_annotation(options.file, options.chosen_schema());
-  *schema = result.schema;
-  if (result.error != 0) std::cerr << "tsx-annotation: " << result.text() << '\n';
-  return result.error == 0;
+// A valid annotation and its schema. Throws gridkit::Error otherwise.
+CheckResult valid_annotation(const Options& options) {
+  CheckResult result = check_annotation(annotation_of(options.file), options.chosen_schema());
+  if (result.error != 0) throw gridkit::Error(result.text());
+  return result;
 }
 
 int view(const Options& options) {
-  std::string schema;
-  if (!is_valid(options, &schema)) return refused;
-  const nlohmann::ordered_json values = view_of(options.file, schema);
+  const CheckResult annotation = valid_annotation(options);
+  const nlohmann::ordered_json values = view_of(annotation.file, annotation.schema);
   if (options.json) {
     std::cout << dump(values) << '\n';
     return 0;
@@ -136,40 +174,47 @@ int view(const Options& options) {
 }
 
 int rewrite(const Options& options) {
-  std::string schema;
-  if (!is_valid(options, &schema)) return refused;
-  const std::string failure = rewrite_annotation(options.file, schema, options.output);
-  if (failure.empty()) return 0;
-  std::cerr << "tsx-annotation: " << failure << '\n';
-  return refused;
+  check_existing(options.output, options.overwrite);
+  const CheckResult annotation = valid_annotation(options);
+  rewrite_annotation(annotation.file, annotation.schema, options.output, options.overwrite);
+  return 0;
 }
 
 int run(int argc, char** argv) {
-  CLI::App app("Checks, shows and rewrites TerraSAR-X Level 1B annotations");
+  CLI::App app("Checks, shows and rewrites TerraSAR-X Level 1B annotations", "tsx-annotation");
+  shape_help(app);
   app.require_subcommand(1);
   Options options;
   const auto add_schema = [&](CLI::App* command) {
-    command->add_option("--schema", options.schema, "Bind to this schema, whatever the file says")
-        ->check(CLI::IsMember(std::vector<std::string>{"3.4", "3.5", "4.0"}));
+    take_one_of(command->add_option("--schema", options.schema,
+                                    "Bind to this schema, whatever the file says"),
+                {std::begin(schema_names), std::end(schema_names)});
   };
 
-  CLI::App* check_command = app.add_subcommand("check", "Bind annotations strictly");
-  check_command->add_option("FILE", options.files, "Annotations")->required();
-  check_command->add_flag("--json", options.json, "Results as JSON on standard output");
+  CLI::App* check_command = app.add_subcommand("check", "Tell whether annotations are valid");
+  check_command
+      ->add_option("PRODUCT", options.files, "Products: their annotations (.xml) or their folders")
+      ->required();
+  check_command->add_flag("--json", options.json, "As JSON on standard output");
   check_command->add_flag("--images", options.images,
                           "Compare the image files' headers with the annotation too");
   add_schema(check_command);
 
-  CLI::App* view_command = app.add_subcommand("view", "Show what the plug-in reads");
-  view_command->add_option("FILE", options.file, "Annotation")->required();
-  view_command->add_flag("--json", options.json, "As one JSON object");
+  CLI::App* view_command =
+      app.add_subcommand("view", "Show what the plug-in reads of an annotation, one value a line");
+  view_command->add_option("PRODUCT", options.file, product_help)->required();
+  view_command->add_flag("--json", options.json, "As JSON on standard output");
   add_schema(view_command);
 
-  CLI::App* rewrite_command = app.add_subcommand("rewrite", "Bind an annotation and write it back");
-  rewrite_command->add_option("FILE", options.file, "Annotation")->required();
-  rewrite_command->add_option("OUTPUT", options.output, "File to write")->required();
+  CLI::App* rewrite_command =
+      app.add_subcommand("rewrite", "Write an annotation anew from what was read");
+  rewrite_command->add_option("PRODUCT", options.file, product_help)->required();
+  rewrite_command->add_option("OUTPUT", options.output, "Annotation to write")->required();
+  rewrite_command->add_flag("--overwrite", options.overwrite, "Replace an output that exists");
   add_schema(rewrite_command);
 
+  head_verbs(app);
+  app.footer(footer);  // not the verbs' own
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -1,9 +1,12 @@
 #include "tools/annotation/rewrite.h"
 
-#include <filesystem>
+#include <cerrno>
 #include <fstream>
 #include <utility>
 
+#include "gridkit/error.h"
+#include "gridkit/os_error.h"
+#include "gridkit/partial_file.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/product_writer.h"
 
@@ -17,20 +20,20 @@ lmx::elmx_error write(Root& root, std::ostream& out) {
 
 }  // namespace
 
-std::string rewrite_annotation(const std::string& source, const std::string& schema,
-                               const std::string& target) {
-  const std::string part = target + ".part";
-  std::ofstream out(part, std::ios::binary | std::ios::trunc);
-  if (!out.is_open()) return target + ": cannot be written";
+void rewrite_annotation(const std::string& source, const std::string& schema,
+                        const std::string& target, bool overwrite) {
+  gridkit::PartialFile file(target,
+                            overwrite ? gridkit::Existing::replace : gridkit::Existing::refuse);
+  std::ofstream out(file.path(), std::ios::binary | std::ios::trunc);
+  errno = 0;
   const lmx::elmx_error error = with_root(schema, [&](auto& root) {
     root.unmarshal(source.c_str());
     return write(root, out);
   });
   out.close();
-  std::error_code failed;
-  if (error == 0 && out) std::filesystem::rename(part, target, failed);
-  if (error == 0 && out && !failed) return {};
-  std::error_code ignored;
-  std::filesystem::remove(part, ignored);
-  return target + ": cannot be written whole";
+  if (!out) {
+    throw gridkit::Error(target + ": cannot be written: " + gridkit::os_error_in_words(errno));
+  }
+  if (error != 0) throw gridkit::Error(target + ": cannot be written: " + lmx::meaning(error));
+  file.complete();
 }

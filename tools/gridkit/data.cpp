@@ -86,7 +86,8 @@ void add_data(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("data", "Show the data beside the pixels, decoded");
   command->footer(footer);
   command->add_option("PRODUCT", request->path, product_help)->required();
-  command->add_option("NAME", request->name, "The data's name, as `info` shows it")->required();
+  command->add_option("NAME", request->name, "The data's name, as `gridkit info` shows it")
+      ->required();
   command->add_flag("--json", request->as_json, "As JSON on standard output");
   command->callback([request, &chosen] {
     chosen = [request](const Host& host) { return show(host, *request); };

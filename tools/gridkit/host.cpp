@@ -1,12 +1,13 @@
 #include "tools/gridkit/host.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "debug/debug_channel.h"
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
 #include "tools/annotation/check.h"
-#include "tools/gridkit/product/product_path.h"
+#include "tools/command_line/product_path.h"
 
 namespace {
 
@@ -32,6 +33,24 @@ std::string explain(const std::string& path, const char* refusal) {
   return text;
 }
 
+// The plug-ins are asked which of the files with their formats' endings they recognise.
+ProductFiles files_of(const std::vector<std::shared_ptr<gridkit::Plugin>>& plugins) {
+  const auto any = [&plugins](auto is_so) {
+    return [&plugins, is_so](const std::filesystem::path& file) {
+      return std::any_of(plugins.begin(), plugins.end(),
+                         [&](const auto& plugin) { return is_so(*plugin, file); });
+    };
+  };
+  return {any([](const gridkit::Plugin& plugin, const std::filesystem::path& file) {
+            const auto& endings = plugin.format().extensions;
+            return std::any_of(endings.begin(), endings.end(),
+                               [&](const std::string& known) { return has_ending(file, known); });
+          }),
+          any([](const gridkit::Plugin& plugin, const std::filesystem::path& file) {
+            return plugin.identify(file.string()).has_value();
+          })};
+}
+
 }  // namespace
 
 Host::Host(const HostOptions& options) {
@@ -47,7 +66,7 @@ Host::Host(const HostOptions& options) {
 }
 
 gridkit::Product Host::open(const std::string& given) const {
-  const std::string path = find_product(given, plugins());
+  const std::string path = find_product(given, files_of(plugins()));
   for (const auto& plugin : plugins()) {
     if (!plugin->identify(path)) continue;
     try {

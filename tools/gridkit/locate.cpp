@@ -167,17 +167,21 @@ int run(const Host& host, const Request& request) {
 void add_locate(CLI::App& app, Action& chosen) {
   const auto request = std::make_shared<Request>();
   CLI::App* command = app.add_subcommand(
-      "locate", "Where a pixel lies on Earth, or a place in the image: by the published model");
+      "locate",
+      "Tell where a pixel lies on Earth, or a place in the image, by the published model");
   command->footer(footer);
   command->add_option("PRODUCT", request->path, product_help)->required();
   auto* line = command->add_option("LINE", request->line, "Line from 0; whole numbers are centres");
   auto* sample = command->add_option("SAMPLE", request->sample, "Sample from 0");
-  auto* height = command->add_option("--height", request->height,
-                                     "Metres above the ellipsoid; without it the scene's average");
+  auto* height = command
+                     ->add_option("--height", request->height,
+                                  "Metres above the ellipsoid; without it the scene's average")
+                     ->type_name("METRES");
   auto* ground = command
                      ->add_option("--ground", request->ground,
                                   "Latitude, longitude in degrees and height in metres")
-                     ->expected(3);
+                     ->expected(3)
+                     ->type_name("LATITUDE LONGITUDE HEIGHT");
   auto* check = command->add_flag("--check", request->check,
                                   "Compare the annotation's centre and corners with the model");
   command->add_flag("--json", request->as_json, "As JSON on standard output");

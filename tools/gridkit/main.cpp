@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "gridkit/os_error.h"
+#include "tools/command_line/help.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/terminal/interruption.h"
 #include "tools/gridkit/terminal/suggestion.h"
@@ -72,6 +73,7 @@ void flush_output() {
 
 int run(int argc, char** argv) {
   CLI::App app(description, "gridkit");
+  shape_help(app);
   app.require_subcommand(1);
   app.footer(footer);
   HostOptions options;
@@ -85,6 +87,7 @@ int run(int argc, char** argv) {
                     add_locate, add_report}) {
     add(app, chosen);
   }
+  head_verbs(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

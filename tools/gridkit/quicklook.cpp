@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "gridkit/whole_file.h"
+#include "tools/command_line/help.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/picture/quicklook.h"
 #include "tools/gridkit/product/image_warning.h"
@@ -80,12 +81,15 @@ void add_quicklook(CLI::App& app, Action& chosen) {
       ->add_option("PRODUCT [LAYER] OUT.png", request->names,
                    "The product, a layer's name (without it the first layer), and the PNG file")
       ->required()
-      ->expected(2, 3)
-      ->option_text(" ");
-  command->add_option("--size", request->size, "Most pixels on the longer side")
-      ->check(CLI::Range(smallest_picture, largest_picture))
-      ->capture_default_str();
-  command->add_flag("--overwrite", request->overwrite, "Replace an existing file");
+      ->expected(2, 3);
+  take_range(
+      command
+          ->add_option("--size", request->size,
+                       "Most pixels on the longer side, " + std::to_string(smallest_picture) +
+                           " to " + std::to_string(largest_picture))
+          ->capture_default_str(),
+      "PIXELS", smallest_picture, largest_picture);
+  command->add_flag("--overwrite", request->overwrite, "Replace an output that exists");
   command->add_flag("-q,--quiet", request->quiet, "No progress bar");
   command->callback([request, &chosen] {
     chosen = [request](const Host& host) { return save_quicklook(host, *request); };

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "gridkit/os_error.h"
+#include "tools/command_line/help.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/product/image_warning.h"
 #include "tools/gridkit/product/layer_name.h"
@@ -121,18 +122,17 @@ void add_read(CLI::App& app, Action& chosen) {
   command->add_option("LAYER", request->image.layer, "A layer's name, as `gridkit layers` lists it")
       ->required();
   auto* output = command->add_option("OUTPUT", request->image.output, "Image file to write");
-  command->add_option("-f,--format", request->format, "Format; without it by the output's ending")
-      ->transform(CLI::IsMember(output_format_names(), CLI::ignore_case))
-      ->type_name("FORMAT");
+  take_one_of(command->add_option("-f,--format", request->format,
+                                  "Format; without it by the output's ending"),
+              output_format_names());
   command
       ->add_option("--window", request->window,
                    "First column, first line, width and height, counted from 0")
       ->expected(4)
       ->type_name("COLUMN LINE WIDTH HEIGHT");
   auto* calibrate =
-      command->add_option("--calibrate", request->calibrate, "Radar brightness instead of pixels")
-          ->check(CLI::IsMember(std::vector<std::string>{"beta0", "beta0-db"}))
-          ->type_name("beta0|beta0-db");
+      command->add_option("--calibrate", request->calibrate, "Radar brightness instead of pixels");
+  take_one_of(calibrate, {"beta0", "beta0-db"});
   command->add_flag("--stretch", request->stretch, "8 bits for the eye, not the pixels' own values")
       ->excludes(calibrate);
   command->add_flag("--overwrite", request->image.overwrite, "Replace an output that exists");

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "gridkit/whole_file.h"
+#include "tools/command_line/help.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/picture/quicklook.h"
 #include "tools/gridkit/product/image_warning.h"
@@ -12,6 +13,8 @@
 #include "tools/gridkit/terminal/progress.h"
 
 namespace {
+
+constexpr std::int32_t largest_shown = 2048;  // of the pictures in a page
 
 constexpr const char* footer =
     R"(Pictures, footprint, curves, sensor model, calibration and the whole annotation, to be read in a
@@ -57,10 +60,14 @@ void add_report(CLI::App& app, Action& chosen) {
   command->footer(footer);
   command->add_option("PRODUCT", request->product, product_help)->required();
   command->add_option("OUT.html", request->output, "The page to write")->required();
-  command->add_option("--size", request->size, "Most pixels of a picture on its longer side")
-      ->check(CLI::Range(smallest_picture, std::int32_t{2048}))
-      ->capture_default_str();
-  command->add_flag("--overwrite", request->overwrite, "Replace an existing file");
+  take_range(command
+                 ->add_option("--size", request->size,
+                              "Most pixels of a picture on its longer side, " +
+                                  std::to_string(smallest_picture) + " to " +
+                                  std::to_string(largest_shown))
+                 ->capture_default_str(),
+             "PIXELS", smallest_picture, largest_shown);
+  command->add_flag("--overwrite", request->overwrite, "Replace an output that exists");
   command->add_flag("-q,--quiet", request->quiet, "No progress bar");
   command->callback([request, &chosen] {
     chosen = [request](const Host& host) { return save_report(host, *request); };

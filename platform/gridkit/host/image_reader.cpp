@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <limits>
 #include <mutex>
+#include <optional>
 
+#include "gridkit/host/block_limits.h"
 #include "gridkit/host/tail.h"
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
@@ -13,7 +15,7 @@ namespace gridkit {
 
 namespace {
 
-constexpr int most_tries = 8;
+constexpr int most_tries = 16;
 constexpr std::int64_t pixel_bytes = 2;
 constexpr const char* group = "import";
 constexpr const char* name = "default_block_size";
@@ -130,32 +132,43 @@ void read_tail(const Layer& layer, Tail& tail, std::vector<std::uint16_t>& block
   }
 }
 
-// Lines so far above the bottom that they are not held for another attempt.
-std::vector<LineRange> give_up_lines(const Window& window, std::int32_t first, std::int32_t last,
-                                     const MarkedLineSink& sink) {
-  const std::vector<std::uint16_t> empty(static_cast<std::size_t>(window.width), 0);
-  for (std::int32_t line = first; line <= last; ++line) sink(empty, 1, false);
-  return first <= last ? std::vector<LineRange>{{first, last}} : std::vector<LineRange>{};
+// Adds lines behind those that are there.
+void append(std::vector<LineRange>& ranges, const LineRange& lines) {
+  if (!ranges.empty() && ranges.back().last == lines.first - 1) {
+    ranges.back().last = lines.last;
+  } else {
+    ranges.push_back(lines);
+  }
+}
+
+// Lines, if any, that lie past the data, or so far above their end that they are not held for
+// another attempt.
+void give_up_lines(std::int32_t width, const LineRange& lines, const MarkedLineSink& sink,
+                   std::vector<LineRange>& missing) {
+  if (lines.first > lines.last) return;
+  const std::vector<std::uint16_t> empty(static_cast<std::size_t>(width), 0);
+  for (std::int32_t line = lines.first; line <= lines.last; ++line) sink(empty, 1, false);
+  append(missing, lines);
 }
 
 // Hands the tail on in runs of lines that are complete or are not.
-void hand_on(const Tail& tail, const Window& window, const std::vector<LineRange>& missing,
-             const MarkedLineSink& sink) {
+void hand_on(const Tail& tail, const MarkedLineSink& sink, std::vector<LineRange>& missing) {
   std::span<const std::uint16_t> pixels = tail.pixels();
   const auto hand = [&](std::int32_t lines, bool complete) {
     if (lines == 0) return;
-    const auto count = static_cast<std::size_t>(lines) * static_cast<std::size_t>(window.width);
+    const auto count =
+        static_cast<std::size_t>(lines) * static_cast<std::size_t>(tail.window().width);
     sink(pixels.first(count), lines, complete);
     pixels = pixels.subspan(count);
   };
-  const std::int32_t end = window.line + window.height;
-  std::int32_t next = end - tail.lines();
-  for (const LineRange& range : missing) {
+  std::int32_t next = tail.window().line;
+  for (const LineRange& range : tail.missing()) {
     hand(range.first - next, true);
     hand(range.last + 1 - range.first, false);
     next = range.last + 1;
+    append(missing, range);
   }
-  hand(end - next, true);
+  hand(tail.window().line + tail.window().height - next, true);
 }
 
 Layer open_with_preferred_blocks(const Product& product, const std::string& layer) {
@@ -163,22 +176,72 @@ Layer open_with_preferred_blocks(const Product& product, const std::string& laye
   return product.open_layer(layer);
 }
 
-// Asks for what the open layer did not deliver with other block sizes.
-void read_with_other_blocks(const Product& product, const std::string& layer_name, Tail& tail,
-                            std::vector<std::uint16_t>& block) {
-  const std::lock_guard lock(block_size_in_use());
-  BlockSizePreference preference;
-  for (int attempt = 0; attempt < most_tries && !tail.is_complete(); ++attempt) {
-    const auto better = tail.best_block_size();
-    if (!better) break;
-    preference.set(*better);
-    const Layer layer = product.open_layer(layer_name);
-    if (layer.block_width() != *better || layer.block_height() != *better) break;
-    read_tail(layer, tail, block);
+// Opens a layer anew with one block size after the other. The sizes belong to the product, so the
+// preferred one is put back for its other layers.
+class BlockSizes {
+ public:
+  BlockSizes(const Product& product, const std::string& layer)
+      : product_(product), layer_name_(layer), in_use_(block_size_in_use()) {}
+
+  // Nothing where the plug-in does not take the size.
+  const Layer* open(std::int32_t size) {
+    if (!layer_ || layer_->block_width() != size) {
+      preference_.set(size);
+      layer_.emplace(product_.open_layer(layer_name_));
+    }
+    const bool as_asked = layer_->block_width() == size && layer_->block_height() == size;
+    return as_asked ? &*layer_ : nullptr;
   }
-  // The block size belongs to the product, so the preferred one is put back for its other layers.
-  preference.restore();
-  product.open_layer(layer_name);
+
+  void put_back() {
+    preference_.restore();
+    product_.open_layer(layer_name_);
+  }
+
+ private:
+  const Product& product_;
+  const std::string& layer_name_;
+  std::lock_guard<std::mutex> in_use_;
+  BlockSizePreference preference_;
+  std::optional<Layer> layer_;
+};
+
+BlockLimits limits_of(const Layer& layer, BlockSizes& sizes, std::vector<std::uint16_t>& block) {
+  return find_block_limits(layer.width(), layer.height(),
+                           [&](std::int32_t size, std::int32_t row, std::int32_t column) {
+                             const Layer* sized = sizes.open(size);
+                             return sized != nullptr && sized->read_block(row, column, block);
+                           });
+}
+
+// Of the lines, those that may come: the last of them, as many as may be held.
+Window lines_that_may_come(const Window& lines, const BlockLimits& limits) {
+  const std::int32_t end_of_data = std::max(limits.end, limits.line + (limits.column > 0 ? 1 : 0));
+  const std::int32_t end = std::clamp(end_of_data, lines.line, lines.line + lines.height);
+  const auto most_held = static_cast<std::int32_t>(
+      std::min<std::int64_t>(longest_tail, most_bytes_held / pixel_bytes / lines.width));
+  const std::int32_t first = std::max(lines.line, end - most_held);
+  return {lines.column, first, lines.width, end - first};
+}
+
+// The lines that did not come with the preferred block size.
+Tail read_with_other_blocks(const Product& product, const Layer& layer, const Window& lines,
+                            std::vector<std::uint16_t>& block) {
+  BlockSizes sizes(product, layer.name());
+  const bool takes_sizes = sizes.open(1) != nullptr;
+  // All of a plug-in's own blocks may come as long as nothing else is known.
+  const BlockLimits limits =
+      takes_sizes ? limits_of(layer, sizes, block) : BlockLimits{layer.height(), 0, layer.height()};
+  Tail tail(lines_that_may_come(lines, limits), layer.width(), limits);
+  for (int attempt = 0; takes_sizes && attempt < most_tries && !tail.is_complete(); ++attempt) {
+    const auto better = tail.best_block_size();
+    const Layer* sized = better ? sizes.open(*better) : nullptr;
+    if (sized == nullptr) break;
+    read_tail(*sized, tail, block);
+  }
+  sizes.put_back();
+  if (!takes_sizes) read_tail(layer, tail, block);
+  return tail;
 }
 
 }  // namespace
@@ -233,16 +296,13 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
   }
   if (next == end) return {};
 
-  const auto most_held = static_cast<std::int32_t>(
-      std::min<std::int64_t>(longest_tail, most_bytes_held / pixel_bytes / window.width));
-  const std::int32_t held_from = std::max(next, end - most_held);
-  std::vector<LineRange> missing = give_up_lines(window, next, held_from - 1, sink);
-  Tail tail(window, held_from, layer.width(), layer.height());
-  read_tail(layer, tail, block);
-  read_with_other_blocks(product, layer_name, tail, block);
-  const std::vector<LineRange> left = tail.missing();
-  hand_on(tail, window, left, sink);
-  missing.insert(missing.end(), left.begin(), left.end());
+  const Window rest{window.column, next, window.width, end - next};
+  const Tail tail = read_with_other_blocks(product, layer, rest, block);
+  const std::int32_t held_end = tail.window().line + tail.window().height;
+  std::vector<LineRange> missing;
+  give_up_lines(window.width, {next, tail.window().line - 1}, sink, missing);
+  hand_on(tail, sink, missing);
+  give_up_lines(window.width, {held_end, end - 1}, sink, missing);
   return missing;
 }
 

@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 
 #include "gridkit/host/exports.h"
+#include "gridkit/os_error.h"
 #include "gridkit/product.h"
 #include "gridkit/report.h"
 #include "gridkit/services/host_texts.h"
@@ -115,7 +116,7 @@ PluginFolder load_plugins(const std::filesystem::path& folder) {
   for (const auto& entry : std::filesystem::directory_iterator(folder, failed)) {
     if (entry.path().extension() == ".so") libraries.push_back(entry.path());
   }
-  if (failed) loaded.refused.push_back(folder.string() + ": " + failed.message());
+  if (failed) loaded.refused.push_back(folder.string() + ": " + os_error_in_words(failed.value()));
   std::sort(libraries.begin(), libraries.end());
   for (const auto& library : libraries) {
     try {

@@ -1,50 +1,73 @@
 #include "gridkit/host/tail.h"
 
+#include <algorithm>
+
 namespace gridkit {
 
-Tail::Tail(const Window& window, std::int32_t first_line, std::int32_t image_width,
-           std::int32_t image_height)
-    : window_(window),
-      first_line_(first_line),
+namespace {
+
+// What takes time, in pixels of a block: a block by itself, and another size, for which all sizes
+// are weighed once more.
+constexpr std::int64_t block_cost = 1000;
+constexpr std::int64_t size_cost = 1000000;
+
+}  // namespace
+
+Tail::Tail(const Window& lines, std::int32_t image_width, const BlockLimits& limits)
+    : window_(lines),
       image_width_(image_width),
-      image_height_(image_height),
-      filled_until_(static_cast<std::size_t>(window.line + window.height - first_line),
-                    window.column),
-      pixels_(filled_until_.size() * static_cast<std::size_t>(window.width)) {}
+      limits_(limits),
+      filled_until_(static_cast<std::size_t>(lines.height), lines.column),
+      pixels_(filled_until_.size() * static_cast<std::size_t>(lines.width)) {}
 
 bool Tail::is_complete() const {
   return std::all_of(filled_until_.begin(), filled_until_.end(),
                      [&](std::int32_t until) { return until >= right(); });
 }
 
-// Of the blocks that may come: they start above every start that was refused, they end inside the
-// image, and those that end with the image do not reach past the right edge either, since nothing
-// follows their last line.
 std::int32_t Tail::reach(std::int32_t size, std::int32_t line) const {
-  const std::int64_t start = static_cast<std::int64_t>(line / size) * size;
-  const std::int64_t end = start + size;
-  if (start >= refused_start_ || end > image_height_) return 0;
-  return end < image_height_ ? right() : image_width_ / size * size;
+  const std::int32_t start = line / size * size;
+  if (start > limits_.line) return 0;
+  const bool starts_anywhere = start < limits_.line;
+  if (size == 1) return starts_anywhere ? right() : limits_.column;
+  const std::int64_t end = std::int64_t{start} + size;
+  if (end > limits_.end) return 0;
+  const std::int32_t until = end < limits_.end ? right() : image_width_ / size * size;
+  if (starts_anywhere) return until;
+  const std::int64_t starts = (std::int64_t{limits_.column} + size - 1) / size;
+  return static_cast<std::int32_t>(std::min<std::int64_t>(until, starts * size));
 }
 
-std::int64_t Tail::promised_by(std::int32_t size) const {
-  std::int64_t pixels = 0;
-  for (std::int32_t i = 0; i < lines(); ++i) {
-    const std::int32_t until = std::min(reach(size, first_line_ + i), right());
-    pixels += std::max(until - filled_until_[static_cast<std::size_t>(i)], 0);
+Tail::Promise Tail::promise_of(std::int32_t size) const {
+  Promise promise;
+  for (std::int32_t i = 0; i < lines();) {
+    // The lines of one row of blocks.
+    const std::int32_t in_block = (window_.line + i) % size;
+    const std::int32_t next = std::min(lines(), i + size - in_block);
+    const std::int32_t until = std::min(reach(size, window_.line + i), right());
+    std::int32_t from = until;
+    for (; i < next; ++i) {
+      const std::int32_t filled = filled_until_[static_cast<std::size_t>(i)];
+      promise.pixels += std::max(until - filled, 0);
+      from = std::min(from, filled);
+    }
+    if (from < until) promise.blocks += (until - 1) / size - from / size + 1;
   }
-  return pixels;
+  return promise;
 }
 
 std::optional<std::int32_t> Tail::best_block_size() const {
-  const std::int32_t largest = std::min({image_width_, image_height_, largest_block});
+  const std::int32_t largest =
+      std::min({image_width_, std::max(limits_.end, 1), largest_tried_block});
   std::optional<std::int32_t> best;
-  std::int64_t most = 0;
+  double most = 0;
   for (std::int32_t size = 1; size <= largest; ++size) {
     if (std::find(tried_.begin(), tried_.end(), size) != tried_.end()) continue;
-    const std::int64_t promised = promised_by(size);
-    if (promised <= most) continue;
-    most = promised;
+    const Promise promise = promise_of(size);
+    const std::int64_t cost = size_cost + promise.blocks * (block_cost + std::int64_t{size} * size);
+    const double worth = static_cast<double>(promise.pixels) / static_cast<double>(cost);
+    if (worth <= most) continue;
+    most = worth;
     best = size;
   }
   return best;
@@ -53,7 +76,7 @@ std::optional<std::int32_t> Tail::best_block_size() const {
 std::vector<std::int32_t> Tail::block_rows(std::int32_t size) const {
   std::vector<std::int32_t> rows;
   for (std::int32_t i = 0; i < lines(); ++i) {
-    const std::int32_t row = (first_line_ + i) / size;
+    const std::int32_t row = (window_.line + i) / size;
     const bool wanted = filled_until_[static_cast<std::size_t>(i)] < right();
     if (wanted && (rows.empty() || rows.back() != row)) rows.push_back(row);
   }
@@ -64,9 +87,9 @@ std::vector<std::int32_t> Tail::block_columns(std::int32_t size, std::int32_t ro
   std::int32_t from = right();
   std::int32_t until = 0;
   for (std::int32_t i = 0; i < lines(); ++i) {
-    if ((first_line_ + i) / size != row) continue;
+    if ((window_.line + i) / size != row) continue;
     from = std::min(from, filled_until_[static_cast<std::size_t>(i)]);
-    until = std::max(until, std::min(reach(size, first_line_ + i), right()));
+    until = std::min(reach(size, window_.line + i), right());
   }
   std::vector<std::int32_t> columns;
   for (std::int32_t column = from / size; std::int64_t{column} * size < until; ++column) {
@@ -81,7 +104,7 @@ void Tail::deliver(std::int32_t size, std::int32_t row, std::int32_t column,
   const std::int32_t end =
       static_cast<std::int32_t>(std::min<std::int64_t>((std::int64_t{column} + 1) * size, right()));
   for (std::int32_t i = 0; i < lines(); ++i) {
-    const std::int32_t in_block = first_line_ + i - row * size;
+    const std::int32_t in_block = window_.line + i - row * size;
     std::int32_t& until = filled_until_[static_cast<std::size_t>(i)];
     if (in_block < 0 || in_block >= size || until < left || until >= end) continue;
     const auto source = static_cast<std::size_t>(in_block) * static_cast<std::size_t>(size) +
@@ -94,19 +117,19 @@ void Tail::deliver(std::int32_t size, std::int32_t row, std::int32_t column,
   }
 }
 
-// A refused block that lay wholly inside the image tells that its start is too far down.
+// The limits told that the block may start where it does, so it ended too far down.
 void Tail::refuse(std::int32_t size, std::int32_t row, std::int32_t column) {
   const std::int64_t end = (std::int64_t{row} + 1) * size;
-  const bool inside = end < image_height_ ||
-                      (end == image_height_ && (std::int64_t{column} + 1) * size <= image_width_);
-  if (inside) refused_start_ = std::min(refused_start_, row * size);
+  const bool past_right = (std::int64_t{column} + 1) * size > image_width_;
+  const std::int64_t most = past_right ? end : end - 1;
+  limits_.end = static_cast<std::int32_t>(std::min<std::int64_t>(limits_.end, most));
 }
 
 std::vector<LineRange> Tail::missing() const {
   std::vector<LineRange> ranges;
   for (std::int32_t i = 0; i < lines(); ++i) {
     if (filled_until_[static_cast<std::size_t>(i)] >= right()) continue;
-    const std::int32_t line = first_line_ + i;
+    const std::int32_t line = window_.line + i;
     if (!ranges.empty() && ranges.back().last == line - 1) {
       ranges.back().last = line;
     } else {

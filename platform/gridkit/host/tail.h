@@ -1,13 +1,12 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <span>
 #include <vector>
 
+#include "gridkit/host/block_limits.h"
 #include "gridkit/image_reader.h"
 
 namespace gridkit {
@@ -16,13 +15,14 @@ namespace gridkit {
 // known of which blocks the plug-in delivers. Pixels of a line fill up from the left.
 class Tail {
  public:
-  Tail(const Window& window, std::int32_t first_line, std::int32_t image_width,
-       std::int32_t image_height);
+  // `lines` is the part of the window that is missing.
+  Tail(const Window& lines, std::int32_t image_width, const BlockLimits& limits);
 
   bool is_complete() const;
 
-  // A square block size that promises the most missing pixels, the smallest of several; nothing
-  // when none promises any. A size that was tried is not offered again.
+  // The square block size that promises most missing pixels for the time that its blocks take, so
+  // that large blocks bring the bulk and small ones only what is left of it; the smallest of
+  // several, nothing when none promises any. A size that was tried is not offered again.
   std::optional<std::int32_t> best_block_size() const;
 
   // The block rows of that size that hold missing lines which may still come.
@@ -38,22 +38,27 @@ class Tail {
   void mark_tried(std::int32_t size) { tried_.push_back(size); }
 
   std::span<const std::uint16_t> pixels() const { return pixels_; }
+  // The lines as the part of the image that they are.
+  const Window& window() const { return window_; }
   std::int32_t lines() const { return static_cast<std::int32_t>(filled_until_.size()); }
 
   // The image's lines that are not complete.
   std::vector<LineRange> missing() const;
 
  private:
-  std::int64_t promised_by(std::int32_t size) const;
+  // What blocks of one size may bring, and how many of them it takes.
+  struct Promise {
+    std::int64_t pixels = 0;
+    std::int64_t blocks = 0;
+  };
+  Promise promise_of(std::int32_t size) const;
   // Columns up to which blocks of that size may fill a line.
   std::int32_t reach(std::int32_t size, std::int32_t line) const;
   std::int32_t right() const { return window_.column + window_.width; }
 
   Window window_;
-  std::int32_t first_line_;
   std::int32_t image_width_;
-  std::int32_t image_height_;
-  std::int32_t refused_start_ = std::numeric_limits<std::int32_t>::max();
+  BlockLimits limits_;
   std::vector<std::int32_t> tried_;
   std::vector<std::int32_t> filled_until_;  // per line: columns before it are there
   std::vector<std::uint16_t> pixels_;       // [lines][window width]

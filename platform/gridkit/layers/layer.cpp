@@ -16,6 +16,7 @@
 #include "gridkit/layers/gdal_support.h"
 #include "gridkit/layers/open_layer.h"
 #include "gridkit/layers/widen.h"
+#include "gridkit/os_error.h"
 #include "gridkit/services/fail.h"
 #include "gridkit/services/open_scope.h"
 #include "gridkit/services/regular_file.h"
@@ -34,7 +35,7 @@ std::string refusal_of(const char* path) {
   std::string refusal = gridkit::refusal_to_open(path);
   if (!refusal.empty() || gridkit::open_regular_file(path, false).is_open()) return refusal;
   const int reason = errno;
-  return gridkit::shown_path(path) + ": " + std::strerror(reason);
+  return gridkit::shown_path(path) + ": " + gridkit::os_error_in_words(reason);
 }
 
 // The library takes some paths for more than a file's name, "/vsicurl/..." and "GTIFF_DIR:..."

@@ -9,6 +9,7 @@
 
 #include <unistd.h>
 
+#include "gridkit/os_error.h"
 #include "gridkit/services/fail.h"
 #include "gridkit/services/open_scope.h"
 #include "gridkit/services/regular_file.h"
@@ -51,7 +52,7 @@ gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t
   gridkit::descriptor opened = gridkit::open_regular_file(path, for_writing);
   if (!opened.is_open()) {
     const int reason = errno;
-    gridkit::fail(err, word, {gridkit::shown_path(path), ": ", std::strerror(reason)});
+    gridkit::fail(err, word, {gridkit::shown_path(path), ": ", gridkit::os_error_in_words(reason)});
     return nullptr;
   }
   std::unique_ptr<gkf_File> file(new (std::nothrow) gkf_File);
@@ -67,16 +68,18 @@ gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t
   return nullptr;
 }
 
-void gkf_Close(gkf_File* file, gke_Report** err) {
+void gkf_Close(gkf_File* file, gke_Report** err) try {
   if (file == nullptr) return;
   if (file->file != nullptr && std::fclose(file->file.release()) != 0) {
-    gridkit::fail(err, "gkf_Close", {std::strerror(errno)});
+    gridkit::fail(err, "gkf_Close", {gridkit::os_error_in_words(errno)});
     return;
   }
   delete file;
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkf_Close", {"out of memory"});
 }
 
-void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err) {
+void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err) try {
   constexpr const char* word = "gkf_Fgets";
   if (buffer == nullptr || size < 1) {
     gridkit::fail(err, word, {"no room for a line"});
@@ -89,6 +92,9 @@ void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Report** err) {
   }
   if (std::fgets(buffer, size, file->file.get()) != nullptr) return;
   buffer[0] = '\0';
+  const int reason = errno;
   const bool at_end = std::feof(file->file.get()) != 0;
-  gridkit::fail(err, word, {at_end ? "the end of the file" : std::strerror(errno)});
+  gridkit::fail(err, word, {at_end ? "the end of the file" : gridkit::os_error_in_words(reason)});
+} catch (const std::bad_alloc&) {
+  gridkit::fail(err, "gkf_Fgets", {"out of memory"});
 }

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <new>
@@ -15,6 +14,7 @@
 
 #include <unistd.h>
 
+#include "gridkit/os_error.h"
 #include "gridkit/services/fail.h"
 #include "gridkit/services/regular_file.h"
 
@@ -80,7 +80,7 @@ std::optional<std::string> small_text(const char* path, std::size_t limit, gke_R
     if (n > 0) got += static_cast<std::size_t>(n);
   }
   if (n < 0) {
-    gridkit::fail(err, load_word, {path, ": ", std::strerror(errno)});
+    gridkit::fail(err, load_word, {path, ": ", gridkit::os_error_in_words(errno)});
     return std::nullopt;
   }
   if (got > limit) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "gridkit/error.h"
+#include "tools/command_line/existing_output.h"
 
 namespace {
 
@@ -47,9 +48,7 @@ void check_file(const fs::path& path, bool overwrite, const gridkit::Product& pr
   if (fs::equivalent(path, product.path(), ignored) || is_open(path)) {
     throw gridkit::Error(path.string() + ": is a file of the product itself");
   }
-  if (!overwrite && fs::is_regular_file(path, ignored)) {
-    throw gridkit::Error(path.string() + ": exists already; --overwrite replaces it");
-  }
+  check_existing(path.string(), overwrite);
 }
 
 }  // namespace

@@ -4,8 +4,9 @@
 
 // Ending in good order when the user, or the machine, wants the program to stop: SIGINT, SIGTERM
 // and SIGHUP only leave a mark, work that leaves files looks at it now and then and ends by an
-// exception, and what is half done is removed on the way out. A second signal ends the program at
-// once.
+// exception, and what is half done is removed on the way out. A second signal of the same kind ends
+// the program at once, as if it were not watched for, and leaves the temporary file that was being
+// written; one of another kind only leaves the mark once more.
 
 // Thrown where the mark is found. It is none of the errors that are told to the user.
 class Interrupted : public std::exception {

@@ -1,4 +1,4 @@
-#include "tools/gridkit/product/product_path.h"
+#include "tools/command_line/product_path.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <filesystem>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "gridkit/error.h"
 #include "gridkit/os_error.h"
@@ -16,42 +18,21 @@
 namespace {
 
 namespace fs = std::filesystem;
-using Plugins = std::vector<std::shared_ptr<gridkit::Plugin>>;
 
 constexpr int deepest = 3;
 constexpr std::size_t most_entries = 20000;  // of folders that are looked at, so that it ends soon
 constexpr std::size_t most_listed = 10;
 
-std::string lower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text;
-}
-
-bool has_ending_of(const fs::path& file, const Plugins& plugins) {
-  const std::string ending = lower(file.extension().string());
-  return std::any_of(plugins.begin(), plugins.end(), [&](const auto& plugin) {
-    const auto& endings = plugin->format().extensions;
-    return std::any_of(endings.begin(), endings.end(),
-                       [&](const std::string& known) { return lower(known) == ending; });
-  });
-}
-
-bool is_recognised(const fs::path& file, const Plugins& plugins) {
-  return std::any_of(plugins.begin(), plugins.end(), [&](const auto& plugin) {
-    return plugin->identify(file.string()).has_value();
-  });
-}
-
 // One level of folders.
 struct Level {
   std::vector<fs::path> products;
-  std::vector<fs::path> others;  // files of a known ending that no plug-in recognises
+  std::vector<fs::path> others;  // files of a known ending that are not recognised
   std::vector<fs::path> folders;
   std::error_code unread;  // why a folder could not be read
 };
 
-void look_into(const fs::path& folder, const Plugins& plugins, std::size_t& entries, Level& level) {
+void look_into(const fs::path& folder, const ProductFiles& files, std::size_t& entries,
+               Level& level) {
   std::error_code failed;
   for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end;
        entry.increment(failed)) {
@@ -63,9 +44,8 @@ void look_into(const fs::path& folder, const Plugins& plugins, std::size_t& entr
     std::error_code ignored;
     if (entry->is_directory(ignored)) {
       level.folders.push_back(entry->path());
-    } else if (entry->is_regular_file(ignored) && has_ending_of(entry->path(), plugins)) {
-      (is_recognised(entry->path(), plugins) ? level.products : level.others)
-          .push_back(entry->path());
+    } else if (entry->is_regular_file(ignored) && files.may_be(entry->path())) {
+      (files.is_recognised(entry->path()) ? level.products : level.others).push_back(entry->path());
     }
   }
   if (failed) level.unread = failed;
@@ -83,13 +63,13 @@ std::string list_of(std::vector<fs::path> files) {
   return text;
 }
 
-std::string find_in_folder(const std::string& path, const Plugins& plugins) {
+std::string find_in_folder(const std::string& path, const ProductFiles& files) {
   std::size_t entries = 0;
   std::vector<fs::path> others;
   std::vector<fs::path> folders = {path};
   for (int depth = 0; depth <= deepest && !folders.empty(); ++depth) {
     Level level;
-    for (const fs::path& folder : folders) look_into(folder, plugins, entries, level);
+    for (const fs::path& folder : folders) look_into(folder, files, entries, level);
     // The folder that was named must be readable; those in it are passed by.
     if (depth == 0 && level.unread) {
       throw gridkit::Error(path +
@@ -110,14 +90,14 @@ std::string find_in_folder(const std::string& path, const Plugins& plugins) {
 
 }  // namespace
 
-std::string find_product(const std::string& path, const Plugins& plugins) {
+std::string find_product(const std::string& path, const ProductFiles& files) {
   std::error_code failed;
   const auto status = fs::status(path, failed);
   if (status.type() == fs::file_type::not_found) throw gridkit::Error(path + ": no such file");
   if (failed) {
     throw gridkit::Error(path + ": cannot be read: " + gridkit::os_error_in_words(failed.value()));
   }
-  if (fs::is_directory(status)) return find_in_folder(path, plugins);
+  if (fs::is_directory(status)) return find_in_folder(path, files);
   if (!fs::is_regular_file(status)) {
     throw gridkit::Error(path + ": not a regular file; give a product's annotation or its folder");
   }
@@ -127,4 +107,12 @@ std::string find_product(const std::string& path, const Plugins& plugins) {
   }
   ::close(file);
   return path;
+}
+
+bool has_ending(const std::filesystem::path& file, const std::string& ending) {
+  const std::string own = file.extension().string();
+  return std::equal(own.begin(), own.end(), ending.begin(), ending.end(), [](char a, char b) {
+    return std::tolower(static_cast<unsigned char>(a)) ==
+           std::tolower(static_cast<unsigned char>(b));
+  });
 }

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+// What tells the files by which products are opened from others.
+struct ProductFiles {
+  std::function<bool(const std::filesystem::path&)> may_be;         // cheap: by the name alone
+  std::function<bool(const std::filesystem::path&)> is_recognised;  // asked of those only
+};
+
+// The file by which a product is opened, from what the user gave: that file itself, whatever it is,
+// or the product's folder. Where the folder itself holds no product, the folders in it are looked
+// through, up to three deep, as deliveries nest them.
+//
+// Throws gridkit::Error where the path leads nowhere, cannot be read, or does not tell one product:
+// the message lists those that could be meant, or what was found instead.
+std::string find_product(const std::string& path, const ProductFiles& files);
+
+// Whether the file's name has the ending, such as ".xml", in upper or lower case.
+bool has_ending(const std::filesystem::path& file, const std::string& ending);
