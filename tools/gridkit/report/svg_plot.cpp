@@ -138,9 +138,12 @@ std::vector<double> RoundStep::multiples(double low, double high) const {
   constexpr std::size_t most = 400;
   constexpr double tolerance = 1e-9;
   std::vector<double> values;
+  const double first = std::ceil(low / size - tolerance);
   const double last = std::floor(high / size + tolerance);
-  for (double i = std::ceil(low / size - tolerance); i <= last && values.size() < most; ++i) {
-    values.push_back(i * size);
+  for (std::size_t i = 0; i < most; ++i) {
+    const double multiple = first + static_cast<double>(i);
+    if (!(multiple <= last)) break;
+    values.push_back(multiple * size);
   }
   return values;
 }
