@@ -23,8 +23,8 @@ class Host {
   const std::vector<std::shared_ptr<gridkit::Plugin>>& plugins() const { return folder_.plugins; }
 
   // Opens a product, given as the file that its format opens it by or as its folder (see
-  // command_line/product_path.h); its path() is that file. Throws gridkit::Error whose text says what is wrong
-  // with the file and where.
+  // command_line/product_path.h); its path() is that file. Throws gridkit::Error whose text says
+  // what is wrong with the file and where.
   gridkit::Product open(const std::string& given) const;
 
  private:
