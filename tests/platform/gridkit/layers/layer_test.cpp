@@ -189,6 +189,50 @@ TEST_F(Layers, FillRectanglesOfAnyStrides) {
   gkl_LayerClose(layer, nullptr);
 }
 
+// The first line's pixels 3 to 5 in a rectangle of a type, as numbers.
+template <class Sample>
+std::vector<double> three_pixels(gkl_Layer* layer, int32_t pixel_type) {
+  gkl_PixelRect* rect = gkl_PixelRectCreate(3, 1, pixel_type, nullptr);
+  if (rect == nullptr) return {};
+  gkl_LayerRead(layer, 2, 0, 3, 1, rect, nullptr);
+  const auto* samples = static_cast<const Sample*>(rect->data);
+  const std::vector<double> pixels(samples, samples + 3);
+  gkl_PixelRectDelete(rect, nullptr);
+  return pixels;
+}
+
+TEST_F(Layers, FillRectanglesOfEveryType) {
+  gkl_Layer* layer = open(path);
+  ASSERT_NE(layer, nullptr);
+  const std::vector<double> expected = {3, 4, 5};
+  EXPECT_EQ(three_pixels<std::uint8_t>(layer, gkl_PixelU8), expected);
+  EXPECT_EQ(three_pixels<std::uint16_t>(layer, gkl_PixelU16), expected);
+  EXPECT_EQ(three_pixels<std::int16_t>(layer, gkl_PixelS16), expected);
+  EXPECT_EQ(three_pixels<float>(layer, gkl_PixelF32), expected);
+  EXPECT_EQ(three_pixels<double>(layer, gkl_PixelF64), expected);
+  gkl_LayerClose(layer, nullptr);
+}
+
+TEST_F(Layers, RefuseWindowsThatDoNotFitTheRectangle) {
+  gkl_Layer* layer = open(path);
+  ASSERT_NE(layer, nullptr);
+  std::vector<double> pixels(6, -1);
+  gkl_PixelRect rect{reinterpret_cast<char*>(pixels.data()), 24, 8, 3, 2, gkl_PixelF64};
+  struct Window {
+    int32_t width, height;
+  };
+  for (const auto [w, h] : {Window{4, 2}, {3, 3}, {0, 1}, {1, 0}, {-1, 1}}) {
+    EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(layer, 0, 0, w, h, &rect, err); }),
+              "the window does not fit the rectangle")
+        << w << " x " << h;
+  }
+  rect.pixelType = 99;
+  EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(layer, 0, 0, 1, 1, &rect, err); }),
+            "the window does not fit the rectangle");
+  EXPECT_EQ(pixels, std::vector<double>(6, -1));
+  gkl_LayerClose(layer, nullptr);
+}
+
 TEST_F(Layers, AnswerNullHandlesWithAReport) {
   gkl_PixelRect* rect = gkl_PixelRectCreate(1, 1, gkl_PixelF64, nullptr);
   EXPECT_EQ(report_of([&](auto* err) { gkl_LayerRead(nullptr, 0, 0, 1, 1, rect, err); }),

@@ -93,6 +93,18 @@ TEST_F(Files, AFailedCloseLeavesAHandleThatClosesOnceMore) {
   EXPECT_EQ(report, nullptr);
 }
 
+TEST_F(Files, ALineNeedsRoom) {
+  char none = 'x';
+  for (char* buffer : {static_cast<char*>(nullptr), &none}) {
+    gke_Report* report = nullptr;
+    gkf_Fgets(buffer, 0, nullptr, &report);
+    ASSERT_NE(report, nullptr);
+    EXPECT_STREQ(gke_ReportMessage(report), "no room for a line");
+    gke_DeleteErrorReportEx(&report);
+  }
+  EXPECT_EQ(none, 'x');
+}
+
 TEST_F(Files, NullHandlesAreAnswered) {
   gke_Report* report = nullptr;
   gkf_Close(nullptr, &report);

@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string>
 
 #include "gridkit/memory.h"
+#include "gridkit/report.h"
 #include "gridkit/string_list.h"
 
 namespace {
@@ -30,6 +33,33 @@ TEST(Memory, SwapsBigEndianItemsInPlace) {
   std::memcpy(values.data(), bytes.data(), 4);
   EXPECT_EQ(values[0], 0x1234);
   EXPECT_EQ(values[1], -2);
+}
+
+TEST(Memory, SwapsItemsOfEverySizeAndLeavesOthers) {
+  // The bytes 1 to 8 as big-endian items; what each size makes of them stands in hexadecimal.
+  constexpr std::array<unsigned char, 8> bytes = {1, 2, 3, 4, 5, 6, 7, 8};
+  std::array<std::uint32_t, 2> words{};
+  std::memcpy(words.data(), bytes.data(), bytes.size());
+  gkm_MemSwab(words.data(), 2, 4);
+  EXPECT_EQ(words[0], 0x01020304U);
+  EXPECT_EQ(words[1], 0x05060708U);
+  std::uint64_t whole = 0;
+  std::memcpy(&whole, bytes.data(), bytes.size());
+  gkm_MemSwab(&whole, 1, 8);
+  EXPECT_EQ(whole, 0x0102030405060708U);
+  for (const std::size_t other : {std::size_t{1}, std::size_t{3}, std::size_t{16}}) {
+    std::array<unsigned char, 8> same = bytes;
+    gkm_MemSwab(same.data(), 1, other);
+    EXPECT_EQ(same, bytes) << other;
+  }
+}
+
+TEST(Text, WithoutAFormatIsRefused) {
+  gke_Report* report = nullptr;
+  EXPECT_EQ(gks_Sprintf(nullptr, nullptr, &report), nullptr);
+  ASSERT_NE(report, nullptr);
+  EXPECT_STREQ(gke_ReportMessage(report), "no format was given");
+  gke_DeleteErrorReportEx(&report);
 }
 
 TEST(Text, FormatsIntoANewOrAGivenBuffer) {
