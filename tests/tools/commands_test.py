@@ -291,6 +291,16 @@ class Folder(unittest.TestCase):
         self.assertEqual(message.replace("tsx-annotation", "gridkit"),
                          complaint(GRIDKIT, "info", FOLDER / "several"))
 
+    def test_of_too_many_files_is_refused_by_its_own_name(self):
+        crowd = FOLDER / "crowd"
+        (crowd / "below").mkdir(parents=True)
+        for i in range(20_001):
+            (crowd / "below" / f"{i}.txt").touch()
+        words = f"{crowd}: too many files to look through; name the product's own folder or its annotation\n"
+        self.assertEqual(f"tsx-annotation: {words}", complaint(ANNOTATION, "check", crowd))
+        self.assertEqual(f"tsx-annotation: {words}", complaint(ANNOTATION, "view", crowd))
+        self.assertEqual(f"gridkit: {words}", complaint(GRIDKIT, "info", crowd))
+
     def test_without_a_product_is_one_refusal_of_several_results(self):
         product, empty = simulate("beside"), FOLDER / "empty"
         empty.mkdir()

@@ -23,7 +23,7 @@ constexpr int deepest = 3;
 constexpr std::size_t most_entries = 20000;  // of folders that are looked at, so that it ends soon
 constexpr std::size_t most_listed = 10;
 
-// One level of folders.
+// One level of folders, below the one that was named.
 struct Level {
   std::vector<fs::path> products;
   std::vector<fs::path> others;  // files of a known ending that are not recognised
@@ -31,16 +31,13 @@ struct Level {
   std::error_code unread;  // why a folder could not be read
 };
 
-void look_into(const fs::path& folder, const ProductFiles& files, std::size_t& entries,
+// False when that would be more entries than are looked at.
+bool look_into(const fs::path& folder, const ProductFiles& files, std::size_t& entries,
                Level& level) {
   std::error_code failed;
   for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end;
        entry.increment(failed)) {
-    if (++entries > most_entries) {
-      throw gridkit::Error(folder.string() +
-                           ": too many files to look through; name the product's own " +
-                           "folder or its annotation");
-    }
+    if (++entries > most_entries) return false;
     std::error_code ignored;
     if (entry->is_directory(ignored)) {
       level.folders.push_back(entry->path());
@@ -49,6 +46,7 @@ void look_into(const fs::path& folder, const ProductFiles& files, std::size_t& e
     }
   }
   if (failed) level.unread = failed;
+  return true;
 }
 
 std::string list_of(std::vector<fs::path> files) {
@@ -69,7 +67,12 @@ std::string find_in_folder(const std::string& path, const ProductFiles& files) {
   std::vector<fs::path> folders = {path};
   for (int depth = 0; depth <= deepest && !folders.empty(); ++depth) {
     Level level;
-    for (const fs::path& folder : folders) look_into(folder, files, entries, level);
+    for (const fs::path& folder : folders) {
+      if (look_into(folder, files, entries, level)) continue;
+      throw gridkit::Error(path +
+                           ": too many files to look through; name the product's own folder or its "
+                           "annotation");
+    }
     // The folder that was named must be readable; those in it are passed by.
     if (depth == 0 && level.unread) {
       throw gridkit::Error(path +

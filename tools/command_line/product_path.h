@@ -15,7 +15,8 @@ struct ProductFiles {
 // through, up to three deep, as deliveries nest them.
 //
 // Throws gridkit::Error where the path leads nowhere, cannot be read, or does not tell one product:
-// the message lists those that could be meant, or what was found instead.
+// the message, led by the path and ": ", lists those that could be meant, or what was found
+// instead.
 std::string find_product(const std::string& path, const ProductFiles& files);
 
 // Whether the file's name has the ending, such as ".xml", in upper or lower case.

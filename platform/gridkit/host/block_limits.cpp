@@ -3,24 +3,11 @@
 #include <algorithm>
 #include <map>
 
+#include "gridkit/host/first_refused.h"
+
 namespace gridkit {
 
 namespace {
-
-// The first of 0 to count - 1 that does not come, count where all do.
-template <class Comes>
-std::int64_t first_refused(std::int64_t count, Comes comes) {
-  std::int64_t first = 0;
-  while (first < count) {
-    const std::int64_t middle = first + (count - first) / 2;
-    if (comes(middle)) {
-      first = middle + 1;
-    } else {
-      count = middle;
-    }
-  }
-  return first;
-}
 
 // Of the blocks that start above a line and end below it: the lines that they end before, each with
 // the smallest size that ends there.
@@ -44,9 +31,9 @@ std::int32_t find_end(std::int32_t line, std::int32_t width, std::int32_t height
     return comes(size, end / size - 1, width / size - 1);
   };
   if (sizes.empty() || !is_there(sizes.begin())) return line;
-  const auto refused = first_refused(static_cast<std::int64_t>(sizes.size()), [&](std::int64_t i) {
-    return i == 0 || is_there(std::next(sizes.begin(), i));
-  });
+  const auto refused =
+      first_refused(1, static_cast<std::int64_t>(sizes.size()),
+                    [&](std::int64_t i) { return is_there(std::next(sizes.begin(), i)); });
   const auto next = std::next(sizes.begin(), refused);
   return next == sizes.end() ? height : next->first - 1;
 }
@@ -54,7 +41,7 @@ std::int32_t find_end(std::int32_t line, std::int32_t width, std::int32_t height
 }  // namespace
 
 BlockLimits find_block_limits(std::int32_t width, std::int32_t height, const BlockProbe& comes) {
-  const std::int64_t pixel = first_refused(std::int64_t{width} * height, [&](std::int64_t i) {
+  const std::int64_t pixel = first_refused(0, std::int64_t{width} * height, [&](std::int64_t i) {
     return comes(1, static_cast<std::int32_t>(i / width), static_cast<std::int32_t>(i % width));
   });
   const auto line = static_cast<std::int32_t>(pixel / width);

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "gridkit/host/block_limits.h"
+#include "gridkit/host/first_refused.h"
 #include "gridkit/host/tail.h"
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
@@ -15,7 +16,6 @@ namespace gridkit {
 
 namespace {
 
-constexpr int most_tries = 16;
 constexpr std::int64_t pixel_bytes = 2;
 constexpr const char* group = "import";
 constexpr const char* name = "default_block_size";
@@ -62,29 +62,18 @@ class BlockSizePreference {
   double before_ = unset;
 };
 
-// Whether the first block of a row comes.
-bool comes(const Layer& layer, const Window& window, std::int32_t row,
-           std::vector<std::uint16_t>& block) {
-  return layer.read_block(row, window.column / layer.block_width(), block);
-}
-
 // A window that holds more empty pixels than may be made up is found out before a line of it is
 // handed out: an image's data end once, so the first row of blocks without data is sought by
 // halves.
 void check_extent(const Layer& layer, const Window& window, std::vector<std::uint16_t>& block) {
   if (std::int64_t{window.width} * window.height <= most_empty_pixels) return;
   const std::int32_t size = layer.block_width();
-  std::int32_t first = window.line / size;
-  std::int32_t end = (window.line + window.height - 1) / size + 1;
-  while (first < end) {
-    const std::int32_t middle = first + (end - first) / 2;
-    if (comes(layer, window, middle, block)) {
-      first = middle + 1;
-    } else {
-      end = middle;
-    }
-  }
-  const std::int64_t line = std::int64_t{first} * size;
+  const std::int64_t row = first_refused(
+      window.line / size, (window.line + window.height - 1) / size + 1,
+      [&](std::int64_t candidate) {
+        return layer.read_block(static_cast<std::int32_t>(candidate), window.column / size, block);
+      });
+  const std::int64_t line = row * size;
   if ((window.line + window.height - line) * window.width <= most_empty_pixels) return;
   throw Error("the image should have " + std::to_string(layer.height()) +
               " lines but its data end about line " + std::to_string(line) +
@@ -115,30 +104,6 @@ bool read_block_row(const Layer& layer, const Window& window, std::int32_t row,
     }
   }
   return true;
-}
-
-// One attempt at the tail with the block size of an open layer.
-void read_tail(const Layer& layer, Tail& tail, std::vector<std::uint16_t>& block) {
-  const std::int32_t size = layer.block_width();
-  tail.mark_tried(size);
-  for (const std::int32_t row : tail.block_rows(size)) {
-    for (const std::int32_t column : tail.block_columns(size, row)) {
-      if (!layer.read_block(row, column, block)) {
-        tail.refuse(size, row, column);
-        break;
-      }
-      tail.deliver(size, row, column, block);
-    }
-  }
-}
-
-// Adds lines behind those that are there.
-void append(std::vector<LineRange>& ranges, const LineRange& lines) {
-  if (!ranges.empty() && ranges.back().last == lines.first - 1) {
-    ranges.back().last = lines.last;
-  } else {
-    ranges.push_back(lines);
-  }
 }
 
 // Lines, if any, that lie past the data, or so far above their end that they are not held for
@@ -206,14 +171,6 @@ class BlockSizes {
   std::optional<Layer> layer_;
 };
 
-BlockLimits limits_of(const Layer& layer, BlockSizes& sizes, std::vector<std::uint16_t>& block) {
-  return find_block_limits(layer.width(), layer.height(),
-                           [&](std::int32_t size, std::int32_t row, std::int32_t column) {
-                             const Layer* sized = sizes.open(size);
-                             return sized != nullptr && sized->read_block(row, column, block);
-                           });
-}
-
 // Of the lines, those that may come: the last of them, as many as may be held.
 Window lines_that_may_come(const Window& lines, const BlockLimits& limits) {
   const std::int32_t end_of_data = std::max(limits.end, limits.line + (limits.column > 0 ? 1 : 0));
@@ -225,22 +182,32 @@ Window lines_that_may_come(const Window& lines, const BlockLimits& limits) {
 }
 
 // The lines that did not come with the preferred block size.
-Tail read_with_other_blocks(const Product& product, const Layer& layer, const Window& lines,
-                            std::vector<std::uint16_t>& block) {
+Tail read_with_other_blocks(const Product& product, const Layer& layer, const Window& lines) {
   BlockSizes sizes(product, layer.name());
-  const bool takes_sizes = sizes.open(1) != nullptr;
-  // All of a plug-in's own blocks may come as long as nothing else is known.
-  const BlockLimits limits =
-      takes_sizes ? limits_of(layer, sizes, block) : BlockLimits{layer.height(), 0, layer.height()};
-  Tail tail(lines_that_may_come(lines, limits), layer.width(), limits);
-  for (int attempt = 0; takes_sizes && attempt < most_tries && !tail.is_complete(); ++attempt) {
-    const auto better = tail.best_block_size();
-    const Layer* sized = better ? sizes.open(*better) : nullptr;
-    if (sized == nullptr) break;
-    read_tail(*sized, tail, block);
+  if (sizes.open(1) == nullptr) {
+    sizes.put_back();
+    // All of the plug-in's own blocks may come, as nothing else is known.
+    const BlockLimits none{layer.height(), 0, layer.height()};
+    Tail tail(lines_that_may_come(lines, none), layer.width(), none);
+    tail.read(layer.block_width(),
+              [&](std::int32_t, std::int32_t row, std::int32_t column, auto& block) {
+                return layer.read_block(row, column, block);
+              });
+    return tail;
   }
+  const BlockReader read_block = [&](std::int32_t size, std::int32_t row, std::int32_t column,
+                                     std::vector<std::uint16_t>& block) {
+    const Layer* sized = sizes.open(size);
+    return sized != nullptr && sized->read_block(row, column, block);
+  };
+  std::vector<std::uint16_t> probed;
+  const BlockLimits limits = find_block_limits(
+      layer.width(), layer.height(), [&](std::int32_t size, std::int32_t row, std::int32_t column) {
+        return read_block(size, row, column, probed);
+      });
+  Tail tail(lines_that_may_come(lines, limits), layer.width(), limits);
+  tail.read_with_best_sizes(read_block);
   sizes.put_back();
-  if (!takes_sizes) read_tail(layer, tail, block);
   return tail;
 }
 
@@ -297,7 +264,7 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
   if (next == end) return {};
 
   const Window rest{window.column, next, window.width, end - next};
-  const Tail tail = read_with_other_blocks(product, layer, rest, block);
+  const Tail tail = read_with_other_blocks(product, layer, rest);
   const std::int32_t held_end = tail.window().line + tail.window().height;
   std::vector<LineRange> missing;
   give_up_lines(window.width, {next, tail.window().line - 1}, sink, missing);

@@ -11,7 +11,17 @@ namespace {
 constexpr std::int64_t block_cost = 1000;
 constexpr std::int64_t size_cost = 1000000;
 
+constexpr int most_sizes = 16;
+
 }  // namespace
+
+void append(std::vector<LineRange>& ranges, const LineRange& lines) {
+  if (!ranges.empty() && ranges.back().last == lines.first - 1) {
+    ranges.back().last = lines.last;
+  } else {
+    ranges.push_back(lines);
+  }
+}
 
 Tail::Tail(const Window& lines, std::int32_t image_width, const BlockLimits& limits)
     : window_(lines),
@@ -23,6 +33,28 @@ Tail::Tail(const Window& lines, std::int32_t image_width, const BlockLimits& lim
 bool Tail::is_complete() const {
   return std::all_of(filled_until_.begin(), filled_until_.end(),
                      [&](std::int32_t until) { return until >= right(); });
+}
+
+void Tail::read(std::int32_t size, const BlockReader& read_block) {
+  mark_tried(size);
+  std::vector<std::uint16_t> block;
+  for (const std::int32_t row : block_rows(size)) {
+    for (const std::int32_t column : block_columns(size, row)) {
+      if (!read_block(size, row, column, block)) {
+        refuse(size, row, column);
+        break;
+      }
+      deliver(size, row, column, block);
+    }
+  }
+}
+
+void Tail::read_with_best_sizes(const BlockReader& read_block) {
+  for (int attempt = 0; attempt < most_sizes && !is_complete(); ++attempt) {
+    const auto better = best_block_size();
+    if (!better) return;
+    read(*better, read_block);
+  }
 }
 
 std::int32_t Tail::reach(std::int32_t size, std::int32_t line) const {
@@ -130,11 +162,7 @@ std::vector<LineRange> Tail::missing() const {
   for (std::int32_t i = 0; i < lines(); ++i) {
     if (filled_until_[static_cast<std::size_t>(i)] >= right()) continue;
     const std::int32_t line = window_.line + i;
-    if (!ranges.empty() && ranges.back().last == line - 1) {
-      ranges.back().last = line;
-    } else {
-      ranges.push_back({line, line});
-    }
+    append(ranges, {line, line});
   }
   return ranges;
 }

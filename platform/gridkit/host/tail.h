@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -11,6 +12,13 @@
 
 namespace gridkit {
 
+// Reads a block, [size][size] pixels; false when it does not come.
+using BlockReader = std::function<bool(std::int32_t size, std::int32_t row, std::int32_t column,
+                                       std::vector<std::uint16_t>& block)>;
+
+// Adds lines behind those that are there.
+void append(std::vector<LineRange>& ranges, const LineRange& lines);
+
 // The lines at the bottom of a window that did not come with the first block size, and what is
 // known of which blocks the plug-in delivers. Pixels of a line fill up from the left.
 class Tail {
@@ -19,6 +27,13 @@ class Tail {
   Tail(const Window& lines, std::int32_t image_width, const BlockLimits& limits);
 
   bool is_complete() const;
+
+  // Takes in what blocks of that size bring.
+  void read(std::int32_t size, const BlockReader& read_block);
+
+  // The same with the best size, and then with the one that is best for what is left, up to
+  // sixteen.
+  void read_with_best_sizes(const BlockReader& read_block);
 
   // The square block size that promises most missing pixels for the time that its blocks take, so
   // that large blocks bring the bulk and small ones only what is left of it; the smallest of

@@ -65,22 +65,11 @@ Image cut(Image image, std::int32_t lines, std::int32_t columns) {
 std::vector<gridkit::LineRange> missing_of(const Image& image, std::int32_t first) {
   const BlockLimits limits = image.limits();
   gridkit::Tail tail({0, first, image.width, image.height - first}, image.width, limits);
-  for (int attempt = 0; attempt < 16 && !tail.is_complete(); ++attempt) {
-    const auto size = tail.best_block_size();
-    if (!size) break;
-    tail.mark_tried(*size);
-    const std::vector<std::uint16_t> block(static_cast<std::size_t>(*size) *
-                                           static_cast<std::size_t>(*size));
-    for (const std::int32_t row : tail.block_rows(*size)) {
-      for (const std::int32_t column : tail.block_columns(*size, row)) {
-        if (!image.comes(*size, row, column)) {
-          tail.refuse(*size, row, column);
-          break;
-        }
-        tail.deliver(*size, row, column, block);
-      }
-    }
-  }
+  tail.read_with_best_sizes(
+      [&](std::int32_t size, std::int32_t row, std::int32_t column, auto& block) {
+        block.resize(static_cast<std::size_t>(size) * static_cast<std::size_t>(size));
+        return image.comes(size, row, column);
+      });
   return tail.missing();
 }
 
