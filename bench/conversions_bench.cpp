@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "bench/ratio.h"
-#include "image/conversion_kernels.h"
+#include "conversion/kernels.h"
 #include "tests/support/plain_conversion.h"
 
 namespace {
@@ -76,7 +76,7 @@ int main(int argc, char** argv) {
   constexpr Convert plain_magnitudes = convert_plainly<plain_magnitude>;
   constexpr Convert plain_phases = convert_plainly<plain_phase>;
   std::vector<bench::Row> rows;
-  for (const ConversionKernels* set : tsx_ConversionKernels()) {
+  for (const conversion::Kernels* set : conversion::available_kernels()) {
     const std::string name = set->name;
     // The narrowest set is to reach half of what the wider ones are to.
     const bool is_widest = name == "AVX-512";

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Derives the polynomials of image/conversion_kernel.inc and prints them with their errors.
+"""Derives the polynomials of platform/conversion/pixel_kernels.inc and prints them with their errors.
 
 Found is the odd polynomial P of TERMS terms that comes closest to S atan(u) on [0, 1]: Remez' exchange
 in 50 decimal digits. S is the steps of the 16-bit phase in a radian, 10430.3783505, for coefficients

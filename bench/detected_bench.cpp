@@ -17,6 +17,7 @@
 #include "record/exports.h"
 #include "record/tsx_file.h"
 #include "tests/support/scratch_folder.h"
+#include "tools/command_line/memory_use.h"
 
 namespace {
 
@@ -148,6 +149,7 @@ bench::Row row(const std::string& kind, Image& image) {
 }  // namespace
 
 int main(int argc, char** argv) try {
+  settle_memory_use();  // as the programs do
   GDALRegister_GTiff();
   const ScratchFolder folder;
   std::deque<Image> images;

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "image/conversion_kernels.h"
+#include "conversion/kernels.h"
 #include "tests/support/plain_conversion.h"
 
 namespace {
@@ -33,7 +33,7 @@ std::uint64_t differences(const Row& a, const Row& b) {
 
 // Rows of one I and every Q, until none is left.
 void prove(std::atomic<int>& next, std::vector<Differences>& found) {
-  const auto kernels = tsx_ConversionKernels();
+  const auto kernels = conversion::available_kernels();
   std::vector<std::int16_t> i(values);
   std::vector<std::int16_t> q(values);
   std::iota(q.begin(), q.end(), std::int16_t{-32768});
@@ -62,7 +62,7 @@ void prove(std::atomic<int>& next, std::vector<Differences>& found) {
 
 int main() {
   const auto start = std::chrono::steady_clock::now();
-  const auto kernels = tsx_ConversionKernels();
+  const auto kernels = conversion::available_kernels();
   std::vector<Differences> found(kernels.size());
   std::atomic<int> next{0};
   {

@@ -50,7 +50,7 @@ void check_blocks(const ComplexProduct& product, const OpenLayer& layer, const K
 }
 
 void read_file(const std::filesystem::path& path) {
-  const gridkit::descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const gridkit::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   static std::vector<char> buffer(read_bytes);
   ssize_t n = 1;
   while (n > 0) n = ::read(file.get(), buffer.data(), buffer.size());
@@ -60,7 +60,7 @@ void read_file(const std::filesystem::path& path) {
 
 // The reads of a sweep and nothing else: one of each line of each block, in the reader's order.
 void read_lines(const ComplexProduct& product, std::int32_t size) {
-  const gridkit::descriptor file(::open(product.image().c_str(), O_RDONLY | O_CLOEXEC));
+  const gridkit::Descriptor file(::open(product.image().c_str(), O_RDONLY | O_CLOEXEC));
   std::vector<char> line(4 * static_cast<std::size_t>(size));
   for (std::int32_t row = 0; row < image_size; row += size) {
     for (std::int32_t column = 0; column < image_size; column += size) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace binding {
@@ -7,8 +9,11 @@ namespace binding {
 // Ends the process over a programmer's error in the use of an annotation class.
 //
 // Writes "SOURCE_TAG: assertion failed: TEXT" and a line end to standard error, then aborts. The
-// check is part of the delivered program: no build setting takes it out. No document can bring it
-// about; documents are refused through lmx::elmx_error.
-[[noreturn]] void fail_assertion(const std::string& text, const char* source_tag);
+// check is part of the delivered program: no build setting takes it out. Reading a document never
+// brings it about: documents are refused through lmx::elmx_error.
+[[noreturn]] inline void fail_assertion(const std::string& text, const char* source_tag) {
+  std::fprintf(stderr, "%s: assertion failed: %s\n", source_tag, text.c_str());
+  std::abort();
+}
 
 }  // namespace binding

@@ -1,4 +1,5 @@
 #include "binding/description.h"
+#include "lmx/big_int.h"
 
 namespace binding {
 

@@ -5,35 +5,40 @@
 #include <span>
 
 #include "binding/value_set.h"
-#include "lmx/big_int.h"
-#include "lmx/reader.h"
+#include "lmx/error.h"
+#include "lmx/event.h"
+
+namespace lmx {
+class c_big_int;
+}
 
 // What the engine knows of an annotation class: constant tables, one per class, made from the
 // schema tables. Every rule of reading, writing and copying is written once, over these.
 
 namespace binding {
 
-struct class_description;
+struct ClassDescription;
 
 // How a member stands in the document.
-enum class role : std::uint8_t {
+enum class Role : std::uint8_t {
   attribute,
   element,
   text,  // the element's own text, beside its attributes
 };
 
-// How a class holds a member; the types are those of binding/storage.h.
-enum class form : std::uint8_t {
-  scalar,       // held<VALUE>
-  token_list,   // token_list
-  string_list,  // string_list
-  object,       // held<CLASS>
-  object_list,  // object_list<CLASS>
-  raw,          // held<std::string>: the inner markup as it stands
+// How a class holds a member; the types are those of binding/storage.h. A choice holds one member
+// by a pointer instead: a scalar as std::string, a token list as StringList, an object as itself.
+enum class Form : std::uint8_t {
+  scalar,       // Held<VALUE>
+  token_list,   // TokenList
+  string_list,  // StringList
+  object,       // Held<CLASS>
+  object_list,  // ObjectList<CLASS>
+  raw,          // Held<std::string>: the inner markup as it stands
 };
 
-// The simple types of the schema, as C++ holds them.
-enum class value_type : std::uint8_t {
+// The simple types of the schema, as C++ holds them (binding/value_types.h).
+enum class ValueType : std::uint8_t {
   string,
   float64,
   float32,
@@ -47,9 +52,9 @@ enum class value_type : std::uint8_t {
 };
 
 // Inclusive bounds of an integer, compared on the text, so at any length.
-struct integer_bounds {
-  const lmx::c_big_int* lower;
-  const lmx::c_big_int* upper;
+struct IntegerBounds {
+  const lmx::c_big_int* lower = nullptr;
+  const lmx::c_big_int* upper = nullptr;
 };
 
 // The bounds of the schema's integers, built before the first document is read.
@@ -66,46 +71,52 @@ extern const lmx::c_big_int uint64_highest;
 
 inline constexpr std::uint32_t unbounded = 0xFFFFFFFF;
 
-struct member {
+struct Member {
   const char* name;  // as the document spells it
-  binding::role role;
-  binding::form form;
-  value_type type;
-  int event;              // number of the name within the version
-  std::uint32_t offset;   // of the holding object within the class; 0 in a choice
-  std::uint32_t minimum;  // occurrences
-  std::uint32_t maximum;
-  std::uint32_t max_length;         // of a string in characters; 0: no limit
-  binding::value_set values;        // empty: any text
-  integer_bounds bounds;            // null pointers: not an integer
-  double limit;                     // of a floating value's magnitude, inclusive; 0: no limit
-  const class_description* nested;  // class of an object or of a list's objects, else null
-  std::uint32_t flag_offset;        // of a nested object's presence flag within the class
+  Role role;
+  Form form;
+  ValueType type = ValueType::string;
+  int event = 0;                  // number of the name within the version; 0 for an own text
+  std::uint32_t offset = 0;       // of what holds it, within the class; unused in a choice
+  std::uint32_t flag_offset = 0;  // of its presence flag, within the class; unused without one
+  std::uint32_t minimum = 1;      // occurrences
+  std::uint32_t maximum = 1;
+  std::uint32_t max_length = 0;  // of a string in characters; 0: no limit
+  ValueSet values{};             // empty: any text
+  IntegerBounds bounds{};        // null pointers: not an integer
+  double limit = 0;              // of a floating value's magnitude, inclusive; 0: no limit
+  const ClassDescription* nested = nullptr;  // class of an object or of a list's objects
 };
 
-// The member that a choice holds: `chosen` is its number in schema order, and `object` points to
-// it. Behind the last member's number stands the one for nothing chosen.
-struct choice {
-  int chosen;
-  void* object = nullptr;
+// What stands between a class's start tag and its end tag.
+enum class Content : std::uint8_t {
+  elements,  // its members, in order
+  choice,    // one of its members
+  text,      // a value of its own
+  document,  // one of its members, and the class itself writes no tags: a document's root
 };
 
-struct class_description {
+struct ClassDescription {
   const char* class_name;  // below the namespace, such as "c_dblPolynom::c_dblPolynom_coefficient"
   const char* name;        // the word in reports: the element's name, or a named type's
   const char* source_tag;  // "level1bProduct34", "level1bProduct35" or "level1bProduct40"
-  std::span<const member> attributes;
-  std::span<const member> elements;  // of a choice: its members, one of which stands
-  const member* text;                // the own text value, or null
-  const lmx::s_event_map* attribute_map;
-  const lmx::s_event_map* element_map;  // one row an element, in order, and the closing row
-  std::uint32_t choice_offset;          // of the binding::choice; used where is_choice
-  bool is_choice;
-  bool may_be_empty;  // an empty element is accepted and its required members go unchecked
-  bool is_global;     // stands directly in the namespace: writes the namespace attributes
-  void* (*create)();  // a new default object
+  Content content;
+  std::span<const Member> attributes{};
+  std::span<const Member> elements{};  // of a choice: its members, one of which stands
+  const Member* text = nullptr;        // the own text value, or null
+  const lmx::s_event_map* attribute_map = nullptr;
+  const lmx::s_event_map* element_map = nullptr;  // a row an element, in order, and a closing row
+  std::uint32_t choice_offset = 0;                // of the Choice, where there is one
+  bool may_be_empty = false;  // an empty element is accepted and its required members go unchecked
+  bool is_global = false;     // stands directly in the namespace: writes the namespace attributes
+  void* (*create)();          // a new default object
   void (*destroy)(void*);
 };
+
+// Whether objects of the class hold a Choice in the place of their elements.
+inline bool has_choice(const ClassDescription& description) {
+  return description.content == Content::choice || description.content == Content::document;
+}
 
 // The tables that all classes of a version share: the reader's and the writer's namespace maps.
 // Both are empty, as the schema has no target namespace.

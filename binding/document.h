@@ -5,73 +5,39 @@
 #include <string>
 
 #include "binding/engine.h"
-#include "lmx/reader.h"
-#include "lmx/writer.h"
 
-// The document-level entry points, shared by the global elements and the roots: what they read from
-// and write to. `Document` offers unmarshal(reader) and marshal(writer, element_name).
+// The document-level entry points, the same for global elements and roots: what a document is read
+// from and written to.
 
 namespace binding {
 
-// Reads a document from a file; error_cannot_open when there is none to read.
-template <class Document>
-lmx::elmx_error read_from(Document& document, const char* file_name) {
-  lmx::c_xml_reader_file reader(file_name);
-  if (!reader.is_open()) return lmx::elmx_error{lmx::error_cannot_open};
-  return document.unmarshal(reader);
-}
+// Fetches the document's root element and reads it. A class's element must stand there, or any of
+// the members of a document's root. Nothing is read after it.
+lmx::elmx_error read_document(const ClassDescription& description, void* object,
+                              lmx::c_xml_reader& reader);
 
-template <class Document>
-lmx::elmx_error read_from(Document& document, const char* data, std::size_t length) {
-  lmx::c_xml_reader_memory reader(data, length);
-  return document.unmarshal(reader);
-}
+// The same from a file, error_cannot_open when there is none to read, and from a text in memory.
+lmx::elmx_error read_file(const ClassDescription& description, void* object, const char* file_name);
+lmx::elmx_error read_memory(const ClassDescription& description, void* object, const char* data,
+                            std::size_t length);
 
-// The string is the document's text, never a file name.
-template <class Document>
-lmx::elmx_error read_from(Document& document, const std::string& xml_text) {
-  return document.unmarshal(xml_text.data(), xml_text.size());
-}
-
-// Writers for the three targets. A file is truncated; one that cannot be opened or written whole
+// Writes the object as a document. A file is truncated; one that cannot be opened or written whole
 // gives error_cannot_open. A text is replaced only on success.
-class document_writer {
- public:
-  virtual ~document_writer() = default;
-  virtual lmx::elmx_error write(lmx::c_xml_writer& writer) const = 0;
+lmx::elmx_error write_file(const ClassDescription& description, const void* object,
+                           const char* file_name);
+lmx::elmx_error write_text(const ClassDescription& description, const void* object,
+                           std::string* text);
+lmx::elmx_error write_stream(const ClassDescription& description, const void* object,
+                             std::ostream& stream);
 
-  lmx::elmx_error to_file(const char* file_name) const;
-  lmx::elmx_error to_text(std::string* text) const;
-  lmx::elmx_error to_stream(std::ostream& stream) const;
-};
+// Reads the global element on which the reader stands into a document's root. `*error` gets what
+// the read gave, but stays untouched where a text or a list was read without a fault. True on
+// success.
+bool read_current_member(const ClassDescription& description, void* object,
+                         lmx::c_xml_reader& reader, std::string* name, lmx::elmx_error* error);
 
-template <class Document>
-class writer_of final : public document_writer {
- public:
-  writer_of(const Document& document, const char* element_name)
-      : document_(document), element_name_(element_name) {}
-  lmx::elmx_error write(lmx::c_xml_writer& writer) const override {
-    return document_.marshal(writer, element_name_);
-  }
-
- private:
-  const Document& document_;
-  const char* element_name_;
-};
-
-template <class Document>
-lmx::elmx_error write_to(const Document& document, const char* file_name, const char* element) {
-  return writer_of<Document>(document, element).to_file(file_name);
-}
-
-template <class Document>
-lmx::elmx_error write_to(const Document& document, std::string* text, const char* element) {
-  return writer_of<Document>(document, element).to_text(text);
-}
-
-template <class Document>
-lmx::elmx_error write_to(const Document& document, std::ostream& stream, const char* element) {
-  return writer_of<Document>(document, element).to_stream(stream);
-}
+// Whether the reader stands on a member of a document's root. The event stays as classified when it
+// does, and as it was when it does not.
+bool stands_on_member(const ClassDescription& description, lmx::c_xml_reader& reader);
 
 }  // namespace binding

@@ -1,71 +1,111 @@
 #include "binding/read_value.h"
 
+#include <concepts>
 #include <optional>
+#include <utility>
 
+#include "binding/value_types.h"
+#include "lmx/big_int.h"
 #include "lmx/list_tokeniser.h"
 #include "lmx/value.h"
 
 namespace binding {
 
+using lmx::elmx_error;
+
 namespace {
 
-std::string quoted_values(value_set set) {
+std::string quoted_values(ValueSet set) {
   std::string text = "one of";
-  for (const enumerated& entry : set) {
-    text += text.size() == 6 ? " \"" : ", \"";
+  const char* separator = " \"";
+  for (const Enumerated& entry : set) {
+    text += separator;
     text += entry.text;
     text += '"';
+    separator = ", \"";
   }
   return text;
 }
 
-lmx::elmx_error check_length(const value_site& site) {
-  const std::string& text = site.reader.value_text;
-  if (site.m.max_length == 0 || lmx::is_max_length_ok(text, site.m.max_length)) return {};
-  return site.fault(lmx::error_too_long,
-                    "at most " + std::to_string(site.m.max_length) + " characters");
+// Reports the fault where the demand is not met; `words` makes the text of what was expected. Where
+// the policy lets it pass, the value's next check follows.
+template <class Words>
+elmx_error demand(bool met, const ValueSite& site, elmx_error code, Words words) {
+  return met ? elmx_error{} : site.fault(code, words());
 }
 
-lmx::elmx_error check_enumerated(const value_site& site, const std::string& text) {
-  if (site.m.values.empty() || number_of(site.m.values, text) != 0) return {};
-  return site.fault(lmx::error_not_in_enumeration, quoted_values(site.m.values));
+elmx_error check_length(const ValueSite& site) {
+  const std::uint32_t most = site.m.max_length;
+  return demand(most == 0 || lmx::is_max_length_ok(site.reader.value_text, most), site,
+                lmx::error_too_long,
+                [&] { return "at most " + std::to_string(most) + " characters"; });
 }
 
-lmx::elmx_error store_string(const value_site& site, std::string& target) {
-  if (const lmx::elmx_error error = check_length(site); error != 0) return error;
-  lmx::vtostring(target, site.reader.value_text);
-  return check_enumerated(site, target);
-}
-
-std::string bounds_text(const member& m) {
-  if (m.limit == 0) {
-    return "an integer from " + m.bounds.lower->digits() + " to " + m.bounds.upper->digits();
-  }
-  const std::string degrees = std::to_string(static_cast<int>(m.limit));
-  return "a number from -" + degrees + " to " + degrees;
+elmx_error check_enumerated(const ValueSite& site, const std::string& text) {
+  const ValueSet values = site.m.values;
+  return demand(values.empty() || number_of(values, text) != 0, site, lmx::error_not_in_enumeration,
+                [&] { return quoted_values(values); });
 }
 
 // Bounds are compared on the text, so they hold at any length and the conversion cannot overflow.
-lmx::elmx_error check_integer(const value_site& site) {
+elmx_error check_integer(const ValueSite& site) {
   const std::string& text = site.reader.value_text;
-  if (!lmx::is_valid_integer(text)) {
-    if (const auto error = site.fault(lmx::error_invalid_value, "an integer"); error != 0) {
-      return error;
-    }
-  }
-  if (!(text >= *site.m.bounds.lower)) {
-    if (const auto error = site.fault(lmx::error_below_lower_bound, bounds_text(site.m));
-        error != 0) {
-      return error;
-    }
-  }
-  if (text <= *site.m.bounds.upper) return {};
-  return site.fault(lmx::error_above_upper_bound, bounds_text(site.m));
+  const IntegerBounds bounds = site.m.bounds;
+  const auto words = [&] {
+    return "an integer from " + bounds.lower->digits() + " to " + bounds.upper->digits();
+  };
+  elmx_error error = demand(lmx::is_valid_integer(text), site, lmx::error_invalid_value,
+                            [] { return "an integer"; });
+  if (error == 0) error = demand(text >= *bounds.lower, site, lmx::error_below_lower_bound, words);
+  if (error == 0) error = demand(text <= *bounds.upper, site, lmx::error_above_upper_bound, words);
+  return error;
 }
 
 // Bounds are compared in the member's own type. NaN is refused by the lower one.
-template <class T>
-lmx::elmx_error store_floating(const value_site& site, T& target) {
+template <std::floating_point T>
+elmx_error check_limit(const ValueSite& site, T value) {
+  if (site.m.limit == 0) return {};
+  const T limit = static_cast<T>(site.m.limit);
+  const auto words = [&] {
+    const std::string degrees = std::to_string(static_cast<int>(site.m.limit));
+    return "a number from -" + degrees + " to " + degrees;
+  };
+  const elmx_error error = demand(value >= -limit, site, lmx::error_below_lower_bound, words);
+  if (error != 0) return error;
+  return demand(limit >= value, site, lmx::error_above_upper_bound, words);
+}
+
+template <std::integral T>
+T to_integer(const std::string& text) {
+  if constexpr (std::is_same_v<T, std::int32_t>) {
+    return lmx::to_int32(text);
+  } else if constexpr (std::is_same_v<T, std::uint32_t>) {
+    return lmx::to_uint32(text);
+  } else if constexpr (std::is_same_v<T, std::int64_t>) {
+    return lmx::to_int64(text);
+  } else if constexpr (std::is_same_v<T, std::uint64_t>) {
+    return lmx::to_uint64(text);
+  } else {
+    static_assert(std::is_same_v<T, std::uint8_t>);
+    return lmx::to_uint8(text);
+  }
+}
+
+// --- The checks and the conversion of each type --------------------------------------------------
+
+elmx_error convert(const ValueSite& site, std::string& target) {
+  return store_text(site, target);
+}
+
+template <std::integral T>
+elmx_error convert(const ValueSite& site, T& target) {
+  const elmx_error error = check_integer(site);
+  if (error == 0) target = to_integer<T>(site.reader.value_text);
+  return error;
+}
+
+template <std::floating_point T>
+elmx_error convert(const ValueSite& site, T& target) {
   // Most numbers come without blanks and convert as they stand.
   std::string& text = site.reader.value_text;
   std::optional<double> number = lmx::to_valid_double(text);
@@ -73,131 +113,89 @@ lmx::elmx_error store_floating(const value_site& site, T& target) {
     lmx::collapse(text);
     number = lmx::to_valid_double(text);
   }
-  if (!number) {
-    if (const auto error = site.fault(lmx::error_invalid_value, "a number"); error != 0) {
-      return error;
-    }
-    number = lmx::to_double(text);
-  }
-  const T value = static_cast<T>(*number);
-  if (site.m.limit != 0) {
-    const T limit = static_cast<T>(site.m.limit);
-    if (!(value >= -limit)) {
-      if (const auto error = site.fault(lmx::error_below_lower_bound, bounds_text(site.m));
-          error != 0) {
-        return error;
-      }
-    }
-    if (!(limit >= value)) {
-      if (const auto error = site.fault(lmx::error_above_upper_bound, bounds_text(site.m));
-          error != 0) {
-        return error;
-      }
-    }
-  }
-  target = value;
-  return {};
-}
-
-lmx::elmx_error store_boolean(const value_site& site, bool& target) {
-  if (!lmx::is_valid_bool(site.reader.value_text)) {
-    if (const auto error = site.fault(lmx::error_invalid_value, "true, false, 1 or 0");
-        error != 0) {
-      return error;
-    }
-  }
-  target = lmx::to_bool(site.reader.value_text);
-  return {};
-}
-
-lmx::elmx_error store_date_time(const value_site& site, lmx::c_datetime& target) {
-  lmx::c_datetime read;
-  read = site.reader.value_text;
-  if (read.text().empty()) {  // which no valid text leaves it
-    if (const auto error = site.fault(lmx::error_invalid_value,
-                                      "a date and time such as 2008-03-10T13:32:20.083162Z");
-        error != 0) {
-      return error;
-    }
-  }
-  target = read;
-  return {};
-}
-
-template <class T, class Store>
-lmx::elmx_error store_held(void* value, Store store) {
-  auto& target = *static_cast<held<T>*>(value);
-  const lmx::elmx_error error = store(target.value);
-  if (error == 0) target.is_set = true;
+  elmx_error error =
+      demand(number.has_value(), site, lmx::error_invalid_value, [] { return "a number"; });
+  if (error != 0) return error;
+  const T value = static_cast<T>(number ? *number : lmx::to_double(text));
+  error = check_limit(site, value);
+  if (error == 0) target = value;
   return error;
 }
 
-template <class T, class Convert>
-lmx::elmx_error store_integer(const value_site& site, void* value, Convert convert) {
-  return store_held<T>(value, [&](T& target) {
-    const lmx::elmx_error error = check_integer(site);
-    if (error == 0) target = convert(site.reader.value_text);
+elmx_error convert(const ValueSite& site, bool& target) {
+  const std::string& text = site.reader.value_text;
+  const elmx_error error = demand(lmx::is_valid_bool(text), site, lmx::error_invalid_value,
+                                  [] { return "true, false, 1 or 0"; });
+  if (error == 0) target = lmx::to_bool(text);
+  return error;
+}
+
+elmx_error convert(const ValueSite& site, lmx::c_datetime& target) {
+  lmx::c_datetime read;
+  read = site.reader.value_text;
+  const bool valid = !read.text().empty();  // only an invalid text leaves it empty
+  const elmx_error error = demand(valid, site, lmx::error_invalid_value, [] {
+    return "a date and time such as 2008-03-10T13:32:20.083162Z";
+  });
+  if (error == 0) target = read;
+  return error;
+}
+
+elmx_error store_scalar(const ValueSite& site, void* held) {
+  return with_value_type(site.m.type, [&]<class T>(std::type_identity<T>) {
+    auto& scalar = *static_cast<Held<T>*>(held);
+    const elmx_error error = convert(site, scalar.value);
+    if (error == 0) scalar.is_set = true;
     return error;
   });
 }
 
+elmx_error store_entry(const ValueSite& site, StringList& entries) {
+  if (const elmx_error error = check_length(site); error != 0) return error;
+  std::string& entry = entries.add();
+  lmx::vtostring(entry, site.reader.value_text);
+  return check_enumerated(site, entry);
+}
+
 }  // namespace
 
-lmx::elmx_error value_site::fault(lmx::elmx_error code, std::string expected) const {
+elmx_error ValueSite::fault(elmx_error code, std::string expected) const {
   return reader.handle_error(code, name, source_tag, m.event, std::move(expected));
 }
 
-lmx::elmx_whitespace whitespace_of(const member& m) {
-  if (m.form == form::token_list) {
-    return m.role == role::element ? lmx::whitespace_preserve : lmx::whitespace_collapse;
+lmx::elmx_whitespace whitespace_of(const Member& m) {
+  if (m.form == Form::token_list) {
+    return m.role == Role::element ? lmx::whitespace_preserve : lmx::whitespace_collapse;
   }
-  const bool kept = m.type == value_type::string || m.type == value_type::float64 ||
-                    m.type == value_type::float32;
+  const bool kept =
+      m.type == ValueType::string || m.type == ValueType::float64 || m.type == ValueType::float32;
   return kept ? lmx::whitespace_preserve : lmx::whitespace_collapse;
 }
 
-lmx::elmx_error store_scalar(const value_site& site, void* value) {
-  switch (site.m.type) {
-    case value_type::string:
-      return store_held<std::string>(value, [&](auto& t) { return store_string(site, t); });
-    case value_type::float64:
-      return store_held<double>(value, [&](auto& t) { return store_floating(site, t); });
-    case value_type::float32:
-      return store_held<float>(value, [&](auto& t) { return store_floating(site, t); });
-    case value_type::boolean:
-      return store_held<bool>(value, [&](auto& t) { return store_boolean(site, t); });
-    case value_type::date_time:
-      return store_held<lmx::c_datetime>(value, [&](auto& t) { return store_date_time(site, t); });
-    case value_type::int32:
-      return store_integer<std::int32_t>(site, value, lmx::to_int32);
-    case value_type::uint32:
-      return store_integer<std::uint32_t>(site, value, lmx::to_uint32);
-    case value_type::int64:
-      return store_integer<std::int64_t>(site, value, lmx::to_int64);
-    case value_type::uint64:
-      return store_integer<std::uint64_t>(site, value, lmx::to_uint64);
-    case value_type::uint8:
-      return store_integer<std::uint8_t>(site, value, lmx::to_uint8);
-  }
-  return {};
+elmx_error store_value(const ValueSite& site, void* held) {
+  if (site.m.form == Form::string_list) return store_entry(site, *static_cast<StringList*>(held));
+  if (site.m.form != Form::token_list) return store_scalar(site, held);
+  auto& list = *static_cast<TokenList*>(held);
+  const elmx_error error = store_tokens(site, list.entries);
+  if (error == 0) list.is_set = true;
+  return error;
 }
 
-lmx::elmx_error store_tokens(const value_site& site, string_list& entries) {
+elmx_error store_text(const ValueSite& site, std::string& text) {
+  if (const elmx_error error = check_length(site); error != 0) return error;
+  lmx::vtostring(text, site.reader.value_text);
+  return check_enumerated(site, text);
+}
+
+elmx_error store_tokens(const ValueSite& site, StringList& entries) {
   lmx::c_xml_list_tokeniser tokens(site.reader.value_text);
   std::string token;
   while (tokens.get(&token)) {
     std::string& entry = entries.add();
     lmx::vtostring(entry, token);
-    if (const lmx::elmx_error error = check_enumerated(site, entry); error != 0) return error;
+    if (const elmx_error error = check_enumerated(site, entry); error != 0) return error;
   }
   return {};
-}
-
-lmx::elmx_error store_entry(const value_site& site, string_list& entries) {
-  if (const lmx::elmx_error error = check_length(site); error != 0) return error;
-  std::string& entry = entries.add();
-  lmx::vtostring(entry, site.reader.value_text);
-  return check_enumerated(site, entry);
 }
 
 }  // namespace binding

@@ -11,12 +11,15 @@
 
 namespace binding {
 
+// What is expected, in words, where an element's text cannot be read at all.
+inline constexpr const char* expected_text = "a text value";
+
 // Where a value stands, for the report of a fault.
-struct value_site {
+struct ValueSite {
   lmx::c_xml_reader& reader;
   const std::string& name;  // element's name that reports give
   const char* source_tag;
-  const member& m;
+  const Member& m;
 
   // Reports a fault by the reader's policy: 0 goes on, anything else ends the read.
   lmx::elmx_error fault(lmx::elmx_error code, std::string expected) const;
@@ -24,19 +27,18 @@ struct value_site {
 
 // How the value's whitespace is treated before it is checked: texts of elements and attributes stay
 // as they are; integers, booleans, times and list-valued attributes and texts are collapsed.
-// Floating numbers, of which there are most, stay as they are too: store_scalar collapses those
+// Floating numbers, of which there are most, stay as they are too: store_value collapses those
 // that do not convert so.
-lmx::elmx_whitespace whitespace_of(const member& m);
+lmx::elmx_whitespace whitespace_of(const Member& m);
 
 // Checks reader.value_text by the member's type, in the type's order of checks, and stores it in
-// the scalar `value` (a held<VALUE> of the member's type). An enumerated text is stored before it
-// is compared. The flag is set when the result is 0.
-lmx::elmx_error store_scalar(const value_site& site, void* value);
+// `held`, which is of the member's form: a scalar takes it in the place of its value, a token list
+// appends its tokens, each checked by itself, a string list appends it as one more. An enumerated
+// text is stored before it is compared. A flag is set when the result is 0.
+lmx::elmx_error store_value(const ValueSite& site, void* held);
 
-// Splits reader.value_text into tokens, each checked by itself, and appends them.
-lmx::elmx_error store_tokens(const value_site& site, string_list& entries);
-
-// Appends reader.value_text as one more string.
-lmx::elmx_error store_entry(const value_site& site, string_list& entries);
+// The same for a text and for a list of tokens without a flag, as a document's root holds them.
+lmx::elmx_error store_text(const ValueSite& site, std::string& text);
+lmx::elmx_error store_tokens(const ValueSite& site, StringList& entries);
 
 }  // namespace binding

@@ -15,10 +15,10 @@
 
 namespace binding {
 
-// A single value or a nested object, and behind it whether it was read or set. The flag does not
+// A single value or a nested object, followed by whether it was read or set. The flag does not
 // guard the value: a value that was never set reads as its default, one that was unset as before.
 template <class T>
-struct held {
+struct Held {
   T value{};
   bool is_set = false;
 
@@ -37,13 +37,13 @@ struct held {
 };
 
 // An enumerated text set by its number; false, and nothing changed, for a number outside the set.
-inline bool set_number(held<std::string>& member, value_set set, int number) {
-  const enumerated* entry = entry_of(set, number);
+inline bool set_number(Held<std::string>& member, ValueSet set, int number) {
+  const Enumerated* entry = entry_of(set, number);
   return entry != nullptr && member.set(std::string(entry->text)) == 0;
 }
 
 // Owned strings of a repeating string element. There is no maximum.
-class string_list {
+class StringList {
  public:
   std::size_t size() const { return entries_.size(); }
 
@@ -86,19 +86,19 @@ class string_list {
   const std::string& operator[](std::size_t index) const { return *entries_[index]; }
 
   // The same by the texts' numbers in a value set.
-  int number(std::size_t index, value_set set, const char* text, const char* source_tag) const {
+  int number(std::size_t index, ValueSet set, const char* text, const char* source_tag) const {
     return number_of(set, get(index, text, source_tag));
   }
-  bool set_number(std::size_t index, value_set set, int number) {
-    const enumerated* entry = entry_of(set, number);
+  bool set_number(std::size_t index, ValueSet set, int number) {
+    const Enumerated* entry = entry_of(set, number);
     return entry != nullptr && this->set(index, std::string(entry->text)) == 0;
   }
-  bool append_number(value_set set, int number) {
-    const enumerated* entry = entry_of(set, number);
+  bool append_number(ValueSet set, int number) {
+    const Enumerated* entry = entry_of(set, number);
     return entry != nullptr && append(std::string(entry->text)) == 0;
   }
-  bool insert_number(std::size_t index, value_set set, int number) {
-    const enumerated* entry = entry_of(set, number);
+  bool insert_number(std::size_t index, ValueSet set, int number) {
+    const Enumerated* entry = entry_of(set, number);
     return entry != nullptr && insert(index, std::string(entry->text)) == 0;
   }
 
@@ -112,9 +112,9 @@ class string_list {
 
 // A whitespace-separated list value: its tokens, and whether the list was read or set. Clearing the
 // list leaves the flag as it is.
-class token_list {
+class TokenList {
  public:
-  string_list entries;
+  StringList entries;
   bool is_set = false;
 
   lmx::elmx_error set(std::size_t index, const std::string& text) {
@@ -124,13 +124,13 @@ class token_list {
   lmx::elmx_error insert(std::size_t index, const std::string& text) {
     return flagged(entries.insert(index, text));
   }
-  bool set_number(std::size_t index, value_set set, int number) {
+  bool set_number(std::size_t index, ValueSet set, int number) {
     return flagged(entries.set_number(index, set, number));
   }
-  bool append_number(value_set set, int number) {
+  bool append_number(ValueSet set, int number) {
     return flagged(entries.append_number(set, number));
   }
-  bool insert_number(std::size_t index, value_set set, int number) {
+  bool insert_number(std::size_t index, ValueSet set, int number) {
     return flagged(entries.insert_number(index, set, number));
   }
 
@@ -145,20 +145,20 @@ class token_list {
   }
 };
 
-// The pointers of an object_list without their type: what the engine works on.
-struct object_entries {
+// The pointers of an ObjectList without their type: what the engine works on.
+struct ObjectEntries {
   std::vector<void*> pointers;
 };
 
 // Owned objects of a repeating element. `maximum` 0 stands for no maximum. They are held by
 // pointer, so a growing list moves pointers only.
 template <class T, std::size_t maximum = 0>
-class object_list : public object_entries {
+class ObjectList : public ObjectEntries {
  public:
-  object_list() = default;
-  object_list(const object_list&) = delete;
-  object_list& operator=(const object_list&) = delete;
-  ~object_list() { clear(); }
+  ObjectList() = default;
+  ObjectList(const ObjectList&) = delete;
+  ObjectList& operator=(const ObjectList&) = delete;
+  ~ObjectList() { clear(); }
 
   std::size_t size() const { return pointers.size(); }
 

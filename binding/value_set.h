@@ -6,25 +6,25 @@
 namespace binding {
 
 // One text of an enumeration and its number (elmx_enums).
-struct enumerated {
+struct Enumerated {
   int number;
   std::string_view text;
 };
 
 // The texts that an enumerated member may hold, in the order in which a text is compared with them.
-using value_set = std::span<const enumerated>;
+using ValueSet = std::span<const Enumerated>;
 
 // Number of the first entry equal to `text`, case-sensitive; 0 when there is none.
-constexpr int number_of(value_set set, std::string_view text) {
-  for (const enumerated& entry : set) {
+constexpr int number_of(ValueSet set, std::string_view text) {
+  for (const Enumerated& entry : set) {
     if (entry.text == text) return entry.number;
   }
   return 0;
 }
 
 // The entry of that number, or null when the set does not hold it (0 is never held).
-constexpr const enumerated* entry_of(value_set set, int number) {
-  for (const enumerated& entry : set) {
+constexpr const Enumerated* entry_of(ValueSet set, int number) {
+  for (const Enumerated& entry : set) {
     if (entry.number == number) return &entry;
   }
   return nullptr;

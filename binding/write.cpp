@@ -1,8 +1,13 @@
+#include <array>
+#include <charconv>
+#include <concepts>
 #include <ostream>
+#include <string_view>
 
 #include "binding/assertion.h"
 #include "binding/engine.h"
-#include "binding/storage.h"
+#include "binding/member_access.h"
+#include "binding/value_types.h"
 #include "lmx/value.h"
 
 namespace binding {
@@ -12,176 +17,173 @@ namespace {
 using lmx::c_xml_writer;
 using lmx::elmx_error;
 
-bool is_flagged(const void* object, const member& m) {
-  return part_of<bool>(object, m.flag_offset);
-}
+// --- Values --------------------------------------------------------------------------------------
 
 template <class T>
-const T& value_of(const void* object, const member& m) {
-  return part_of<held<T>>(object, m.offset).value;
+void insert(std::ostream& out, const T& value) {
+  out << lmx::c_as_xml<T>(value);
 }
 
-void write_value(const void* object, const member& m, std::ostream& out) {
-  switch (m.type) {
-    case value_type::string:
-      out << lmx::c_as_xml<std::string>(value_of<std::string>(object, m));
-      return;
-    case value_type::float64:
-      out << lmx::c_as_xml<double>(value_of<double>(object, m));
-      return;
-    case value_type::float32:
-      out << lmx::c_as_xml<float>(value_of<float>(object, m));
-      return;
-    case value_type::boolean:
-      out << lmx::c_as_xml<bool>(value_of<bool>(object, m));
-      return;
-    case value_type::date_time:
-      out << value_of<lmx::c_datetime>(object, m);
-      return;
-    case value_type::int32:
-      out << value_of<std::int32_t>(object, m);
-      return;
-    case value_type::uint32:
-      out << value_of<std::uint32_t>(object, m);
-      return;
-    case value_type::int64:
-      out << value_of<std::int64_t>(object, m);
-      return;
-    case value_type::uint64:
-      out << value_of<std::uint64_t>(object, m);
-      return;
-    case value_type::uint8:
-      out << static_cast<unsigned>(value_of<std::uint8_t>(object, m));
-      return;
-  }
+// Not by the stream's own operator: that groups digits as the stream's locale tells and takes the
+// base from its flags.
+template <std::integral T>
+requires(!std::same_as<T, bool>) void insert(std::ostream& out, const T& value) {
+  std::array<char, 24> digits;
+  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+  out << std::string_view(digits.data(), end);
 }
 
-void write_tokens(const string_list& entries, c_xml_writer& writer) {
+void insert(std::ostream& out, const lmx::c_datetime& value) {
+  out << value;
+}
+
+void insert(std::ostream& out, const StringList& entries) {
   for (std::size_t i = 0; i < entries.size(); ++i) {
-    writer(false) << (i == 0 ? "" : " ") << lmx::c_as_xml<std::string>(entries[i]);
+    if (i > 0) out << ' ';
+    insert(out, entries[i]);
   }
 }
 
-void write_scalar_element(const void* object, const member& m, c_xml_writer& writer) {
+const StringList& tokens_of(const void* object, const Member& m) {
+  return part_of<TokenList>(object, m.offset).entries;
+}
+
+void insert_value(std::ostream& out, const void* object, const Member& m) {
+  if (m.form == Form::token_list) return insert(out, tokens_of(object, m));
+  with_value_type(m.type, [&]<class T>(std::type_identity<T>) {
+    insert(out, part_of<Held<T>>(object, m.offset).value);
+  });
+}
+
+// An absent member is not written, and a list only where it has entries.
+bool is_written(const void* object, const Member& m) {
+  if (m.minimum == 0 && !flag_of(object, m)) return false;
+  return m.form != Form::token_list || tokens_of(object, m).size() > 0;
+}
+
+// --- Elements ------------------------------------------------------------------------------------
+
+void start_element(const Member& m, c_xml_writer& writer) {
   writer(true) << '<' << m.name << '>';
-  write_value(object, m, writer(false));
+}
+
+void end_element(const Member& m, c_xml_writer& writer) {
   writer(false) << "</" << m.name << '>' << writer.line_end();
 }
 
-void write_raw_element(const void* object, const member& m, c_xml_writer& writer) {
-  writer(true) << '<' << m.name << '>' << value_of<std::string>(object, m) << "</" << m.name << '>'
-               << writer.line_end();
+void write_simple(const void* object, const Member& m, c_xml_writer& writer) {
+  start_element(m, writer);
+  insert_value(writer(false), object, m);
+  end_element(m, writer);
 }
 
-void write_list_element(const string_list& entries, const member& m, c_xml_writer& writer) {
-  if (entries.size() == 0) return;
-  writer(true) << '<' << m.name << '>';
-  write_tokens(entries, writer);
-  writer(false) << "</" << m.name << '>' << writer.line_end();
+void write_raw(const void* object, const Member& m, c_xml_writer& writer) {
+  start_element(m, writer);
+  writer(false) << part_of<Held<std::string>>(object, m.offset).value;
+  end_element(m, writer);
 }
 
-void write_string_elements(const string_list& entries, const member& m, c_xml_writer& writer) {
+void write_strings(const StringList& entries, const Member& m, c_xml_writer& writer) {
   for (std::size_t i = 0; i < entries.size(); ++i) {
-    writer(true) << '<' << m.name << '>' << lmx::c_as_xml<std::string>(entries[i]) << "</" << m.name
-                 << '>' << writer.line_end();
+    start_element(m, writer);
+    insert(writer(false), entries[i]);
+    end_element(m, writer);
   }
 }
 
-elmx_error write_objects(const void* object, const member& m, c_xml_writer& writer) {
-  for (const void* entry : part_of<object_entries>(object, m.offset).pointers) {
-    if (const elmx_error error = write_element(*m.nested, entry, writer, m.name); error != 0) {
-      return error;
-    }
+elmx_error write_objects(const void* object, const Member& m, c_xml_writer& writer) {
+  for (const void* entry : part_of<ObjectEntries>(object, m.offset).pointers) {
+    const elmx_error error = write_element(*m.nested, entry, writer, m.name);
+    if (error != 0) return error;
   }
   return {};
 }
 
-elmx_error write_member(const void* object, const member& m, c_xml_writer& writer) {
-  const bool absent = m.minimum == 0 && m.form != form::object_list &&
-                      m.form != form::string_list && !is_flagged(object, m);
-  if (absent) return {};
+elmx_error write_member(const void* object, const Member& m, c_xml_writer& writer) {
+  if (!repeats(m) && !is_written(object, m)) return {};
   switch (m.form) {
-    case form::scalar:
-      write_scalar_element(object, m, writer);
+    case Form::scalar:
+    case Form::token_list:
+      write_simple(object, m, writer);
       return {};
-    case form::raw:
-      write_raw_element(object, m, writer);
+    case Form::raw:
+      write_raw(object, m, writer);
       return {};
-    case form::token_list:
-      write_list_element(part_of<token_list>(object, m.offset).entries, m, writer);
+    case Form::string_list:
+      write_strings(part_of<StringList>(object, m.offset), m, writer);
       return {};
-    case form::string_list:
-      write_string_elements(part_of<string_list>(object, m.offset), m, writer);
-      return {};
-    case form::object:
+    case Form::object:
       return write_element(*m.nested, &part_of<std::byte>(object, m.offset), writer, m.name);
-    case form::object_list:
+    case Form::object_list:
       return write_objects(object, m, writer);
   }
   return {};
 }
 
-elmx_error write_choice(const class_description& description, const choice& held_choice,
+// --- A choice's member ---------------------------------------------------------------------------
+
+// A text or a list that stands at a document's root. The bracket that closes the start tag is
+// indented like the tag.
+template <class Value>
+void write_global(const Value& value, const Member& m, c_xml_writer& writer) {
+  writer(true) << '<' << m.name;
+  writer.conditionally_select_ns_map(writer_ns_map);
+  writer.conditionally_write_ns_attrs(false);
+  insert(writer(true) << '>', value);
+  end_element(m, writer);
+}
+
+elmx_error write_choice(const ClassDescription& description, const Choice& choice,
                         c_xml_writer& writer) {
-  if (held_choice.chosen >= static_cast<int>(description.elements.size())) {
+  const Member* m = chosen_member(description, choice);
+  if (m == nullptr) {
     return writer.handle_error(elmx_error{lmx::error_nothing_chosen}, description.name,
                                description.source_tag, 0);
   }
-  if (held_choice.object == nullptr) return elmx_error{lmx::error_chosen_but_null};
-  const member& m = description.elements[static_cast<std::size_t>(held_choice.chosen)];
-  return write_element(*m.nested, held_choice.object, writer, m.name);
-}
-
-void write_own_text(const class_description& description, const void* object,
-                    c_xml_writer& writer) {
-  const member& m = *description.text;
-  if (m.form == form::token_list) {
-    write_tokens(part_of<token_list>(object, m.offset).entries, writer);
-  } else {
-    write_value(object, m, writer(false));
+  if (choice.object == nullptr) return elmx_error{lmx::error_chosen_but_null};
+  if (m->form == Form::object) return write_element(*m->nested, choice.object, writer, m->name);
+  if (m->form == Form::scalar) {
+    write_global(held_object<const std::string>(choice), *m, writer);
+  } else if (const auto& list = held_object<const StringList>(choice); list.size() > 0) {
+    write_global(list, *m, writer);
   }
+  return {};
 }
 
 }  // namespace
 
-void write_attributes(const class_description& description, const void* object,
+void write_attributes(const ClassDescription& description, const void* object,
                       c_xml_writer& writer) {
-  for (const member& m : description.attributes) {
-    if (m.minimum == 0 && !is_flagged(object, m)) continue;
-    if (m.form == form::token_list) {
-      const string_list& entries = part_of<token_list>(object, m.offset).entries;
-      if (entries.size() == 0) continue;
-      writer(false) << ' ' << m.name << "=\"";
-      write_tokens(entries, writer);
-    } else {
-      writer(false) << ' ' << m.name << "=\"";
-      write_value(object, m, writer(false));
-    }
+  for (const Member& m : description.attributes) {
+    if (!is_written(object, m)) continue;
+    writer(false) << ' ' << m.name << "=\"";
+    insert_value(writer(false), object, m);
     writer(false) << '"';
   }
 }
 
-elmx_error write_content(const class_description& description, const void* object,
+elmx_error write_content(const ClassDescription& description, const void* object,
                          c_xml_writer& writer) {
-  if (description.is_choice) {
-    return write_choice(description, part_of<choice>(object, description.choice_offset), writer);
+  if (has_choice(description)) {
+    return write_choice(description, choice_of(description, object), writer);
   }
-  if (description.text != nullptr) {
-    write_own_text(description, object, writer);
+  if (description.content == Content::text) {
+    insert_value(writer(false), object, *description.text);
     return {};
   }
-  for (const member& m : description.elements) {
+  for (const Member& m : description.elements) {
     if (const elmx_error error = write_member(object, m, writer); error != 0) return error;
   }
   return {};
 }
 
-elmx_error write_element(const class_description& description, const void* object,
+elmx_error write_element(const ClassDescription& description, const void* object,
                          c_xml_writer& writer, const char* element_name) {
   if (!is_occurs_ok(description, object)) {
     fail_assertion("is_occurs_ok()", description.source_tag);
   }
-  const bool has_children = description.text == nullptr;
+  if (description.content == Content::document) return write_content(description, object, writer);
+  const bool has_children = description.content != Content::text;
   writer(true) << '<' << element_name;
   if (description.is_global) {
     writer.conditionally_select_ns_map(writer_ns_map);

@@ -5,10 +5,16 @@ cmake_policy(SET CMP0011 NEW)
 file(GLOB trees ${CPACK_TEMPORARY_DIRECTORY}/*)
 foreach(tree IN LISTS trees)
   # The system's linker looks where these libraries are, so nothing need say it.
-  file(GLOB programs ${tree}/usr/bin/* ${tree}/usr/lib/*/gridkit/*.so)
+  file(GLOB programs ${tree}/usr/bin/* ${tree}/usr/lib/*/gridkit/*.so
+    ${tree}/usr/lib/*/gridkit/companions/*.so)
   foreach(program IN LISTS programs)
     file(RPATH_REMOVE FILE ${program})
   endforeach()
+
+  # What dpkg-shlibdeps takes in place of expat's own word; cpack removes it with that folder.
+  if(programs)
+    file(WRITE ${tree}/debian/shlibs.local "libexpat 1 libexpat1 (>= ${CPACK_TSX_OLDEST_EXPAT})\n")
+  endif()
 
   # A tree that stays where it is needs no path that moves with it.
   file(GLOB descriptions ${tree}/usr/lib/*/pkgconfig/*.pc)

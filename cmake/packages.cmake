@@ -6,7 +6,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_SOURCE_DIR}/build/package)
-set(CPACK_COMPONENTS_ALL library development plugin tools)
+set(CPACK_COMPONENTS_ALL library development plugin annotation tools)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian_tree.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -20,6 +20,8 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 # told below: their libraries are of one build, so their versions are the same.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+# The linker tells only which functions of expat are called, which very old ones have too.
+set(CPACK_TSX_OLDEST_EXPAT ${TSX_OLDEST_EXPAT})
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libgridkit${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
@@ -46,6 +48,14 @@ set(CPACK_COMPONENT_PLUGIN_DEPENDS library)
 set(CPACK_COMPONENT_PLUGIN_DESCRIPTION "TerraSAR-X products for gridkit
 Opens Level 1B products: complex images as magnitude and phase, detected
 ones with their map data, and the sensor model and calibration beside them.")
+
+set(CPACK_DEBIAN_ANNOTATION_PACKAGE_NAME gridkit-tsx-dev)
+set(CPACK_DEBIAN_ANNOTATION_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_ANNOTATION_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_COMPONENT_ANNOTATION_DEPENDS plugin)
+set(CPACK_COMPONENT_ANNOTATION_DESCRIPTION "annotations of TerraSAR-X products as C++ classes
+Headers, a CMake package and an example for programs that read, change and
+write annotations with the classes of the plug-in.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME gridkit-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)

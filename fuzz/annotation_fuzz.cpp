@@ -1,9 +1,11 @@
-// Binding of annotations in each version, and the way back: what binds is written and binds again
-// as the same document. The first byte picks the version, the rest is the document.
+// Binding of annotations in each version, and the way back: what binds is either told to be
+// unwritable, and where, or is written and binds again as the same document. The first byte picks
+// the version, the rest is the document.
 
 #include <cstdint>
 #include <string>
 
+#include "binding/writable.h"
 #include "fuzz/bytes.h"
 #include "fuzz/expect.h"
 #include "level1bProduct34/version34.h"
@@ -27,6 +29,10 @@ void bind(std::string_view document) {
   expect((error != lmx::error_none) == (reader.diagnostic() != nullptr),
          "every fault has a diagnostic and only faults have one");
   if (error != lmx::error_none) return;
+  if (const auto found = binding::find_unwritable(Root::s_description, &root, "")) {
+    expect(found->path.starts_with('/') && !found->why.empty(), "what is unwritable has its place");
+    return;
+  }
   const std::string first = written(root);
   lmx::c_xml_reader_memory again(first.data(), first.size());
   Root copy;

@@ -103,6 +103,29 @@ def other_seeds(folder):
         write("geotiff", variant + str(len(options)), image.read_bytes())
 
 
+def cosar(*bursts, version=1, padding=0):
+    """Bursts of so many lines and samples."""
+    content = b""
+    for number, (lines, samples) in enumerate(bursts, 1):
+        record = 4 * (samples + padding + 2)
+        header = struct.pack(">7I4sI", record * (lines + 4), 1, samples, lines, number, record, lines + 4, b"CSAR",
+                             version)
+        content += header.ljust(4 * record, b"\0")
+        for line in range(lines):
+            marks = struct.pack(">2I", line % 3 + 1, samples)
+            content += (marks + bytes((line + k) % 256 for k in range(4 * samples))).ljust(record, b"\0")
+    return content
+
+
+def samples_seeds():
+    choices = struct.pack(">4I", 1, 2, 3000, 5000), struct.pack(">4I", 2**31, 2**32 - 1, 1, 0)
+    for number, choice in enumerate(choices):
+        write("samples", f"one{number}", choice + cosar((9, 40)))
+        write("samples", f"bursts{number}", choice + cosar((3, 7), (5, 2), (1, 11), padding=3))
+        write("samples", f"halves{number}", choice + cosar((4, 6), version=2))
+        write("samples", f"cut{number}", choice + cosar((9, 40))[:-333])
+
+
 def dictionary():
     words = set()
     for table in TABLES.glob("*.tsv"):
@@ -118,4 +141,5 @@ with tempfile.TemporaryDirectory() as scratch:
     product_seeds()
     record_seeds(Path(scratch))
     other_seeds(Path(scratch))
+samples_seeds()
 dictionary()

@@ -66,6 +66,7 @@ std::int32_t tsx_ComputeGnd2slt_coeffs(TsxFile* file) {
   // A solution that is nearly zero, or not a number, is not stored.
   constexpr double smallest_fit = 1e-8;
   if (fit_norm > smallest_fit) std::copy_n(solution, used, std::begin(model.gnd2slt_coeffs));
+  // Kept on purpose: the fitted constant gives way, so that the polynomial is absolute.
   model.gnd2slt_coeffs[0] = model.near_slant_range;
   return 0;
 }

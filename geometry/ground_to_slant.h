@@ -6,7 +6,7 @@
 
 // The annotation gives ground range as a polynomial of the two-way slant-range time; the sensor
 // model needs the inverse, slant range as a polynomial of ground range. The inverse is fitted
-// through ten points, each a thousand slant-range pixels behind the one before.
+// through ten points, each a thousand slant-range pixels after the one before.
 
 // Fills gnd2slt_coeffs of the record's model, whose near_slant_range and range_pix_spacing are set.
 // The fitted constant is replaced by near_slant_range, so the polynomial gives the absolute slant

@@ -34,7 +34,7 @@ void tsx_NormalRhs(std::int32_t rows, std::int32_t columns, const double* transp
                    const double* rhs, double* solution);
 
 // Factors the packed triangle in place. A row whose pivot is 1e-16 of its diagonal element or less
-// stops the factorisation without a word: that row's diagonal and all rows behind stay as they are,
+// stops the factorisation without a word: that row's diagonal and all later rows stay as they are,
 // and the substitutions go on with them.
 void tsx_CholeskyPacked(std::int32_t order, double* packed);
 

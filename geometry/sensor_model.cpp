@@ -14,26 +14,32 @@
 
 namespace {
 
+// One less, where the least number gives the largest.
+std::int32_t one_less(std::int32_t count) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(count) - 1);
+}
+
 void set_subset(RadarGenericModel& model, const TsxFile& file) {
   model.sub_unity_subset = 1;
   model.sub_range_start = 0;
-  model.sub_range_end = file.width - 1;
+  model.sub_range_end = one_less(file.width);
   model.sub_range_degrade = 1;
   model.sub_range_num_samples = file.width;
   model.sub_azimuth_start = 0;
-  model.sub_azimuth_end = file.height - 1;
+  model.sub_azimuth_end = one_less(file.height);
   model.sub_azimuth_degrade = 1;
   model.sub_azimuth_num_lines = file.height;
   model.num_samples = file.width;
   model.num_lines = file.height;
 }
 
-// Second of the day: whole seconds as an integer, the rest in the single precision of the view.
+// Second of the day. Kept on purpose: whole seconds are an integer, the rest has the single
+// precision of the view.
 double second_of_day(std::int32_t hour, std::int32_t minute, float second) {
   return (hour * 60 + minute) * 60 + static_cast<double>(second);
 }
 
-// A scene that ends after midnight is told by its hours alone.
+// Kept on purpose: a scene that ends after midnight is told by its hours alone.
 void set_scene_times(RadarGenericModel& model, level1bProductBase& product) {
   model.year = product.sceneStartYear();
   model.month = product.sceneStartMonth();
@@ -58,6 +64,7 @@ void set_geometry(RadarGenericModel& model, const TsxFile& file) {
     model.range_pix_spacing = product.projectedSpacingSlantRange();
     model.azimuth_line_spacing = product.projectedSpacingAzimuth();
   } else {
+    // Kept on purpose: not the spacing in slant range.
     model.range_pix_spacing = product.columnSpacing();
     model.azimuth_line_spacing = product.rowSpacing();
   }
@@ -67,8 +74,9 @@ void set_geometry(RadarGenericModel& model, const TsxFile& file) {
   model.coord_sys = 'F';
 }
 
-// The days are compared by their number in the year alone. The form for a vector of the day before
-// is kept as clients of the record know it; rmdllib/model_ephemeris.h tells how to read it.
+// Kept on purpose: the days are compared by their number in the year alone, and a vector of the day
+// before has the form that clients of the record know; rmdllib/model_ephemeris.h tells how to read
+// it.
 void set_first_state_time(RadarGenericModel& model, level1bProductBase& product) {
   const std::int32_t doy =
       tsx_DayOfYear(product.firstStateYear(), product.firstStateMonth(), product.firstStateDay());
@@ -112,7 +120,8 @@ bool read_state_vectors(RadarGenericModel& model, level1bProductBase& product, R
   for (RadarArray* array : arrays) {
     const std::size_t bytes = static_cast<std::size_t>(*count) * sizeof(double);
     array->elements = static_cast<double*>(gkm_HeapMalloc(bytes));
-    if (array->elements != nullptr) continue;
+    // Of no vectors there are no bytes, for which a toolkit may give nothing.
+    if (array->elements != nullptr || *count == 0) continue;
     frame.report("No memory for the state vectors");
     return false;
   }
@@ -150,7 +159,7 @@ void tsx_GenericSARRead(TsxFile* file, gke_Report** err) {
   model.data_type = is_complex ? RMDL_MAG_PHASE : RMDL_MAG;
   if (!is_complex) {
     set_time_directions(model, product);
-    // A fit that fails passes in silence, deliberately: the model is finished without coefficients.
+    // Kept on purpose: a fit that fails passes in silence, and the model has no coefficients then.
     tsx_ComputeGnd2slt_coeffs(file);
   }
   model.time_interval = model.time_interval_org = product.stateVectorTimeSpacing();

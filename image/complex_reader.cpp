@@ -4,30 +4,31 @@
 #include <cstddef>
 #include <memory>
 
+#include "conversion/conversion.h"
 #include "gridkit/memory.h"
-#include "image/conversion.h"
+#include "image/cosar_layout.h"
 #include "record/report_frame.h"
 
 namespace {
 
-constexpr std::uint32_t sample_bytes = 4;
-constexpr std::uint32_t head_samples = 2;        // of each line's record
-constexpr std::uint32_t annotation_records = 4;  // at the start of the file
+using cosar::annotation_records;
+using cosar::head_samples;
+using cosar::sample_bytes;
 
 // The block size is a preference, which may hold anything: a buffer of 2 GiB or more is refused
 // like one that there is no memory for.
 constexpr std::size_t most_items = INT32_MAX / sizeof(std::int16_t);
 
 template <class T>
-struct heap_deleter {
+struct HeapDeleter {
   void operator()(T* block) const { gkm_HeapFree(block); }
 };
 template <class T>
-using heap_array = std::unique_ptr<T[], heap_deleter<T>>;
+using HeapArray = std::unique_ptr<T[], HeapDeleter<T>>;
 
 template <class T>
-heap_array<T> allocate(std::size_t count) {
-  return heap_array<T>(static_cast<T*>(gkm_HeapMalloc(count * sizeof(T))));
+HeapArray<T> allocate(std::size_t count) {
+  return HeapArray<T>(static_cast<T*>(gkm_HeapMalloc(count * sizeof(T))));
 }
 
 // Byte of a sample, as the unsigned 32-bit product that the format's readers agreed on; offsets
@@ -49,8 +50,9 @@ bool is_outside(const TsxFile& file, std::uint32_t start) {
   return end > image_bytes;
 }
 
-// Lines are converted a few at a time, enough for the loops to pay and few enough to stay in the
-// cache: about so many samples.
+// Lines are read one by one, but converted several at a time, because a loop over few samples costs
+// more to begin than to run. About this many samples are gathered first: their planes take 8 KiB,
+// so that they are still in the first cache when they are converted.
 constexpr std::size_t samples_at_once = 2048;
 
 // The working buffers of one block of w by h pixels.
@@ -59,14 +61,15 @@ struct Block {
   std::size_t height;
   std::size_t pixels;    // width x height
   std::size_t capacity;  // of the sample planes, whole lines
-  heap_array<std::int16_t> line;
-  heap_array<std::int16_t> i;
-  heap_array<std::int16_t> q;
-  heap_array<std::uint16_t> result;
+  HeapArray<std::int16_t> line;
+  HeapArray<std::int16_t> i;
+  HeapArray<std::int16_t> q;
+  HeapArray<std::uint16_t> result;
 
   Block(std::size_t w, std::size_t h) : width(w), height(h), pixels(w * h), capacity(w) {
-    // Lines stand h apart in the result, not w. Blocks are square; were they not, it would still
-    // hold its last line.
+    // Line j begins at pixel j * h of the result. The host's blocks are square, so that this is
+    // j * w; if they were not, the result would have to be long enough for the last line at that
+    // place.
     const std::size_t plane = h == 0 ? 0 : std::max(pixels, (h - 1) * h + w);
     if (std::max(plane, 2 * w) > most_items) return;
     if (is_square() && w > 0) capacity = w * std::clamp<std::size_t>(samples_at_once / w, 1, h);
@@ -79,9 +82,9 @@ struct Block {
   bool allocated() const {
     return line != nullptr && i != nullptr && q != nullptr && result != nullptr;
   }
-  // What no line fills is 0, the pixel of a sample of zeros, and not what the heap held before. The
-  // lines of a square block fill it from the start without a gap, so only what comes behind a short
-  // read is to be cleared; other blocks are cleared from the start.
+  // Pixels that no line fills are 0, as of a sample of zeros, and not what the heap held before.
+  // The lines of a square block fill it from its start without a gap, so only what follows a short
+  // read must be cleared; other blocks are cleared when they are made.
   void clear_unread(std::size_t from, std::size_t until) {
     if (is_square() && from < until) std::fill(&result[from], &result[until], std::uint16_t{0});
   }
@@ -90,7 +93,7 @@ struct Block {
   bool is_square() const { return width == height; }
 };
 
-using Convert = decltype(&tsx_ConvertMagnitude);
+using Convert = decltype(&conversion::magnitude);
 enum class Outcome { complete, no_data, seek_failed };
 
 // Reads and converts the block's lines; `converted` is the number of pixels that the block gets.
@@ -116,7 +119,8 @@ Outcome read_lines(gkf_Stream* stream, std::int64_t offset, std::int64_t line_st
       block.clear_unread(p, *converted);
       return Outcome::complete;
     }
-    tsx_SplitLine(block.line.get(), &block.i[waiting], &block.q[waiting], block.width);
+    conversion::split_big_endian(block.line.get(), &block.i[waiting], &block.q[waiting],
+                                 block.width);
     waiting += block.width;
     if (waiting == block.capacity || j + 1 == block.height) convert_until(p + block.width);
   }
@@ -141,11 +145,11 @@ void tsx_ReadLineComplex(TsxLayer* layer, std::int32_t layerIndex, std::int32_t 
     *pixelData = nullptr;
     return;
   }
-  const std::int64_t line_step = std::int64_t{sample_bytes} * file.width + 8;
-  const Convert convert = layerIndex % 2 == 0 ? tsx_ConvertMagnitude : tsx_ConvertPhase;
+  const std::int64_t line_step = std::int64_t{sample_bytes} * file.width + cosar::head_bytes;
+  const Convert convert = is_phase(file, layerIndex) ? conversion::phase : conversion::magnitude;
   std::size_t converted = 0;
-  switch (
-      read_lines(cosar_file(file, layerIndex / 2), start, line_step, convert, block, &converted)) {
+  switch (read_lines(cosar_file(file, image_of_layer(file, layerIndex)), start, line_step, convert,
+                     block, &converted)) {
     case Outcome::seek_failed:
       frame.report("gkf_fseeko failed");
       return;

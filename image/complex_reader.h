@@ -12,8 +12,11 @@
 //
 // `pixelData` is the address of the caller's block pointer: [blockHeight][blockWidth] pixels. The
 // pointer is set to null, without a report, when the block has no data: when it starts outside the
-// range that the image's size allows, or when any of its lines lies past the end of the file. A
-// block at the right edge is not clipped: samples past a line's end come from the next record.
+// range that the image's size allows, or when any of its lines lies past the end of the file.
+//
+// Kept on purpose: that range takes no account of annotation records and line heads, so blocks that
+// start near the bottom are refused although the file holds them; and a block at the right edge is
+// not clipped, so samples past a line's end come from the next record.
 //
 // `err` receives a report of a failed seek ("gkf_fseeko failed") or of missing memory, and the
 // block stays as it was; with `err` null the report is printed here.

@@ -21,7 +21,8 @@ bool append(gks_StringList*& list, const char* text, ReportFrame& frame) {
   return !frame.failed("gks_StringListAppend failed");
 }
 
-// Names of all layers into `names`, and behind those of earlier calls into the record's own list.
+// Names of all layers into `names`. Kept on purpose: and after those of earlier calls into the
+// record's own list, which grows.
 bool list_names(TsxFile& file, gks_StringList*& names, ReportFrame& frame) {
   for (std::int32_t index = 0; index < file.layerCount; ++index) {
     char* name = tsx_FileLayerNamesGet(&file, index, frame.slot());
@@ -36,14 +37,11 @@ bool list_names(TsxFile& file, gks_StringList*& names, ReportFrame& frame) {
   return true;
 }
 
-void delete_list(gks_StringList* list, ReportFrame& frame) {
-  const bool pending = frame.pending();
-  gke_Report* failed = nullptr;
-  gks_StringListDelete(list, pending ? &failed : frame.slot());
-  if (!pending && frame.pending()) {
-    frame.report("gks_StringListDelete failed", gke_SeverityWarning);
-  }
-  gke_DeleteErrorReportEx(&failed);
+// A failure is a report of its own, printed at once beside that of an earlier one.
+void delete_list(gks_StringList* list, const char* function_word) {
+  ReportFrame frame(function_word);
+  gks_StringListDelete(list, frame.slot());
+  if (frame.pending()) frame.report("gks_StringListDelete failed", gke_SeverityWarning);
 }
 
 // The preferred block size, truncated toward zero; what 32 bits cannot hold is no size.
@@ -71,7 +69,7 @@ int32_t tsxFileLayerNamesGet(TsxFile* file, int32_t* count, char*** names) {
       gathered->strings = nullptr;
     }
   }
-  delete_list(gathered, frame);
+  delete_list(gathered, function_word);
   return listed ? 0 : -1;
 }
 
@@ -91,8 +89,7 @@ int32_t tsxLayerOpen(TsxFile* file, const char* layerName, int32_t* pixelType, i
     frame.report("No memory in layeropen");
     return 0;
   }
-  const bool is_phase = file->productVariant == variant_ssc && index % 2 != 0;
-  *pixelType = is_phase ? signed_pixels : unsigned_pixels;
+  *pixelType = is_phase(*file, index) ? signed_pixels : unsigned_pixels;
   *width = file->width;
   *height = file->height;
   *layerType = athematic;
@@ -100,12 +97,12 @@ int32_t tsxLayerOpen(TsxFile* file, const char* layerName, int32_t* pixelType, i
   *blockWidth = file->blockWidth = preferred_block_size(frame);
   *opened = {file, index};
   *layer = opened;
-  tsx_RaiseCounter(s_tsxLayerOpenCount, "s_tsxLayerOpenCount", frame.slot());
+  tsx_RaiseCounter(s_tsxLayerOpenCount, "\n s_tsxLayerOpenCount: %d \n", frame.slot());
   return 0;
 }
 
 int32_t tsxLayerClose(TsxLayer* layer) {
   gkm_HeapFree(layer);
-  tsx_RaiseCounter(s_tsxLayerCloseCount, "s_tsxLayerCloseCount", nullptr);
+  tsx_RaiseCounter(s_tsxLayerCloseCount, "\n s_tsxLayerCloseCount: %d \n", nullptr);
   return 0;
 }

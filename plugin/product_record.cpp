@@ -9,7 +9,7 @@
 namespace {
 
 bool close_images(const TsxFile& record, ReportFrame& frame) {
-  for (std::int32_t image = 0; image < record.imageCount && image < most_images; ++image) {
+  for (std::int32_t image = 0; image < record.imageCount; ++image) {
     if (record.productVariant == variant_ssc) {
       if (gkf_fclose(record.cosarFiles[image]) == 0) continue;
       frame.report("Closing COSAR image file failed");
@@ -46,6 +46,8 @@ TsxFile* tsx_CreateRecord() {
   return record.release();
 }
 
+// Kept on purpose: the first step that fails ends the release, and the path and the map
+// projection's name are not freed at all.
 void fileFree(TsxFile* record) {
   static const char* const function_word = "fileFree";
   // The slot is the function's own, so that a report on the way out is left as it is.

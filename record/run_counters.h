@@ -11,5 +11,7 @@ extern std::int32_t s_tsxFileCloseCount;
 extern std::int32_t s_tsxLayerOpenCount;
 extern std::int32_t s_tsxLayerCloseCount;
 
-// Adds one to a counter and sends its text to the debug channel. `name` is the counter's.
-void tsx_RaiseCounter(std::int32_t& counter, const char* name, gke_Report** err);
+// Adds one to a counter and sends its text to the debug channel. `format` makes the text of the
+// counter's new value; the toolkit gets it as it stands.
+[[gnu::format(printf, 2, 0)]] void tsx_RaiseCounter(std::int32_t& counter, const char* format,
+                                                    gke_Report** err);

@@ -18,6 +18,9 @@ enum ProductVariant : std::int32_t {
   variant_eec = 3        // detected, geocoded with terrain
 };
 
+// Layers of an image file in the complex format: its magnitude, then its phase.
+inline constexpr std::int32_t layers_of_complex_image = 2;
+
 // The most image files that a product may have.
 inline constexpr std::int32_t most_images = 4;
 
@@ -56,6 +59,15 @@ inline gkf_Stream* cosar_file(const TsxFile& file, std::int32_t image) {
 }
 inline gkl_Layer* tiff_layer(const TsxFile& file, std::int32_t image) {
   return image >= 0 && image < most_images ? file.tiffLayers[image] : nullptr;
+}
+
+// What a layer's index says: of a complex product each image has two layers, its magnitude and then
+// its phase; of any other product an image is a layer.
+inline std::int32_t image_of_layer(const TsxFile& file, std::int32_t index) {
+  return file.productVariant == variant_ssc ? index / layers_of_complex_image : index;
+}
+inline bool is_phase(const TsxFile& file, std::int32_t index) {
+  return file.productVariant == variant_ssc && index % layers_of_complex_image != 0;
 }
 
 // The handle of one layer. It owns nothing and must not outlive its product.

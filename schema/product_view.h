@@ -17,7 +17,7 @@ namespace level1bProduct {
 // mapProjection, projection and quicklookDataStartWith is a fatal assertion, and so is an index of
 // 256 or above in slantToGroundCoefficient.
 template <class Root>
-class product_view : public level1bProductBase {
+class ProductView : public level1bProductBase {
  public:
   const char* productVariant() override { return text(variant_info().get_productVariant(0)); }
   const char* imageDataFormat() override { return text(image_info().get_imageDataFormat()); }

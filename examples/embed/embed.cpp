@@ -46,7 +46,7 @@ double mean(const gridkit::Product& product, const std::string& name) {
     }
   };
   const auto missing = gridkit::read_window(product, name, whole, add);
-  if (!missing.empty()) std::fprintf(stderr, "lines without data count as zeros\n");
+  if (!missing.empty()) std::fprintf(stderr, "lines that did not come count as zeros\n");
   return sum / layer.width() / layer.height();
 }
 

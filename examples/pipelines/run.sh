@@ -12,7 +12,7 @@ jobs=${3:-100%}
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
 mkdir -p "$output"
-"$here/list.sh" "$archive" >"$output/products.txt"
+"$here/list.sh" "$archive" "$output/not_taken.txt" >"$output/products.txt"
 # What it counts as failed is what table.sh finds undone.
 parallel --will-cite --quote --jobs "$jobs" --joblog "$output/jobs.tsv" --arg-file "$output/products.txt" \
   "$here/product.sh" "$archive" "$output" || true

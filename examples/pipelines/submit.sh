@@ -14,7 +14,7 @@ count=${3:?usage: submit.sh ARCHIVE OUTPUT COUNT [OPTION OF SBATCH]...}
 shift 3
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
-"$here/list.sh" "$archive" >"$output/products.txt"
+"$here/list.sh" "$archive" "$output/not_taken.txt" >"$output/products.txt"
 array=$(sbatch --parsable --array="1-$count" --export="ALL,PIPELINES=$here" \
   --output="$output/logs/%A_%a.txt" "$@" "$here/array.sbatch" "$archive" "$output")
 # The table is made whatever became of the tasks: it tells what is undone.

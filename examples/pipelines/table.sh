@@ -4,7 +4,7 @@
 #
 #   table.sh OUTPUT
 #
-# Exit status 1 when a product is in neither, as one that a run was stopped at.
+# OUTPUT/not_taken.txt, where there is one, is counted. Exit status 1 when a product is in neither, as one that a run was stopped at.
 set -euo pipefail
 
 output=${1:?usage: table.sh OUTPUT}
@@ -33,6 +33,9 @@ mv "$work"/{table.csv,refused.tsv,undone.txt} "$output"
 rows=$(($(wc -l <"$output/table.csv") - 1))
 refused=$(wc -l <"$output/refused.tsv")
 undone=$(wc -l <"$output/undone.txt")
-echo "$(wc -l <"$output/products.txt") products: $rows in table.csv, $refused in refused.tsv," \
-  "$undone in undone.txt"
+summary="$(wc -l <"$output/products.txt") products: $rows in table.csv, $refused in refused.tsv, $undone in undone.txt"
+if [[ -s $output/not_taken.txt ]]; then
+  summary+="; other annotations, of no format that is read: $(wc -l <"$output/not_taken.txt") in not_taken.txt"
+fi
+echo "$summary"
 ((undone == 0))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -9,6 +10,28 @@ namespace gridkit {
 class Error : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
+
+  // One that calls of a plug-in or of the toolkit reported: what failed; `cause`, what they report
+  // as its first cause, or empty; and `calls`, the whole chain of their reports, "WORD: MESSAGE;
+  // ...". The text is "WHAT: CALLS".
+  Error(const std::string& what_failed, const std::string& cause, const std::string& calls)
+      : std::runtime_error(calls.empty() ? what_failed : what_failed + ": " + calls),
+        parts_(std::make_shared<const Parts>(
+            Parts{cause.empty() ? what_failed : what_failed + ": " + cause, calls})) {}
+
+  // What failed, and why as far as that is known: for users of a program, who know nothing of
+  // calls.
+  std::string sentence() const { return parts_ == nullptr ? what() : parts_->sentence; }
+
+  // For those who look for what went wrong inside; empty where no call reported anything.
+  std::string calls() const { return parts_ == nullptr ? std::string() : parts_->calls; }
+
+ private:
+  struct Parts {
+    std::string sentence;
+    std::string calls;
+  };
+  std::shared_ptr<const Parts> parts_;  // shared, as copies of exceptions must not fail
 };
 
 }  // namespace gridkit

@@ -18,7 +18,7 @@ extern "C" {
 GRIDKIT_API int32_t gkf_FileExists(const char* path, gke_Report** err);
 
 // A file open for reading, its place at the start; null and a report on failure. `mode` is "r", "w"
-// or "a", with "b" and "+" in any order behind it. A mode for writing asks for the permission to
+// or "a", with "b" and "+" in any order after it. A mode for writing asks for the permission to
 // write, and that is all: this toolkit has no operation that writes, so opening never creates or
 // empties a file. `reserved` is 0.
 typedef struct gkf_File gkf_File;
@@ -46,7 +46,7 @@ GRIDKIT_API void gkf_Fgets(char* buffer, int32_t size, gkf_File* file, gke_Repor
 // Where there is no memory to be had it reads as without a cache.
 //
 // Held bytes follow the file: the stream looks at it before it reads a page, and with the first
-// such read behind a seek backwards. From then on nothing is delivered that lies past the end of a
+// such read after a seek backwards. From then on nothing is delivered that lies past the end of a
 // file which shrank, and nothing held of a file that was written to more than a hundredth of a
 // second before, as far as the file's times tell. That a file ended is always the file's own word
 // and never a held page's, so a file that grew is read on; an error in reading a page is told only
@@ -63,7 +63,7 @@ GRIDKIT_API int32_t gkf_fclose(gkf_Stream* stream);
 // Clears the end-of-file mark.
 GRIDKIT_API int32_t gkf_fseeko(gkf_Stream* stream, int64_t offset, int32_t origin);
 
-// Reads up to `count` items of `size` bytes and moves behind them; gives the whole items read.
+// Reads up to `count` items of `size` bytes and moves past them; gives the whole items read.
 // Fewer than asked come at the end of the file, which sets the end-of-file mark, and on a read
 // error, which does not.
 GRIDKIT_API size_t gkf_fread(void* buffer, size_t size, size_t count, gkf_Stream* stream);

@@ -23,10 +23,17 @@ struct Window {
 // cannot be read in windows.
 GRIDKIT_API void check_window(const Layer& layer, const Window& window);
 
+// Why lines of an image did not come.
+enum class Unread {
+  no_data,       // the product holds no data there: a block is refused because of where it ends
+  out_of_reach,  // no block brings them; whether the product holds data there is not known
+};
+
 // Lines of the image, both ends included.
 struct LineRange {
   std::int32_t first;
   std::int32_t last;
+  Unread why = Unread::no_data;  // of lines that did not come
 };
 
 // Takes whole lines of a window, in order: [lines][window width] pixels.
@@ -36,7 +43,10 @@ using LineSink = std::function<void(std::span<const std::uint16_t> pixels, std::
 using MarkedLineSink =
     std::function<void(std::span<const std::uint16_t> pixels, std::int32_t lines, bool complete)>;
 
-// Reads a window of a layer, row of blocks by row of blocks, and hands its lines to the sink.
+// Reads a window of a layer and hands its lines to the sink. Layers that are made of an image's
+// samples, as the plug-in's companion tells (gridkit/companion.h), are made of them here too, with
+// the same pixels, on every core; then every pixel comes that the file holds. What follows is of
+// all others, which are read row of blocks by row of blocks.
 //
 // A plug-in may refuse blocks: near the bottom of an image, or because a line of the block lies
 // past the end of its file; then it delivers nothing of the block. From the first row of blocks on
@@ -48,7 +58,7 @@ using MarkedLineSink =
 // Windows of different products may be read on different threads. While one asks for a tail, a
 // layer that another thread opens by itself may get that block size; the layer tells which it has.
 //
-// Gives the lines that stayed without data in part or in whole; their missing pixels are 0. Memory:
+// Gives the lines that did not come, in part or in whole; their missing pixels are 0. Memory:
 // a row of blocks and as much of the last `longest_tail` lines before the data's end, each of at
 // most `most_bytes_held`. Sizes come from strangers, so windows of more than `most_lines` lines or
 // `most_pixels` pixels are refused, and those that would be zeros for more than `most_empty_pixels`

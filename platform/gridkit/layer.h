@@ -41,7 +41,7 @@ GRIDKIT_API void gkl_PixelRectDelete(gkl_PixelRect* rect, gke_Report** err);
 GRIDKIT_API gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance* token,
                                               gke_Report** err);
 
-// Opens a layer by such a name. Behind the slot stands a list of option words ended by 0; word 25,
+// Opens a layer by such a name. After the slot comes a list of option words ended by 0; word 25,
 // read only, is what every layer is, and the others are refused.
 enum { gkl_OptionReadOnly = 25 };
 typedef struct gkl_Layer gkl_Layer;

@@ -24,10 +24,15 @@ class GRIDKIT_API ReportCollector {
   // "WORD: MESSAGE" of every report, joined by "; ".
   const std::string& text() const { return text_; }
 
+  // The message of the oldest report of a chain, which is nearest to the cause; empty where that
+  // only says that some call failed.
+  const std::string& cause() const { return cause_; }
+
  private:
   static void collect(const gke_Report* report, void* collector);
 
   std::string text_;
+  std::string cause_;
   gke_ReportSinkSetting before_;
 };
 
@@ -39,6 +44,7 @@ struct NonStandardData {
 };
 
 struct Record;
+class Samples;
 
 // One open layer. It keeps its product open.
 class GRIDKIT_API Layer {
@@ -99,6 +105,11 @@ class GRIDKIT_API Product {
 
   // Data by name; nothing when the plug-in does not know the name. Throws Error.
   std::optional<NonStandardData> read_data(const std::string& name) const;
+
+  // The product's samples, opened through the plug-in's companion when they are first asked for;
+  // see gridkit/samples.h. Throws Error where they cannot be had. Unlike all else of the product
+  // they may be used on any number of threads.
+  Samples samples() const;
 
   // Throws Error for a name that the plug-in refuses.
   Layer open_layer(const std::string& name) const;

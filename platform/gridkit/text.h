@@ -15,8 +15,9 @@ extern "C" {
 // A heap copy; null without memory or for a null text.
 GRIDKIT_API char* gks_Duplicate(const char* text);
 
-// Formats by the rules of printf. With a null buffer the result is a new heap text; else it is
-// written to `buffer`, which must hold it, and returned. A failure gives null and a report.
+// Formats by the rules of printf in the locale "C", whatever the process's is. With a null buffer
+// the result is a new heap text; else it is written to `buffer`, which must hold it, and returned.
+// A failure gives null and a report.
 GRIDKIT_API char* gks_Sprintf(char* buffer, const char* format, gke_Report** err, ...)
     __attribute__((format(printf, 2, 4)));
 
@@ -44,7 +45,8 @@ GRIDKIT_API const char* gkt_Text_strrchr(const char* text, int32_t character);
 GRIDKIT_API int32_t gkt_Text_atol(const char* text);
 
 // Compiles a POSIX extended regular expression into the toolkit's current pattern; 0 on success,
-// else -1 and no pattern is current. Each thread has one current pattern.
+// else -1 and no pattern is current. Each thread has one current pattern. Patterns and texts are
+// those of the locale "C", byte by byte, whatever the process's is: "[A-Z]" is 26 letters.
 GRIDKIT_API int32_t gks_REComp(const char* pattern);
 
 // Non-zero when the text matches the current pattern; 0 without one.

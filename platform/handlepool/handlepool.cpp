@@ -10,25 +10,25 @@
 
 namespace {
 
-struct entry {
+struct Entry {
   std::string name;
   void* handle;
   pool_ReleaseCallback release;
 };
 
 // The registry is the process's own by its nature.
-struct registry {
+struct Registry {
   std::mutex mutex;
-  std::vector<entry> entries;
+  std::vector<Entry> entries;
 
   auto newest(std::string_view name) {
     return std::find_if(entries.rbegin(), entries.rend(),
-                        [&](const entry& e) { return e.name == name; });
+                        [&](const Entry& e) { return e.name == name; });
   }
 };
 
-registry& pool() {
-  static registry instance;
+Registry& pool() {
+  static Registry instance;
   return instance;
 }
 
@@ -52,7 +52,7 @@ int32_t pool_AddFileHandleToList(void* handle, const char* name, pool_ReleaseCal
 
 void pool_RemoveFileHandleFromList(const char* name, int32_t) {
   if (name == nullptr) return;
-  std::optional<entry> removed;
+  std::optional<Entry> removed;
   {
     const std::lock_guard lock(pool().mutex);
     const auto found = pool().newest(name);

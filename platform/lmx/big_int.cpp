@@ -6,12 +6,12 @@ namespace lmx {
 
 namespace {
 
-struct number {
+struct Number {
   bool negative;
   std::string_view digits;  // without leading zeros; empty for zero
 };
 
-number parse(std::string_view text) {
+Number parse(std::string_view text) {
   bool negative = false;
   if (!text.empty() && (text[0] == '+' || text[0] == '-')) {
     negative = text[0] == '-';
@@ -29,13 +29,13 @@ int compare_magnitudes(std::string_view a, std::string_view b) {
 }  // namespace
 
 c_big_int::c_big_int(const char* digits) : digits_(digits) {
-  const number parsed = parse(digits_);
+  const Number parsed = parse(digits_);
   negative_ = parsed.negative;
   first_ = digits_.size() - parsed.digits.size();
 }
 
 int c_big_int::compared_with(std::string_view value) const {
-  const number a = parse(value);
+  const Number a = parse(value);
   const std::string_view digits = std::string_view(digits_).substr(first_);
   if (a.negative != negative_) return a.negative ? -1 : 1;
   return a.negative ? compare_magnitudes(digits, a.digits) : compare_magnitudes(a.digits, digits);

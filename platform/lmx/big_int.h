@@ -21,7 +21,7 @@ class c_big_int {
  private:
   std::string digits_;
   bool negative_;
-  std::size_t first_;  // of digits_, behind the sign and leading zeros
+  std::size_t first_;  // of digits_, after the sign and leading zeros
 };
 
 // Compares an integer text (optional sign, digits; see is_valid_integer) with the bound, whatever

@@ -1,35 +1,43 @@
 #pragma once
 
-#include <cstdio>
-#include <memory>
-
-#include "lmx/token_stream.h"
+#include <cstddef>
+#include <cstdint>
+#include <span>
 
 namespace lmx {
 
-// A regular file. Anything else, and what cannot be opened, is not open and reads as empty.
-class file_source : public byte_source {
+// Where a document's bytes come from.
+class ByteSource {
  public:
-  explicit file_source(const char* file_name);
-  std::ptrdiff_t read(char* buffer, std::size_t size) override;
-  bool is_open() const override { return file_ != nullptr; }
+  virtual ~ByteSource() = default;
+  // Fills `buffer` with the bytes from `offset` on. Their number, which is less than the buffer's
+  // size only at the end; -1 when reading failed.
+  virtual std::ptrdiff_t read(std::uint64_t offset, std::span<char> buffer) = 0;
+  virtual bool is_open() const { return true; }
+};
+
+// A regular file. Anything else, and what cannot be opened, is not open and reads as empty.
+class FileSource : public ByteSource {
+ public:
+  explicit FileSource(const char* file_name);
+  FileSource(const FileSource&) = delete;
+  FileSource& operator=(const FileSource&) = delete;
+  ~FileSource() override;
+  std::ptrdiff_t read(std::uint64_t offset, std::span<char> buffer) override;
+  bool is_open() const override { return descriptor_ >= 0; }
 
  private:
-  struct closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-  std::unique_ptr<std::FILE, closer> file_;
+  int descriptor_ = -1;
 };
 
 // A buffer of the caller's.
-class memory_source : public byte_source {
+class MemorySource : public ByteSource {
  public:
-  memory_source(const char* data, std::size_t length) : data_(data), left_(length) {}
-  std::ptrdiff_t read(char* buffer, std::size_t size) override;
+  MemorySource(const char* data, std::size_t length) : data_(data, length) {}
+  std::ptrdiff_t read(std::uint64_t offset, std::span<char> buffer) override;
 
  private:
-  const char* data_;
-  std::size_t left_;
+  std::span<const char> data_;
 };
 
 }  // namespace lmx

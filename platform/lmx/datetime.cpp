@@ -10,16 +10,16 @@ namespace lmx {
 
 namespace {
 
-struct parts {
+struct Parts {
   int year, month, day, hour, minute;
   std::string_view seconds;  // two digits and the fraction
-  std::size_t fraction_end;  // index behind the seconds in the text
+  std::size_t fraction_end;  // index after the seconds in the text
 };
 
 // A cursor over the text; every step tells whether the form still holds.
-class cursor {
+class Cursor {
  public:
-  explicit cursor(std::string_view text) : rest_(text) {}
+  explicit Cursor(std::string_view text) : rest_(text) {}
 
   bool accept(char c) {
     if (rest_.empty() || rest_[0] != c) return false;
@@ -63,7 +63,7 @@ bool between(std::optional<int> value, int low, int high) {
   return value && *value >= low && *value <= high;
 }
 
-bool accept_zone(cursor& c) {
+bool accept_zone(Cursor& c) {
   if (c.rest().empty() || c.accept('Z')) return true;
   if (!c.accept('+') && !c.accept('-')) return false;
   const auto hours = c.digits(2, 2);
@@ -71,8 +71,8 @@ bool accept_zone(cursor& c) {
   return between(c.digits(2, 2), 0, *hours == 14 ? 0 : 59);
 }
 
-std::optional<parts> parse(std::string_view text) {
-  cursor c(text);
+std::optional<Parts> parse(std::string_view text) {
+  Cursor c(text);
   const bool negative = c.accept('-');
   const bool padded = !c.rest().empty() && c.rest()[0] == '0';
   const auto year = c.digits(4, padded ? 4 : 9);
@@ -94,7 +94,7 @@ std::optional<parts> parse(std::string_view text) {
   const bool on_the_hour =
       *minute == 0 && seconds.find_first_not_of("0.") == std::string_view::npos;
   if (*hour == 24 && !on_the_hour) return std::nullopt;
-  return parts{negative ? -*year : *year, *month, *day, *hour, *minute, seconds, fraction_end};
+  return Parts{negative ? -*year : *year, *month, *day, *hour, *minute, seconds, fraction_end};
 }
 
 }  // namespace

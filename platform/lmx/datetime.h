@@ -5,12 +5,14 @@
 #include <string>
 #include <string_view>
 
+#include "lmx/export.h"
+
 namespace lmx {
 
 // A date and time as annotations write it: XML Schema dateTime,
 // [-]YYYY-MM-DDThh:mm:ss[.fraction][Z|+hh:mm|-hh:mm]. Trivially copyable. An empty value has all
 // parts zero and writes as nothing.
-class c_datetime {
+class LMX_API c_datetime {
  public:
   int year = 0;
   int month = 0;  // from 1
@@ -38,6 +40,6 @@ class c_datetime {
 };
 
 // Writes the lexical form.
-std::ostream& operator<<(std::ostream& stream, const c_datetime& value);
+LMX_API std::ostream& operator<<(std::ostream& stream, const c_datetime& value);
 
 }  // namespace lmx

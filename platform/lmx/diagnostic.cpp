@@ -2,7 +2,7 @@
 
 namespace lmx {
 
-std::string diagnostic::message() const {
+std::string Diagnostic::message() const {
   std::string text = meaning(code);
   if (!found.empty()) text += ": found " + found;
   if (!expected.empty()) text += (found.empty() ? ": expected " : ", expected ") + expected;

@@ -4,12 +4,13 @@
 #include <string>
 
 #include "lmx/error.h"
+#include "lmx/export.h"
 
 namespace lmx {
 
 // The first fault of a read: what, where, and what was expected. It is kept beside the code and
 // changes nothing in what the reading classes return.
-struct diagnostic {
+struct LMX_API Diagnostic {
   elmx_error code = error_none;
   std::string name;          // element or class name that the fault was reported with
   std::uint64_t offset = 0;  // bytes before the place

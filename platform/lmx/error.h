@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include "lmx/export.h"
 
 namespace lmx {
 
@@ -38,27 +38,10 @@ enum elmx_error : int {
 };
 
 // What a fault means, in a few English words; "unknown fault" for a number of nobody's.
-const char* meaning(elmx_error error);
+LMX_API const char* meaning(elmx_error error);
 
 // How a value's whitespace is treated: kept as it stands, or stripped at both ends with inner runs
 // reduced to one blank.
 enum elmx_whitespace : int { whitespace_preserve = 0, whitespace_collapse = 2 };
-
-// What c_xml_reader::tokenise classifies.
-enum elxp_attr_elem : int { current_attribute = 0, current_element = 1 };
-
-// One row of a table that gives names their event numbers; the closing row is {0, nullptr, 0, 1}.
-struct s_event_map {
-  int ns_id;  // 1: no namespace
-  const char* name;
-  std::size_t name_length;
-  int event;
-};
-
-// One row of a table of namespaces; the closing row is all zero.
-struct s_ns_map {
-  const char* uri;
-  int ns_id;
-};
 
 }  // namespace lmx

@@ -35,12 +35,12 @@ class c_xml_local {
   }
 
  private:
-  struct declaration {
+  struct Declaration {
     std::string prefix;
     std::string uri;
     std::size_t depth;
   };
-  std::vector<declaration> declarations_;
+  std::vector<Declaration> declarations_;
 };
 
 }  // namespace lmx

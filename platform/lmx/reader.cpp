@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
-#include "lmx/byte_sources.h"
+#include "lmx/token_stream.h"
 #include "lmx/value.h"
 
 namespace lmx {
 
 namespace {
 
-constexpr int event_end = 6;
-constexpr int event_start = 7;
 constexpr std::string_view instance_namespace = "http://www.w3.org/2001/XMLSchema-instance";
 
 std::string_view prefix_of(std::string_view name) {
@@ -51,19 +49,22 @@ std::string c_string_stack::path() const {
   return path;
 }
 
-c_xml::c_xml(std::unique_ptr<byte_source> source, std::size_t chunk_size)
-    : tokens_(std::move(source), chunk_size) {}
+c_xml::c_xml(std::unique_ptr<ByteSource> source, std::size_t chunk_size)
+    : tokens_(std::make_unique<TokenStream>(std::move(source), chunk_size)) {}
+
+c_xml::~c_xml() = default;
 
 // Takes over a start tag: its attributes, and the namespaces it declares.
-void c_xml::enter_start_tag(const token& start) {
+void c_xml::enter_start_tag(const Token& start) {
   ++depth_;
   start_closes_itself_ = start.self_closed;
+  start_is_unreadable_ = start.error != error_none;
   content_place_ = start.end_offset;
   first_attribute_ = next_attribute_ = start.first_attribute;
   end_attribute_ = first_attribute_ + start.attribute_count;
   if (!start.declares) return;
   for (std::size_t i = first_attribute_; i < end_attribute_; ++i) {
-    const attribute_token a = tokens_.attribute(i);
+    const AttributeToken a = tokens_->attribute(i);
     if (a.name == "xmlns") scope_.declare({}, a.value, depth_);
     if (prefix_of(a.name) == "xmlns") scope_.declare(local_of(a.name), a.value, depth_);
   }
@@ -71,7 +72,7 @@ void c_xml::enter_start_tag(const token& start) {
 
 bool c_xml::next_attribute(std::string* name) {
   if (next_attribute_ == end_attribute_) return false;
-  *name = tokens_.attribute(next_attribute_).name;
+  *name = tokens_->attribute(next_attribute_).name;
   ++next_attribute_;
   return true;
 }
@@ -83,7 +84,7 @@ void c_xml::leave_end_tag() {
 
 bool c_xml::get_attribute_value(std::string* value, elmx_whitespace whitespace) {
   if (next_attribute_ == first_attribute_) return false;
-  *value = tokens_.attribute(next_attribute_ - 1).value;
+  *value = tokens_->attribute(next_attribute_ - 1).value;
   if (whitespace == whitespace_collapse) collapse(*value);
   return true;
 }
@@ -102,25 +103,25 @@ bool c_xml::get_element_value(std::string* value, elmx_whitespace whitespace, bo
   leave_start_tag();
   value->clear();
   for (;;) {
-    const token next = tokens_.peek();
+    const Token next = tokens_->peek();
     switch (next.kind) {
-      case token_kind::text:
-        if (next.text.size() > token_stream::longest - value->size()) {
+      case TokenKind::text:
+        if (next.text.size() > TokenStream::longest - value->size()) {
           token_error_ = error_too_long;
-          token_words_ = token_stream::too_long_words;
+          token_words_ = TokenStream::too_long_words;
           return false;
         }
         value->append(next.text);
-        tokens_.take();
+        tokens_->take();
         break;
-      case token_kind::end:
+      case TokenKind::end:
         if (whitespace == whitespace_collapse) collapse(*value);
         return true;
-      case token_kind::start:
+      case TokenKind::start:
         token_error_ = error_unreadable_element;
         token_words_ = tag(next.text);
         return false;
-      case token_kind::fault:
+      case TokenKind::fault:
         token_error_ = next.error;
         token_words_ = next.text;
         place_ = next.offset;
@@ -129,8 +130,10 @@ bool c_xml::get_element_value(std::string* value, elmx_whitespace whitespace, bo
   }
 }
 
-c_xml_reader::c_xml_reader(std::unique_ptr<byte_source> source, std::size_t chunk_size)
+c_xml_reader::c_xml_reader(std::unique_ptr<ByteSource> source, std::size_t chunk_size)
     : c_xml(std::move(source), chunk_size), xml_local(&scope_) {}
+
+c_xml_reader::~c_xml_reader() = default;
 
 void c_xml_reader::set_ns_map(const s_ns_map*) {}
 
@@ -139,10 +142,10 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
   token_error_ = error_none;
   leave_start_tag();
   for (;;) {
-    const token next = tokens_.peek();
+    const Token next = tokens_->peek();
     place_ = next.offset;
     switch (next.kind) {
-      case token_kind::text:
+      case TokenKind::text:
         if (const auto blanks = leading_blanks(next.text); blanks < next.text.size()) {
           place_ += blanks;
           token_words_ = "the text " + quoted(next.text);
@@ -150,30 +153,26 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
           *error = token_error_ = error_unexpected_text;
           return;
         }
-        tokens_.take();
+        tokens_->take();
         break;
-      case token_kind::fault:
+      case TokenKind::fault:
         token_words_ = next.text;
-        if (next.error == error_attribute_twice) {
-          *name = next.text;
-          token_words_ = "an attribute of " + tag(*name) + " twice";
-        }
         current_event = 0;
         *error = token_error_ = next.error;
         return;
-      case token_kind::end:
+      case TokenKind::end:
         *name = next.text;
         current_event = event_end;
         *error = error_none;
-        tokens_.take();
+        tokens_->take();
         leave_end_tag();
         return;
-      case token_kind::start:
+      case TokenKind::start:
         *name = next.text;
         local_name = next.prefixed ? local_of(next.text) : next.text;
         enter_start_tag(next);
         element_ns_id_ = !next.prefixed && scope_.uri_of({}).empty() ? 1 : 0;
-        tokens_.take();
+        tokens_->take();
         *error = error_none;
         if (map == nullptr) {
           current_event = event_start;
@@ -188,11 +187,16 @@ void c_xml_reader::get_element_event(const s_event_map* map, elmx_error* error, 
 bool c_xml_reader::get_attribute_event(const s_event_map*, elmx_error* error, std::string* name) {
   *error = error_none;
   if (next_attribute(name)) return true;
+  if (start_is_unreadable_) {
+    tell_fault_of_start_tag(error);
+    *name = tokens_->peek().text;
+    return true;
+  }
   current_event = 0;
   if (start_closes_itself_) {
-    // The end belongs to the tag just left and stands right behind it.
-    tokens_.peek();
-    tokens_.take();
+    // The end belongs to the tag just left and comes directly after it.
+    tokens_->peek();
+    tokens_->take();
     leave_end_tag();
     current_event = event_end;
   }
@@ -218,7 +222,20 @@ void c_xml_reader::tokenise(const s_event_map* map, elxp_attr_elem mode) {
   }
 }
 
+// The fault of a start tag that has an attribute twice is the token after it.
+void c_xml_reader::tell_fault_of_start_tag(elmx_error* error) {
+  start_is_unreadable_ = false;
+  const Token fault = tokens_->peek();
+  place_ = fault.offset;
+  token_words_ = "attribute " + shortened(fault.text);
+  *error = token_error_ = fault.error;
+}
+
 bool c_xml_reader::refuse_attributes(elmx_error* error) {
+  if (start_is_unreadable_) {
+    tell_fault_of_start_tag(error);
+    return true;
+  }
   std::string name;
   while (next_attribute(&name)) {
     if (is_xsi_attribute(xml_local, name)) continue;
@@ -229,10 +246,10 @@ bool c_xml_reader::refuse_attributes(elmx_error* error) {
   return false;
 }
 
-// Takes the end tag behind a value.
+// Takes the end tag after a value.
 bool c_xml_reader::finish_simple_element(elmx_error* error) {
   *error = error_none;
-  tokens_.take();
+  tokens_->take();
   leave_end_tag();
   return true;
 }
@@ -255,26 +272,31 @@ bool c_xml_reader::get_element_ur_value(const std::string& name, std::string* va
   in_simple_element_ = true;
   simple_element_ = name;
   if (refuse_attributes(error)) return false;
-  if (!tokens_.is_utf8()) {
+  if (!tokens_->is_utf8()) {
     token_words_ = "inner markup in a document that is not UTF-8";
     *error = token_error_ = error_encoding;
     return false;
   }
   leave_start_tag();
-  tokens_.keep_from(content_place_);
+  tokens_->keep_from(content_place_);
   for (std::size_t inner = 0;;) {
-    const token next = tokens_.peek();
-    if (next.kind == token_kind::fault) {
+    const Token next = tokens_->peek();
+    if (next.kind == TokenKind::fault) {
       token_words_ = next.text;
       place_ = next.offset;
       *error = token_error_ = next.error;
       return false;
     }
-    if (next.kind == token_kind::start) ++inner;
-    if (next.kind == token_kind::end && inner-- == 0) break;
-    tokens_.take();
+    if (next.offset - content_place_ > TokenStream::longest) {
+      token_words_ = TokenStream::too_long_words;
+      *error = token_error_ = error_too_long;
+      return false;
+    }
+    if (next.kind == TokenKind::start) ++inner;
+    if (next.kind == TokenKind::end && inner-- == 0) break;
+    tokens_->take();
   }
-  *value = start_closes_itself_ ? std::string() : tokens_.take_kept(tokens_.peek().offset);
+  *value = start_closes_itself_ ? std::string() : tokens_->take_kept(tokens_->peek().offset);
   *no_value = value->empty();
   return finish_simple_element(error);
 }
@@ -306,28 +328,32 @@ elmx_error c_xml_reader::handle_error(elmx_error code, const std::string& name, 
                                       std::string expected) {
   const bool first = !fault_.has_value();
   if (!first && !policy_) return code;
-  const text_position at = tokens_.position_of(place_);
+  const TextPosition at = tokens_->position_of(place_);
   std::string path = element_name_stack.path();
   if (in_simple_element_) path += '/' + simple_element_;
-  lmx::diagnostic seen{code,
-                       name,
-                       at.offset,
-                       at.line,
-                       at.column,
-                       std::move(path),
-                       found_here(code),
-                       std::move(expected)};
+  Diagnostic seen{code,
+                  name,
+                  at.offset,
+                  at.line,
+                  at.column,
+                  std::move(path),
+                  found_here(code),
+                  std::move(expected)};
   const elmx_error result = policy_ ? policy_(seen) : code;
   if (first) fault_ = std::move(seen);
   return result;
 }
 
 c_xml_reader_file::c_xml_reader_file(const char* file_name, std::size_t chunk_size)
-    : c_xml_reader(std::make_unique<file_source>(file_name), chunk_size) {}
+    : c_xml_reader(std::make_unique<FileSource>(file_name), chunk_size) {}
+
+bool c_xml_reader_file::is_open() const {
+  return tokens_->is_open();
+}
 
 c_xml_reader_memory::c_xml_reader_memory(const char* data, std::size_t length,
                                          std::size_t chunk_size)
-    : c_xml_reader(std::make_unique<memory_source>(data, length), chunk_size) {}
+    : c_xml_reader(std::make_unique<MemorySource>(data, length), chunk_size) {}
 
 c_xml_reader_local::c_xml_reader_local(c_xml_reader* reader)
     : scope_(*reader->xml_local), size_(scope_.size()) {}

@@ -11,8 +11,9 @@
 
 #include "lmx/diagnostic.h"
 #include "lmx/error.h"
+#include "lmx/event.h"
+#include "lmx/export.h"
 #include "lmx/namespace_scope.h"
-#include "lmx/token_stream.h"
 
 // The pull reader of annotation documents. It hands out one step of the document at a time and
 // never holds more of it than the chunk being parsed and one value. Document type declarations are
@@ -20,6 +21,10 @@
 // a code.
 
 namespace lmx {
+
+class ByteSource;
+class TokenStream;
+struct Token;
 
 // Names of the open elements, innermost last.
 class c_string_stack {
@@ -62,11 +67,14 @@ class c_string_stack_node {
 };
 
 // The token level of a reader: attributes and character data at its place.
-class c_xml {
+class LMX_API c_xml {
  public:
-  c_xml(std::unique_ptr<byte_source> source, std::size_t chunk_size);
+  static constexpr std::size_t default_chunk = 32768;  // bytes handed to the parser at once
+
+  c_xml(std::unique_ptr<ByteSource> source, std::size_t chunk_size);
   c_xml(const c_xml&) = delete;
   c_xml& operator=(const c_xml&) = delete;
+  ~c_xml();
 
   // The value of the attribute just reported, entities resolved. False when there is none to read.
   bool get_attribute_value(std::string* value, elmx_whitespace whitespace);
@@ -78,23 +86,24 @@ class c_xml {
   // declares a namespace.
   bool is_xsi_attribute(const c_xml_local* local, const std::string& name) const;
 
-  // With the reader behind a start tag: the character data up to the end tag, which stays unread.
-  // False on a child element or malformed text.
+  // With the reader after a start tag: the character data up to the end tag, which stays unread.
+  // False on a child element or malformed text. `flag` is always true: kept, not looked at.
   bool get_element_value(std::string* value, elmx_whitespace whitespace, bool flag);
 
  protected:
-  void enter_start_tag(const token& start);
+  void enter_start_tag(const Token& start);
   bool next_attribute(std::string* name);
   // Attributes end with their tag: the tokens that hold them may go with the next step.
   void leave_start_tag() { first_attribute_ = next_attribute_ = end_attribute_ = 0; }
   void leave_end_tag();
 
-  token_stream tokens_;
+  std::unique_ptr<TokenStream> tokens_;
   c_xml_local scope_;
   std::size_t depth_ = 0;                // open elements
   bool start_closes_itself_ = false;     // of the start tag read last
+  bool start_is_unreadable_ = false;     // likewise: its attributes are a fault, not told yet
   std::uint64_t place_ = 0;              // byte of the tag read last
-  std::uint64_t content_place_ = 0;      // byte behind the start tag read last
+  std::uint64_t content_place_ = 0;      // byte after the start tag read last
   elmx_error token_error_ = error_none;  // of a malformed text
   std::string token_words_;              // what the parser says of it
 
@@ -105,9 +114,9 @@ class c_xml {
   std::size_t end_attribute_ = 0;
 };
 
-class c_xml_reader : public c_xml {
+class LMX_API c_xml_reader : public c_xml {
  public:
-  virtual ~c_xml_reader() = default;
+  virtual ~c_xml_reader();
 
   int current_event = 0;       // of the last event call or tokenise
   std::string current_name;    // qualified name of the element reported last
@@ -117,7 +126,7 @@ class c_xml_reader : public c_xml {
   c_string_stack element_name_stack;
   c_xml_local* xml_local;  // the current element's scope
 
-  // Sets the namespaces of the read. This schema has none: the table is empty.
+  // Sets the namespaces of the read. This schema has none, so the map is kept, not looked at.
   void set_ns_map(const s_ns_map* map);
 
   // Moves to the next element start or end, over prolog, comments, instructions and blanks. Sets
@@ -126,7 +135,8 @@ class c_xml_reader : public c_xml {
   void get_element_event(const s_event_map* map, elmx_error* error, std::string* name);
 
   // In a start tag: true and *name for the next attribute. False when the tag ends: current_event
-  // is then 6 if the tag closes itself, and 0 if not. *error is 0: faults come with the start tag.
+  // is then 6 if the tag closes itself, and 0 if not. In a tag that has an attribute twice, its
+  // name alone is told, with *error set. `map` is always null: kept, not looked at.
   bool get_attribute_event(const s_event_map* map, elmx_error* error, std::string* name);
 
   // Classifies the current attribute's or element's name into current_event; consumes nothing.
@@ -148,50 +158,50 @@ class c_xml_reader : public c_xml {
 
   // The one policy point: keeps the first fault as a diagnostic and returns the code to go on with.
   // Without a policy that is `code` itself. `expected` says what should have stood there.
+  // `source_tag` and `position`, the caller's place in the program, are kept, not looked at.
   elmx_error handle_error(elmx_error code, const std::string& name, const char* source_tag,
                           int position, std::string expected = {});
 
   // The first fault of the read, null while there is none.
-  const lmx::diagnostic* diagnostic() const { return fault_ ? &*fault_ : nullptr; }
+  const Diagnostic* diagnostic() const { return fault_ ? &*fault_ : nullptr; }
 
   // A policy sees each fault and answers 0 to go on, or a code to stop with.
-  using policy = std::function<elmx_error(const lmx::diagnostic&)>;
-  void set_policy(policy new_policy) { policy_ = std::move(new_policy); }
+  using Policy = std::function<elmx_error(const Diagnostic&)>;
+  void set_policy(Policy new_policy) { policy_ = std::move(new_policy); }
 
  protected:
-  c_xml_reader(std::unique_ptr<byte_source> source, std::size_t chunk_size);
+  c_xml_reader(std::unique_ptr<ByteSource> source, std::size_t chunk_size);
 
  private:
   void classify(const s_event_map* map, std::string_view name, int ns_id);
   bool refuse_attributes(elmx_error* error);
+  void tell_fault_of_start_tag(elmx_error* error);
   bool finish_simple_element(elmx_error* error);
   std::string found_here(elmx_error code) const;
 
   int element_ns_id_ = 1;
   std::string simple_element_;  // name of the simple-typed element read last, until the next event
   bool in_simple_element_ = false;
-  std::optional<lmx::diagnostic> fault_;
-  policy policy_;
+  std::optional<Diagnostic> fault_;
+  Policy policy_;
 };
 
 // Reads a regular file. Opening does not throw; is_open tells. A directory does not open.
-class c_xml_reader_file : public c_xml_reader {
+class LMX_API c_xml_reader_file : public c_xml_reader {
  public:
-  explicit c_xml_reader_file(const char* file_name,
-                             std::size_t chunk_size = token_stream::default_chunk);
-  bool is_open() const { return tokens_.is_open(); }
+  explicit c_xml_reader_file(const char* file_name, std::size_t chunk_size = default_chunk);
+  bool is_open() const;
 };
 
 // Reads a buffer, which must outlive the reader; it needs no terminator.
-class c_xml_reader_memory : public c_xml_reader {
+class LMX_API c_xml_reader_memory : public c_xml_reader {
  public:
-  c_xml_reader_memory(const char* data, std::size_t length,
-                      std::size_t chunk_size = token_stream::default_chunk);
+  c_xml_reader_memory(const char* data, std::size_t length, std::size_t chunk_size = default_chunk);
 };
 
 // Scope guard around an element's content: declarations of its children end with it, on every way
 // out.
-class c_xml_reader_local {
+class LMX_API c_xml_reader_local {
  public:
   explicit c_xml_reader_local(c_xml_reader* reader);
   c_xml_reader_local(const c_xml_reader_local&) = delete;

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <clocale>
 #include <cmath>
-#include <cstdlib>
 #include <optional>
 #include <ostream>
 #include <string_view>
+
+#include <locale.h>
+#include <stdlib.h>
 
 namespace lmx {
 
@@ -32,12 +33,12 @@ std::string_view skip_sign(std::string_view text) {
   return text;
 }
 
-struct magnitude {
+struct Magnitude {
   bool negative;
   std::uint64_t value;  // the largest number when the digits go beyond it
 };
 
-magnitude parse_integer(std::string_view text) {
+Magnitude parse_integer(std::string_view text) {
   while (!text.empty() && is_blank(text[0])) text.remove_prefix(1);
   const bool negative = !text.empty() && text[0] == '-';
   text = skip_sign(text);
@@ -81,21 +82,42 @@ std::optional<double> convert_short_decimal(std::string_view text) {
   return text[0] == '-' ? -value : value;
 }
 
-// atof, with a dot for the decimal point whatever the locale; for the rare numbers that from_chars
-// does not take.
-double convert_by_library(std::string text) {
-  const char point = *std::localeconv()->decimal_point;
-  std::replace(text.begin(), text.end(), '.', point);
-  return std::strtod(text.c_str(), nullptr);
+// atof in the locale "C", whatever the process's is; for the rare numbers that from_chars does not
+// take.
+double convert_by_library(const char* text) {
+  static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
+  return ::strtod_l(text, nullptr, plain);
+}
+
+using NumberText = std::array<char, 32>;
+
+// Texts of finite numbers: the shortest that read back to the bit.
+std::string_view shortest_text(double number, NumberText& room) {
+  const char* const end = std::to_chars(room.data(), room.data() + room.size(), number).ptr;
+  return {room.data(), static_cast<std::size_t>(end - room.data())};
+}
+
+std::string_view shortest_text(float number, NumberText& room) {
+  const char* end = std::to_chars(room.data(), room.data() + room.size(), number).ptr;
+  // A float is read as a double that is then narrowed, so it is rounded twice. The shortest text of
+  // a few floats lies so near the middle between two of them that the first rounding goes there.
+  // Nine digits are so near the float itself that it does not matter.
+  double read = 0;
+  std::from_chars(room.data(), end, read);
+  if (static_cast<float>(read) != number) {
+    end = std::to_chars(room.data(), room.data() + room.size(), number,
+                        std::chars_format::scientific, 8)
+              .ptr;
+  }
+  return {room.data(), static_cast<std::size_t>(end - room.data())};
 }
 
 template <class T>
 std::ostream& write_number(std::ostream& stream, T number) {
   if (std::isnan(number)) return stream << "NaN";
   if (std::isinf(number)) return stream << (number > 0 ? "INF" : "-INF");
-  std::array<char, 32> buffer;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
-  return stream << std::string_view(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
+  NumberText room;
+  return stream << shortest_text(number, room);
 }
 
 std::string_view escape_of(char c) {
@@ -172,12 +194,12 @@ double float_zero() {
 }
 
 std::int64_t to_int64(const std::string& text) {
-  const magnitude number = parse_integer(text);
+  const Magnitude number = parse_integer(text);
   return static_cast<std::int64_t>(number.negative ? 0 - number.value : number.value);
 }
 
 std::uint64_t to_uint64(const std::string& text) {
-  const magnitude number = parse_integer(text);
+  const Magnitude number = parse_integer(text);
   return number.negative ? 0 - number.value : number.value;
 }
 
@@ -201,7 +223,7 @@ double to_double(const std::string& text) {
   if (*first == '+') ++first;
   double value = 0;
   const auto result = std::from_chars(first, text.c_str() + text.size(), value);
-  return result.ec == std::errc() ? value : convert_by_library(text);
+  return result.ec == std::errc() ? value : convert_by_library(text.c_str());
 }
 
 std::optional<double> to_valid_double(const std::string& text) {

@@ -4,12 +4,14 @@
 #include <string>
 
 #include "lmx/error.h"
+#include "lmx/event.h"
+#include "lmx/export.h"
 
 namespace lmx {
 
 // The stream writer of annotation documents. The annotation classes keep its depth; it writes
 // indentation, line ends and the declaration, and holds nothing of the document.
-class c_xml_writer {
+class LMX_API c_xml_writer {
  public:
   // Flag: the line `<?xml version="1.0" encoding="UTF-8"?>` precedes the output.
   static const int include_xml_decl = 1;

@@ -26,12 +26,12 @@ Ellipsoid Ellipsoid::wgs84() {
 }
 
 Vector3 Ellipsoid::to_earth_fixed(const Geodetic& place) const {
-  const double sine = std::sin(place.latitude * degree);
-  const double cosine = std::cos(place.latitude * degree);
+  const double sine = std::sin(place.latitude_degrees * degree);
+  const double cosine = std::cos(place.latitude_degrees * degree);
   const double prime_vertical = semimajor_ / std::sqrt(1 - eccentricity2_ * sine * sine);
   const double from_axis = (prime_vertical + place.height) * cosine;
-  return {from_axis * std::cos(place.longitude * degree),
-          from_axis * std::sin(place.longitude * degree),
+  return {from_axis * std::cos(place.longitude_degrees * degree),
+          from_axis * std::sin(place.longitude_degrees * degree),
           (prime_vertical * (1 - eccentricity2_) + place.height) * sine};
 }
 
@@ -55,13 +55,15 @@ Geodetic Ellipsoid::to_geodetic(Vector3 position) const {
 }
 
 Vector3 Ellipsoid::up(const Geodetic& place) {
-  const double cosine = std::cos(place.latitude * degree);
-  return {cosine * std::cos(place.longitude * degree), cosine * std::sin(place.longitude * degree),
-          std::sin(place.latitude * degree)};
+  const double cosine = std::cos(place.latitude_degrees * degree);
+  return {cosine * std::cos(place.longitude_degrees * degree),
+          cosine * std::sin(place.longitude_degrees * degree),
+          std::sin(place.latitude_degrees * degree)};
 }
 
 Vector3 Ellipsoid::east(const Geodetic& place) {
-  return {-std::sin(place.longitude * degree), std::cos(place.longitude * degree), 0};
+  return {-std::sin(place.longitude_degrees * degree), std::cos(place.longitude_degrees * degree),
+          0};
 }
 
 Vector3 Ellipsoid::north(const Geodetic& place) {

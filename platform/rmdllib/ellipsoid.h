@@ -5,12 +5,11 @@
 
 namespace rmdllib {
 
-// A place on Earth: geodetic latitude and longitude in degrees, height above the ellipsoid in
-// metres.
+// A place on Earth, by its geodetic latitude and longitude.
 struct Geodetic {
-  double latitude = 0;
-  double longitude = 0;
-  double height = 0;
+  double latitude_degrees = 0;
+  double longitude_degrees = 0;
+  double height = 0;  // metres above the ellipsoid
 };
 
 // An ellipsoid of revolution about the Earth-fixed z axis, by its semi-axes in metres.

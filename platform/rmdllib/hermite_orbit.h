@@ -21,8 +21,8 @@ class HermiteOrbit {
                double interval)
       : positions_(positions), velocities_(velocities), interval_(interval) {}
 
-  // The state `time` seconds after the first vector. Times before the first and behind the last
-  // vector give the state there.
+  // The state `time` seconds after the first vector. Times before the first or after the last
+  // vector give the state at that vector.
   AxisState at(double time) const;
 
  private:

@@ -27,10 +27,10 @@ using rmdllib::Samples;
 // A scene shorter than this still has a margin of this length, where the vectors allow it.
 constexpr double shortest_margin = 1.0;  // s
 
-// An integer's decimal text, without the heap.
-class decimal {
+// An integer's Decimal text, without the heap.
+class Decimal {
  public:
-  explicit decimal(std::int64_t value)
+  explicit Decimal(std::int64_t value)
       : end_(std::to_chars(text_.data(), text_.data() + text_.size(), value).ptr) {}
   operator std::string_view() const { return {text_.data(), end_}; }
 
@@ -39,12 +39,12 @@ class decimal {
   const char* end_;
 };
 
-struct named_array {
+struct NamedArray {
   std::string_view name;
   const RadarArray& array;
 };
 
-struct named_time {
+struct NamedTime {
   std::string_view name;
   double seconds;
 };
@@ -56,27 +56,26 @@ bool is_usable(const RadarGenericModel& model, gke_Report** err) {
     return false;
   };
   if (model.num_pos_pts < 2) {
-    return refuse({"an orbit needs two state vectors, this one has ", decimal(model.num_pos_pts)});
+    return refuse({"an orbit needs two state vectors, this one has ", Decimal(model.num_pos_pts)});
   }
-  for (const auto& [name, seconds] :
-       {named_time{"first_pt_secs_of_day", model.first_pt_secs_of_day},
-        {"time_interval", model.time_interval},
-        {"image_start_time", model.image_start_time},
-        {"image_duration", model.image_duration}}) {
+  for (const auto& [name, seconds] : {NamedTime{"first_pt_secs_of_day", model.first_pt_secs_of_day},
+                                      {"time_interval", model.time_interval},
+                                      {"image_start_time", model.image_start_time},
+                                      {"image_duration", model.image_duration}}) {
     if (!std::isfinite(seconds)) return refuse({name, " is not finite"});
   }
   if (model.time_interval <= 0) return refuse({"time_interval is not positive"});
-  for (const auto& [name, array] : {named_array{"rsx", model.rsx}, named_array{"rsy", model.rsy},
-                                    named_array{"rsz", model.rsz}, named_array{"vsx", model.vsx},
-                                    named_array{"vsy", model.vsy}, named_array{"vsz", model.vsz}}) {
+  for (const auto& [name, array] :
+       {NamedArray{"rsx", model.rsx}, NamedArray{"rsy", model.rsy}, NamedArray{"rsz", model.rsz},
+        NamedArray{"vsx", model.vsx}, NamedArray{"vsy", model.vsy}, NamedArray{"vsz", model.vsz}}) {
     if (array.elements == nullptr) return refuse({name, " is missing"});
     if (array.count < model.num_pos_pts) {
-      return refuse({name, " has ", decimal(array.count), " elements for ",
-                     decimal(model.num_pos_pts), " state vectors"});
+      return refuse({name, " has ", Decimal(array.count), " elements for ",
+                     Decimal(model.num_pos_pts), " state vectors"});
     }
     for (std::int32_t i = 0; i < model.num_pos_pts; ++i) {
       if (!std::isfinite(array.elements[i])) {
-        return refuse({name, "[", decimal(i), "] is not finite"});
+        return refuse({name, "[", Decimal(i), "] is not finite"});
       }
     }
   }
@@ -84,14 +83,14 @@ bool is_usable(const RadarGenericModel& model, gke_Report** err) {
 }
 
 // The times that matter, in seconds after the first state vector.
-struct timeline {
+struct Timeline {
   double scene_start;
   double scene_middle;
   double scene_end;  // not before scene_start
   double last_vector;
 };
 
-timeline timeline_of(const RadarGenericModel& model) {
+Timeline timeline_of(const RadarGenericModel& model) {
   const double first_vector =
       rmdl_FirstStateTime(model.first_pt_secs_of_day, model.time_interval, model.num_pos_pts,
                           model.image_start_time, model.image_duration);
@@ -102,21 +101,21 @@ timeline timeline_of(const RadarGenericModel& model) {
 }
 
 // Where the orbit is sampled, in seconds after the first state vector.
-struct window {
+struct Window {
   double first;
   double last;
   Samples weights;
 };
 
-window choose_window(const timeline& times, double interval) {
+Window choose_window(const Timeline& times, double interval) {
   if (times.scene_end < 0 || times.scene_start > times.last_vector) {
-    window all{0, times.last_vector, {}};
+    Window all{0, times.last_vector, {}};
     all.weights.fill(1);
     return all;
   }
   const double margin =
       std::min(interval, std::max(times.scene_end - times.scene_start, shortest_margin));
-  window chosen{std::max(times.scene_start - margin, 0.0),
+  Window chosen{std::max(times.scene_start - margin, 0.0),
                 std::min(times.scene_end + margin, times.last_vector),
                 {}};
   for (std::size_t k = 0; k < sample_count; ++k) {
@@ -128,12 +127,12 @@ window choose_window(const timeline& times, double interval) {
   return chosen;
 }
 
-struct axis_terms {
+struct AxisTerms {
   Quadratic position;
   Quadratic velocity;
 };
 
-axis_terms fit_axis(const HermiteOrbit& orbit, const window& sampled, const QuadraticFit& fit) {
+AxisTerms fit_axis(const HermiteOrbit& orbit, const Window& sampled, const QuadraticFit& fit) {
   Samples positions;
   Samples velocities;
   for (std::size_t k = 0; k < sample_count; ++k) {
@@ -149,10 +148,10 @@ bool all_finite(std::span<const double> values) {
 }
 
 // The terms of x, y and z; nothing where they or the times exceed a double's range.
-std::optional<std::array<axis_terms, 3>> fit_orbit(const RadarGenericModel& model) {
-  const timeline times = timeline_of(model);
+std::optional<std::array<AxisTerms, 3>> fit_orbit(const RadarGenericModel& model) {
+  const Timeline times = timeline_of(model);
   if (!all_finite(std::array{times.scene_start, times.scene_end, times.last_vector})) return {};
-  const window sampled = choose_window(times, model.time_interval);
+  const Window sampled = choose_window(times, model.time_interval);
   const QuadraticFit fit(sampled.first - times.scene_middle, sampled.last - times.scene_middle,
                          sampled.weights);
   const auto count = static_cast<std::size_t>(model.num_pos_pts);
@@ -163,7 +162,7 @@ std::optional<std::array<axis_terms, 3>> fit_orbit(const RadarGenericModel& mode
   };
   const std::array axes = {terms_of(model.rsx, model.vsx), terms_of(model.rsy, model.vsy),
                            terms_of(model.rsz, model.vsz)};
-  for (const axis_terms& axis : axes) {
+  for (const AxisTerms& axis : axes) {
     if (!all_finite(axis.position) || !all_finite(axis.velocity)) return {};
   }
   return axes;
@@ -177,7 +176,7 @@ void rmdl_modelEphemeris(RadarGenericModel* model, gke_Report** err) {
     return;
   }
   if (!is_usable(*model, err)) return;
-  const std::optional<std::array<axis_terms, 3>> axes = fit_orbit(*model);
+  const std::optional<std::array<AxisTerms, 3>> axes = fit_orbit(*model);
   if (!axes) {
     gridkit::fail(err, "rmdl_modelEphemeris",
                   {"the orbit's terms are beyond the range of a double"});
@@ -185,7 +184,7 @@ void rmdl_modelEphemeris(RadarGenericModel* model, gke_Report** err) {
   }
   double* position = model->rs_coeffs;
   double* velocity = model->vs_coeffs;
-  for (const axis_terms& axis : *axes) {
+  for (const AxisTerms& axis : *axes) {
     position = std::ranges::copy(axis.position, position).out;
     velocity = std::ranges::copy(axis.velocity, velocity).out;
   }

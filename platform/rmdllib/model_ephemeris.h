@@ -13,14 +13,20 @@ extern "C" {
 // Time in the model is in seconds, counted from 0 h UTC of the day on which the scene starts. A
 // record tells the first state vector's time as `first_pt_secs_of_day` in one of three forms, which
 // differ where midnight lies between that vector and the scene's start:
-//   same day          the seconds themselves;
-//   the day before    with hours h, minutes m, seconds s: ((24 - h) * 60 - m) * 60 + s;
-//   the day after     86400 more than the second of its day.
+//   same day          the seconds of the day themselves, 0 to 86400;
+//   the day before    ((24 - h) * 60 - m) * 60 + s for hours h, minutes m, seconds s: 60 to 86460;
+//   the day after     86400 more than the second of its day: 86400 to 172800.
 // Days are told apart by the day of the year, so around New Year's Eve the last two change places:
 // the 31st of December before a scene of the 1st of January has the form of the day after.
-// The time on the model's axis is the reading under which the state vectors, `interval` apart, span
-// the middle of the scene, in the order above with those of New Year behind; where none does, the
-// first. Any arguments are fine: a time that is not finite, or no count, spans nothing.
+//
+// The forms overlap. The time on the model's axis is, of the readings that the number allows, the
+// one whose span of state vectors, `interval` apart, has its middle nearest the middle of the
+// scene; of two that are equally near the number as it stands. Two readings lie at least 120 s
+// apart, so the right one is found while the vectors reach beyond the scene by less than 120 s more
+// on one side than on the other.
+//
+// Any arguments are fine: with a time that is not finite, without a count, or with vectors over
+// more than a day, whose middle tells nothing, the result is the number as it stands.
 GRIDKIT_API double rmdl_FirstStateTime(double first_pt_secs_of_day, double interval, int32_t count,
                                        double image_start_time, double image_duration);
 

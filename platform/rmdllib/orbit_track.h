@@ -15,8 +15,9 @@ struct Motion {
 };
 
 // An orbit from state vectors at equal intervals. Between them the track is the polynomial through
-// the positions and velocities of the nearest four (degree 7), or of all where there are fewer;
-// for a low orbit with vectors 10 s apart it is exact to micrometres.
+// the positions and velocities of the nearest four (degree 7), or of all where there are fewer. For
+// a low orbit with vectors 10 s apart it is as exact as the vectors: to 20 nanometres, and to a
+// micrometre up to half an interval beyond them (tests/platform/rmdllib/solver_truth.txt).
 class GRIDKIT_API OrbitTrack {
  public:
   // Times in seconds. Throws gridkit::Error for fewer than two vectors, arrays of different sizes,

@@ -100,7 +100,7 @@ double RadarGeometry::slant_range(double ground_range) const {
   return range;
 }
 
-// Newton's method on the polynomial.
+// Inverts the polynomial by Newton's method, from where its two lowest terms alone would end.
 double RadarGeometry::ground_range(double slant_range) const {
   constexpr int most_steps = 30;
   constexpr double precision = 1e-8;  // m
@@ -141,10 +141,18 @@ Geodetic RadarGeometry::ground_of(Pixel pixel, double height) const {
 
 Pixel RadarGeometry::pixel_of(const Geodetic& place) const {
   const double middle = start_ + line_interval_ * (lines_ - 1) / 2;
+  const Vector3 target = earth_.to_earth_fixed(place);
+  if (dot(target, orbit_.at(middle).position) < 0) {
+    throw gridkit::Error("that place lies on the far side of the Earth");
+  }
   const RadarPoint seen = to_radar(orbit_, earth_, place, middle);
   const Motion satellite = orbit_.at(seen.time);
+  const Vector3 sight = target - satellite.position;
+  if (dot(Ellipsoid::up(place), sight) > 0) {
+    throw gridkit::Error("that place lies beyond the satellite's horizon");
+  }
   const Vector3 right = cross(satellite.velocity, satellite.position);
-  const bool is_right = dot(right, earth_.to_earth_fixed(place) - satellite.position) > 0;
+  const bool is_right = dot(right, sight) > 0;
   if (is_right != (side_ == LookSide::right)) {
     throw gridkit::Error("that place lies on the side that the radar does not look to");
   }

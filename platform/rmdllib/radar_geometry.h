@@ -47,7 +47,8 @@ class GRIDKIT_API RadarGeometry {
   Geodetic ground_of(Pixel pixel, double height) const;
 
   // Where a place is seen, also outside the image. Throws gridkit::Error as rmdllib::to_radar does,
-  // and for a place on the other side of the track.
+  // and for a place on the far side of the Earth, beyond the satellite's horizon, or on the side of
+  // the track that the radar does not look to.
   Pixel pixel_of(const Geodetic& place) const;
 
  private:

@@ -74,7 +74,7 @@ Geodetic to_ground(const OrbitTrack& orbit, const Ellipsoid& earth, LookSide sid
     if (!std::isfinite(length(position))) break;
     if (length(step) >= precision) continue;
     const Geodetic found = earth.to_geodetic(position);
-    return {found.latitude, found.longitude, height};
+    return {found.latitude_degrees, found.longitude_degrees, height};
   }
   throw gridkit::Error("the slant range does not reach that height");
 }

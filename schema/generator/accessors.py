@@ -1,23 +1,29 @@
 """The accessors of a member, by its shape, as lines of C++."""
+from .text import function
 
 CPP_TYPES = {"string": "std::string", "dateTime": "lmx::c_datetime", "double": "double",
              "float": "float", "int32": "std::int32_t", "uint32": "std::uint32_t",
              "int64": "std::int64_t", "uint64": "std::uint64_t", "uint8": "std::uint8_t",
              "boolean": "bool", "any": "std::string"}
 ERROR = "lmx::elmx_error"
+INDEX = "std::size_t a_index"
+TEXT = "const std::string& a_value"
+NUMBER = "elmx_enums a_value"
 
 
 def storage(member):
     """The type that holds the member in its class."""
     form = member.form
     if form == "object":
-        return f"binding::held<{member.class_name}>"
+        return f"binding::Held<{member.class_name}>"
     if form == "object_list":
         bound = f", {member.maximum}" if member.maximum is not None else ""
-        return f"binding::object_list<{member.class_name}{bound}>"
-    if form in ("token_list", "string_list"):
-        return f"binding::{form}"
-    return f"binding::held<{CPP_TYPES[member.row.type]}>"
+        return f"binding::ObjectList<{member.class_name}{bound}>"
+    if form == "token_list":
+        return "binding::TokenList"
+    if form == "string_list":
+        return "binding::StringList"
+    return f"binding::Held<{CPP_TYPES[member.row.type]}>"
 
 
 def describe(member):
@@ -39,75 +45,88 @@ def describe(member):
     return ", ".join(words)
 
 
-def _enumerated_list(name, entries, values):
-    return [
-        f"elmx_enums getenum_{name}(std::size_t a_index) const {{ return static_cast<elmx_enums>("
-        f"{entries}.number(a_index, {values}, \"a_index < m_{name}.size()\", source_tag)); }}",
-        f"bool setenum_{name}(std::size_t a_index, elmx_enums a_value) {{ return "
-        f"m_{name}.set_number(a_index, {values}, a_value); }}",
-        f"bool appendenum_{name}(elmx_enums a_value) {{ return m_{name}.append_number({values}, "
-        "a_value); }",
-        f"bool insertenum_{name}(std::size_t a_index, elmx_enums a_value) {{ return "
-        f"m_{name}.insert_number(a_index, {values}, a_value); }}",
-    ]
+def _enumerated(number):
+    return f"return static_cast<elmx_enums>({number});"
 
 
 def _texts(member):
     name = member.identifier
-    entries = f"m_{name}" + (".entries" if member.form == "token_list" else "")
+    held = f"m_{name}"
+    entries = f"{held}.entries" if member.form == "token_list" else held
+    check = f'a_index, "a_index < {held}.size()", source_tag'
     lines = [
-        f"std::size_t size_{name}() const {{ return {entries}.size(); }}",
-        f"const std::string& get_{name}(std::size_t a_index) const {{ return "
-        f"{entries}.get(a_index, \"a_index < m_{name}.size()\", source_tag); }}",
-        f"{ERROR} set_{name}(std::size_t a_index, const std::string& a_value) {{ return "
-        f"m_{name}.set(a_index, a_value); }}",
-        f"{ERROR} append_{name}(const std::string& a_value) {{ return m_{name}.append(a_value); }}",
-        f"{ERROR} insert_{name}(std::size_t a_index, const std::string& a_value) {{ return "
-        f"m_{name}.insert(a_index, a_value); }}",
-        f"void delete_{name}(std::size_t a_index) {{ {entries}.remove(a_index, \"a_index < m_{name}.size()\", "
-        "source_tag); }",
-        f"void clear_{name}() {{ {entries}.clear(); }}",
+        *function(f"std::size_t size_{name}() const", f"return {entries}.size();"),
+        *function(f"const std::string& get_{name}({INDEX}) const", f"return {entries}.get({check});"),
+        *function(f"{ERROR} set_{name}({INDEX}, {TEXT})", f"return {held}.set(a_index, a_value);"),
+        *function(f"{ERROR} append_{name}({TEXT})", f"return {held}.append(a_value);"),
+        *function(f"{ERROR} insert_{name}({INDEX}, {TEXT})",
+                  f"return {held}.insert(a_index, a_value);"),
+        *function(f"void delete_{name}({INDEX})", f"{entries}.remove({check});"),
+        *function(f"void clear_{name}()", f"{entries}.clear();"),
     ]
-    if member.row.values:
-        lines += _enumerated_list(name, entries, f"value_sets::{member.row.values}")
-    return lines
+    if not member.row.values:
+        return lines
+    values = f"value_sets::{member.row.values}"
+    counted = f'a_index, {values}, "a_index < {held}.size()", source_tag'
+    return lines + [
+        *function(f"elmx_enums getenum_{name}({INDEX}) const",
+                  _enumerated(f"{entries}.number({counted})")),
+        *function(f"bool setenum_{name}({INDEX}, {NUMBER})",
+                  f"return {held}.set_number(a_index, {values}, a_value);"),
+        *function(f"bool appendenum_{name}({NUMBER})",
+                  f"return {held}.append_number({values}, a_value);"),
+        *function(f"bool insertenum_{name}({INDEX}, {NUMBER})",
+                  f"return {held}.insert_number(a_index, {values}, a_value);"),
+    ]
 
 
 def _object_list(member):
     name, cls = member.identifier, member.class_name
+    held = f"m_{name}"
+    check = f'a_index, "a_index < {held}.size()", source_tag'
     return [
-        f"std::size_t size_{name}() const {{ return m_{name}.size(); }}",
-        f"const {cls}& get_{name}(std::size_t a_index) const {{ return m_{name}.get(a_index, "
-        f"\"a_index < m_{name}.size()\", source_tag); }}",
-        f"{cls}& get_{name}(std::size_t a_index) {{ return m_{name}.grow(a_index, source_tag); }}",
-        f"{cls}& assign_{name}(std::size_t a_index, const {cls}& a_value) {{ return "
-        f"get_{name}(a_index) = a_value; }}",
-        f"{ERROR} append_{name}() {{ return m_{name}.append(); }}",
-        f"{ERROR} insert_{name}(std::size_t a_index) {{ return m_{name}.insert(a_index); }}",
-        f"void delete_{name}(std::size_t a_index) {{ m_{name}.remove(a_index, \"a_index < m_{name}.size()\", "
-        "source_tag); }",
-        f"void clear_{name}() {{ m_{name}.clear(); }}",
-        f"{cls}& back_{name}() {{ return m_{name}.back(\"!m_{name}.empty()\", source_tag); }}",
+        *function(f"std::size_t size_{name}() const", f"return {held}.size();"),
+        *function(f"const {cls}& get_{name}({INDEX}) const", f"return {held}.get({check});"),
+        *function(f"{cls}& get_{name}({INDEX})", f"return {held}.grow(a_index, source_tag);"),
+        *function(f"{cls}& assign_{name}({INDEX}, const {cls}& a_value)",
+                  f"return get_{name}(a_index) = a_value;"),
+        *function(f"{ERROR} append_{name}()", f"return {held}.append();"),
+        *function(f"{ERROR} insert_{name}({INDEX})", f"return {held}.insert(a_index);"),
+        *function(f"void delete_{name}({INDEX})", f"{held}.remove({check});"),
+        *function(f"void clear_{name}()", f"{held}.clear();"),
+        *function(f"{cls}& back_{name}()", f'return {held}.back("!{held}.empty()", source_tag);'),
     ]
+
+
+def _assign(name, cls):
+    return function(f"{cls}& assign_{name}(const {cls}& a_value)", f"return get_{name}() = a_value;")
 
 
 def _object(member):
     name, cls = member.identifier, member.class_name
     return [
-        f"const {cls}& get_{name}() const {{ return m_{name}.value; }}",
-        f"{cls}& get_{name}() {{ return m_{name}.touch(); }}",
-        f"{cls}& assign_{name}(const {cls}& a_value) {{ return get_{name}() = a_value; }}",
+        *function(f"const {cls}& get_{name}() const", f"return m_{name}.value;"),
+        *function(f"{cls}& get_{name}()", f"return m_{name}.touch();"),
+        *_assign(name, cls),
     ]
+
+
+def chosen(name, cls):
+    """Reading access to a choice's member: an object of a class, a text or a list."""
+    return f'binding::chosen<{cls}>(m_choice, e_{name}, "chosen == e_{name}", source_tag)'
+
+
+def choose(name, cls):
+    """Writing access to a choice's member, which makes it the chosen one."""
+    return f"binding::choose<{cls}>(m_choice, e_{name}, [this] {{ release_choice(); }})"
 
 
 def chosen_object(name, cls):
     """The accessors of a choice's member that is an object of a class."""
     return [
-        f"const {cls}& get_{name}() const {{ return binding::chosen_object<{cls}>(m_choice, "
-        f"e_{name}, \"chosen == e_{name}\", source_tag); }}",
-        f"{cls}& get_{name}() {{ return binding::choose_object<{cls}>(s_description, m_choice, "
-        f"e_{name}); }}",
-        f"{cls}& assign_{name}(const {cls}& a_value) {{ return get_{name}() = a_value; }}",
+        *function(f"const {cls}& get_{name}() const", f"return {chosen(name, cls)};"),
+        *function(f"{cls}& get_{name}()", f"return {choose(name, cls)};"),
+        *_assign(name, cls),
     ]
 
 
@@ -115,24 +134,24 @@ def _scalar(member):
     name, cpp = member.identifier, CPP_TYPES[member.row.type]
     passed = f"const {cpp}&" if "::c_" in cpp or cpp == "std::string" else cpp
     lines = [
-        f"{passed} get_{name}() const {{ return m_{name}.value; }}",
-        f"{ERROR} set_{name}({passed} a_value) {{ return m_{name}.set(a_value); }}",
+        *function(f"{passed} get_{name}() const", f"return m_{name}.value;"),
+        *function(f"{ERROR} set_{name}({passed} a_value)", f"return m_{name}.set(a_value);"),
     ]
     if member.row.values:
         values = f"value_sets::{member.row.values}"
         lines += [
-            f"elmx_enums getenum_{name}() const {{ return static_cast<elmx_enums>("
-            f"binding::number_of({values}, m_{name}.value)); }}",
-            f"bool setenum_{name}(elmx_enums a_value) {{ return binding::set_number(m_{name}, "
-            f"{values}, a_value); }}",
+            *function(f"elmx_enums getenum_{name}() const",
+                      _enumerated(f"binding::number_of({values}, m_{name}.value)")),
+            *function(f"bool setenum_{name}({NUMBER})",
+                      f"return binding::set_number(m_{name}, {values}, a_value);"),
         ]
     return lines
 
 
 def _presence(name):
     return [
-        f"bool isset_{name}() const {{ return m_{name}.is_set; }}",
-        f"void unset_{name}() {{ m_{name}.is_set = false; }}",
+        *function(f"bool isset_{name}() const", f"return m_{name}.is_set;"),
+        *function(f"void unset_{name}()", f"m_{name}.is_set = false;"),
     ]
 
 

@@ -72,6 +72,15 @@ class Class:
         return self.parent.path + [self.name] if self.parent else [self.name]
 
     @property
+    def file_path(self):
+        """Folders and name of the class's file, without its ending. A nested class's file lies in the
+        folder that bears the name of its parent's, beside the parent's file, and is called by its
+        element: some classes bear their parent's whole name before their own."""
+        if self.parent is None:
+            return [self.name]
+        return self.parent.file_path + ["c_" + re.sub(r"\W", "_", self.element)]
+
+    @property
     def qualified(self):
         return "::".join(self.path)
 

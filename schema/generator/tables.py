@@ -132,7 +132,7 @@ def _check(schema):
             raise TableError(row.place, f"{row.owner} has '{row.name}' twice")
         seen.add(key)
         if order[row.kind] < last.get(row.owner, 0):
-            raise TableError(row.place, f"{row.owner}: '{row.name}' stands behind a later kind")
+            raise TableError(row.place, f"{row.owner}: '{row.name}' stands after a later kind")
         last[row.owner] = order[row.kind]
         if row.values and row.values not in schema.value_sets:
             raise TableError(row.place, f"value set '{row.values}' is not in valueSets.tsv")

@@ -21,9 +21,10 @@ NOT_RUN = {
     "docs/performance.md": "benchmarks: their figures are of one machine",
     "docs/pipelines.md": "the recipe for an archive of one's own, run by tests/tools/pipelines_test.py, and a validator",
     "docs/start.md": "installs packages, or builds and installs from source",
+    "docs/annotation-classes.md": "run by tests/packaging/install_test.py, with its console blocks, where the classes are installed",
     "docs/writing-a-plugin.md": "run by tests/packaging/install_test.py, with its console blocks, where gridkit is installed",
 }
-RUN_ELSEWHERE = {"docs/writing-a-plugin.md": "tests/packaging/install_test.py"}
+RUN_ELSEWHERE = dict.fromkeys(("docs/annotation-classes.md", "docs/writing-a-plugin.md"), "tests/packaging/install_test.py")
 # Shows what real annotations give, in blocks in "text".
 REAL = "docs/geometry.md"
 # Kinds of blocks that show no command.
@@ -124,7 +125,7 @@ class RealAnnotations(unittest.TestCase):
         for one in shown:
             variant, = re.findall(r" (SSC|MGD)\.xml", one.command)
             annotation, = Path(REAL_ANNOTATIONS).glob(f"TSX1_SAR__{variant}_*.xml")
-            prepare = f"tsx-simulate --images-for '{annotation}' images; ln -s images/*.xml {variant}.xml; ln -s images/IMAGEDATA ."
+            prepare = f"tsx-simulate --images-for '{annotation}' images --empty-images; ln -s images/*.xml {variant}.xml; ln -s images/IMAGEDATA ."
             _, (printed, status) = run([prepare, one.command], FOLDER / f"real-{variant}")
             self.assertEqual(one.output, printed)
             self.assertEqual(0, status)

@@ -10,7 +10,7 @@ import unittest
 
 from pages import BUILD, COMMAND_PAGES, FOLDER, PAGES, ROOT, fences, name_of
 
-VERBS = {"gridkit": ["formats", "info", "layers", "read", "quicklook", "data", "locate", "report"],
+VERBS = {"gridkit": ["formats", "info", "layers", "samples", "read", "quicklook", "data", "locate", "report"],
          "tsx-annotation": ["check", "view", "rewrite"]}
 
 

@@ -2,6 +2,7 @@
 
     site_test.py BUILD FOLDER ROOT
 """
+import re
 import shutil
 import subprocess
 import sys
@@ -89,6 +90,19 @@ int add(int a, int b);  // to be used
 /// and never fails.
 int add(int a, int b);  ///< to be used
 """, shown)
+
+
+class Pictures(unittest.TestCase):
+    def test_of_the_readme_are_there_small_and_made_by_the_script(self):
+        names = re.findall(r"docs/pictures/([\w.-]+)", (ROOT / "README.md").read_text())
+        self.assertEqual({"quicklook.png", "report.png"}, set(names))
+        files = list((ROOT / "docs/pictures").iterdir())
+        self.assertEqual(set(names), {file.name for file in files})
+        script = (ROOT / "scripts/pictures").read_text()
+        for file in files:
+            self.assertEqual(b"\x89PNG\r\n\x1a\n", file.read_bytes()[:8])
+            self.assertIn(f"$pictures/{file.name}", script)
+        self.assertLess(sum(file.stat().st_size for file in files), 400 * 1024)
 
 
 if __name__ == "__main__":

@@ -225,6 +225,33 @@ TEST_F(SensorModel, RefusesHostileStateVectorCounts) {
   EXPECT_EQ(read().num_pos_pts, 100000);
 }
 
+TEST_F(SensorModel, OfNoStateVectorsHasSixEmptyArraysWhateverNoBytesAre) {
+  for (const bool is_null : {false, true}) {
+    reset_toolkit();
+    toolkit().nothing_for_no_bytes = is_null;
+    document.state_vectors = 0;
+    read();
+    EXPECT_TRUE(toolkit().printed.empty());
+    EXPECT_EQ(model.num_pos_pts, 0);
+    for (const RadarArray* array :
+         {&model.rsx, &model.rsy, &model.rsz, &model.vsx, &model.vsy, &model.vsz}) {
+      EXPECT_EQ(array->count, 0);
+      EXPECT_EQ(array->elements == nullptr, is_null);
+    }
+    EXPECT_EQ(toolkit().calls["rmdl_modelEphemeris"], 1);
+    free_arrays();
+  }
+}
+
+// One less than the least number of 32 bits is the largest, in two's complement.
+TEST_F(SensorModel, OfTheLeastSizeWrapsItsLastPixel) {
+  file.width = file.height = -2147483647 - 1;
+  read();
+  EXPECT_EQ(model.sub_range_end, 2147483647);
+  EXPECT_EQ(model.sub_azimuth_end, 2147483647);
+  EXPECT_EQ(model.sub_range_num_samples, -2147483647 - 1);
+}
+
 TEST_F(SensorModel, ReportsMissingMemoryForTheStateVectors) {
   for (int call = 1; call <= 6; ++call) {
     reset_toolkit();

@@ -251,6 +251,15 @@ TEST_F(ComplexReader, AShortReadOnTheFirstLineCopiesNothingAndSucceeds) {
   EXPECT_TRUE(toolkit().printed.empty());
 }
 
+// The range test's 32-bit product makes a large image of -1 lines of 60 samples: 2^32 - 240 bytes.
+// So what the file holds is read, and the file's end tells that there is no more.
+TEST_F(ComplexReader, ReadsWhatTheFileHoldsWhereTheHeightIsNegative) {
+  file.height = -1;
+  ASSERT_TRUE(read(H / 8 - 1, 0));
+  EXPECT_EQ(pixels[63], magnitude(H, 8));
+  EXPECT_FALSE(read(H / 8, 0));
+}
+
 // The second line gives 5 items: width 5 and height 8 (the place in the planes) make 40 elements,
 // of which the first line's 8 were read.
 TEST_F(ComplexReader, AShortReadLaterConvertsItemsTimesPlace) {

@@ -148,6 +148,19 @@ TEST_F(Layers, AFailingDeleteIsAWarningAndChangesNothing) {
             (PrintedReport{"tsxFileLayerNamesGet", "gks_StringListDelete failed", 0}));
 }
 
+TEST_F(Layers, AFailingDeleteAfterAFailingAppendIsPrintedToo) {
+  toolkit().fail_at["gks_StringListAppend"] = 4;
+  toolkit().fail_at["gks_StringListDelete"] = 1;
+  EXPECT_TRUE(names(-1).empty());
+  EXPECT_EQ(toolkit().printed,
+            (std::vector<PrintedReport>{
+                {"tsxFileLayerNamesGet", "gks_StringListDelete failed", gke_SeverityWarning},
+                {"gks_StringListDelete", "made to fail", gke_SeverityError},
+                {"tsxFileLayerNamesGet", "gks_StringListAppend failed", gke_SeverityError},
+                {"gks_StringListAppend", "made to fail", gke_SeverityError}}));
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
 TEST_F(Layers, NamesAreCheckedForTheirForm) {
   EXPECT_EQ(tsx_LayerCheck(&file, "X_HH_MAGNITUDE_1"), 0);
   EXPECT_EQ(tsx_LayerCheck(&file, "Q_AB_ANYTHING_3"), 2) << "letters are not compared";
@@ -250,6 +263,14 @@ TEST_F(Layers, WithoutMemoryThereIsNoHandle) {
             (std::vector<PrintedReport>{{"tsxLayerOpen", "No memory in layeropen", 2}}));
 }
 
+TEST_F(Layers, OfAProductOfNegativeHeightTellIt) {
+  file.height = -5;
+  const Opened o = open("X_HH_MAGNITUDE_1");
+  ASSERT_NE(o.layer, nullptr);
+  EXPECT_EQ(o.height, -5);
+  tsxLayerClose(o.layer);
+}
+
 TEST_F(Layers, CountersPrintTheirTexts) {
   const int32_t opened = s_tsxLayerOpenCount;
   const int32_t closed = s_tsxLayerCloseCount;
@@ -259,6 +280,8 @@ TEST_F(Layers, CountersPrintTheirTexts) {
       toolkit().debug,
       (std::vector<std::string>{"\n s_tsxLayerOpenCount: " + std::to_string(opened + 1) + " \n",
                                 "\n s_tsxLayerCloseCount: " + std::to_string(closed + 1) + " \n"}));
+  EXPECT_EQ(toolkit().formats, (std::vector<std::string>{"\n s_tsxLayerOpenCount: %d \n",
+                                                         "\n s_tsxLayerCloseCount: %d \n"}));
 }
 
 }  // namespace

@@ -83,6 +83,19 @@ TEST_F(MapData, InfoWithoutMemoryForItsTextsIsReported) {
   }
 }
 
+TEST_F(MapData, InfoWithoutATextIsToldWithoutIt) {
+  toolkit().null_map_texts = {"projectionName"};
+  EXPECT_EQ(info(variant_gec), 0);
+  EXPECT_EQ(name, nullptr);
+  EXPECT_STREQ(units, "metre");
+  gkm_HeapFree(units);
+  toolkit().null_map_texts = {"units"};
+  EXPECT_EQ(info(variant_gec), 0);
+  EXPECT_STREQ(name, "UTM");
+  EXPECT_EQ(units, nullptr);
+  EXPECT_TRUE(toolkit().created.empty());
+}
+
 TEST_F(MapData, ProjectionOfAnSscOrMgdLayerIsNineZeros) {
   for (const std::int32_t variant : {variant_ssc, variant_mgd}) {
     char prepared[] = "prepared";
@@ -130,7 +143,9 @@ TEST_F(MapData, ProjectionDoesNotLookAtAFailureOfTheInfo) {
   EXPECT_EQ(projection(variant_gec), 0);
   EXPECT_STREQ(name, "UTM of the projection");
   EXPECT_TRUE(toolkit().created.empty());
-  EXPECT_EQ(toolkit().live_reports, 0);
+  EXPECT_TRUE(toolkit().printed.empty());
+  EXPECT_EQ(toolkit().map_info_slots, 1);
+  EXPECT_EQ(toolkit().live_reports, 1) << "the toolkit's, neither printed nor deleted";
 }
 
 TEST_F(MapData, AnImageWithoutAMapIsSupported) {

@@ -18,7 +18,7 @@ class RasterRead : public testing::Test {
     file.width = file.height = 10;
     file.blockWidth = 4;
     file.blockHeight = 3;
-    file.tiffLayers[0] = gkl_LayerOpen("one", gki_GetInit(nullptr), nullptr, 25, 0);
+    file.tiffLayers[0] = gkl_LayerOpen("one", gki_GetInit(nullptr), nullptr, gkl_OptionReadOnly, 0);
     toolkit().pixels = {1.0, 65535.0, 70000.9, -1.0, 0.7};
     toolkit().log.clear();
     pixels.assign(12, 777);
@@ -82,6 +82,36 @@ TEST_F(RasterRead, AFailingDeleteOfTheRectangleIsPrintedAndIgnored) {
   ASSERT_EQ(toolkit().printed.size(), 1U);
   EXPECT_EQ(toolkit().printed[0].word, "gkl_PixelRectDelete");
   EXPECT_EQ(pixels[0], 1);
+}
+
+// The preference that each layer's open reads is the size of detected blocks too: block (1, 2) of
+// 5 x 5 pixels starts at line 5, column 10.
+TEST_F(RasterRead, OfADetectedBlockHasThePreferredSize) {
+  toolkit().preferences["import.default_block_size"] = 5;
+  file.layerCount = 1;
+  std::int32_t out[6];
+  TsxLayer* layer = nullptr;
+  tsxLayerOpen(&file, "X_HH_MAGNITUDE_1", &out[0], &out[1], &out[2], &out[3], &out[4], &out[5],
+               &layer);
+  ASSERT_NE(layer, nullptr);
+  pixels.assign(26, 777);
+  block = pixels.data();
+  EXPECT_EQ(tsxLayerRasterRead(layer, 1, 2, &block), 0);
+  EXPECT_EQ(toolkit().log,
+            (std::vector<std::string>{"gkl_PixelRectCreate 5 5 10", "gkl_LayerRead 10 5 5 5"}));
+  EXPECT_NE(pixels[24], 777);
+  EXPECT_EQ(pixels[25], 777) << "25 pixels and no more";
+  tsxLayerClose(layer);
+}
+
+TEST_F(RasterRead, OfABlockWithoutPixelsFailsWithoutReading) {
+  for (const std::int32_t size : {0, -1, -64}) {
+    toolkit().printed.clear();
+    file.blockWidth = file.blockHeight = size;
+    EXPECT_EQ(read(0, 0), -1);
+    EXPECT_EQ(toolkit().printed[0].message, "gkl_PixelRectCreate failed");
+    EXPECT_EQ(pixels[0], 777);
+  }
 }
 
 TEST_F(RasterRead, WithoutMemoryItFails) {

@@ -49,11 +49,16 @@ in_system sh -euc '
   g++ $flags "$examples/embed/embed.cpp" -o embed $(pkg-config --libs gridkit)
   mkdir plugins
   g++ $flags -shared -fPIC "$examples/pgm/pgm.cpp" -o plugins/pgm.so $(pkg-config --libs gridkit)'
+in_system sh -euc '
+  cd /mnt
+  g++ -std=c++20 $(pkg-config --cflags tsx-annotation) \
+    "$(pkg-config --variable=examplesdir tsx-annotation)/annotation/remark.cpp" -o remark $(pkg-config --libs tsx-annotation)'
+in_system /mnt/remark "$annotation" /mnt/remarked.xml seen >"$results/remark"
 in_system /mnt/embed "$annotation" X_HH_PHASE_2 >"$results/embed"
 in_system gridkit --plugins /mnt/plugins formats >"$results/formats"
 
 # And off again, one by one: the library not before those that need it.
-in_system dpkg --purge gridkit-tsx libgridkit-dev >>"$results/remove" 2>&1
+in_system dpkg --purge gridkit-tsx-dev gridkit-tsx libgridkit-dev >>"$results/remove" 2>&1
 in_system gridkit formats 2>"$results/no-plugin" && exit 1
 in_system dpkg --purge libgridkit0 2>"$results/keep-library" && exit 1
 in_system dpkg --purge gridkit-tools libgridkit0 >>"$results/remove" 2>&1

@@ -19,15 +19,15 @@ WARNINGS = "-Wall -Wextra -Wconversion -Wshadow -Wpedantic -Werror"
 
 # Headers of services for plug-ins are C; the others are C++.
 C_HEADERS = {"debug/debug_channel.h", "handlepool/handlepool.h",
-             *(f"gridkit/{name}.h" for name in ("dictionary", "export", "file", "instance", "layer",
+             *(f"gridkit/{name}.h" for name in ("companion", "dictionary", "export", "file", "instance", "layer",
                                                 "map_projection", "memory", "preference", "report",
                                                 "string_list", "text"))}
 CPP_HEADERS = {*(f"gridkit/{name}.h" for name in ("error", "image_reader", "indexed_png", "map_data", "map_point",
                                                   "os_error", "partial_file", "plugin", "product",
-                                                  "raster_header", "raster_writer", "record_decoder",
-                                                  "whole_file")),
+                                                  "raster_header", "raster_writer", "record_decoder", "samples",
+                                                  "shared_file", "version", "whole_file")),
                *(f"rmdllib/{name}.h" for name in ("ellipsoid", "model_ephemeris", "orbit_track",
-                                                  "radar_generic_model", "radar_geometry", "range_doppler",
+                                                  "radar_generic_model", "radar_geometry", "range_doppler", "rational_model",
                                                   "vector3"))}
 
 WIDTH, HEIGHT, BLOCK = 150, 100, 64
@@ -135,7 +135,7 @@ class Library(unittest.TestCase):
             f"foreach(other {major}.{minor + 1} {major + 1}.0)\n"
             "  find_package(gridkit ${other} QUIET)\n"
             '  if(gridkit_FOUND)\n    message(FATAL_ERROR "${other} was found")\n  endif()\nendforeach()\n')
-        self.assertIn(f"plug-ins: {one('lib/**/tsx.so').parent}, version {version}",
+        self.assertIn(f"plug-ins: {one('lib/**/gridkit/tsx.so').parent}, version {version}",
                       text("cmake", "-S", folder, "-B", folder / "build"))
 
 
@@ -189,7 +189,7 @@ class Examples(unittest.TestCase):
         return run("gridkit", "read", "--raw", image, "GREY", "--block", row, column).stdout
 
     def test_the_plugin_lies_beside_the_other(self):
-        self.assertEqual(one("lib/**/tsx.so").parent, one("lib/**/pgm.so").parent)
+        self.assertEqual(one("lib/**/gridkit/tsx.so").parent, one("lib/**/pgm.so").parent)
         self.assertEqual(str(one("lib/**/pgm.so").parent.resolve()),
                          str(Path(text("pkg-config", "--variable=plugindir", "gridkit").strip()).resolve()))
 
@@ -199,7 +199,10 @@ class Examples(unittest.TestCase):
                           "file": str(self.image), "data": [],
                           "layers": [{"name": "GREY", "pixelType": "u16", "layerType": "grey", "width": WIDTH,
                                       "height": HEIGHT, "blockWidth": BLOCK, "blockHeight": BLOCK,
-                                      "mapInfo": None}]}, info)
+                                      "mapInfo": None}],
+                          # The picture has no annotation that tells more.
+                          **dict.fromkeys(("product", "mode", "polarisations", "satellite", "times", "centre", "extent",
+                                           "spacing", "resolution", "heights", "calibration")), "warnings": []}, info)
 
     def test_every_pixel_comes_and_the_rest_is_zero(self):
         for row in range(2):
@@ -216,7 +219,7 @@ class Examples(unittest.TestCase):
     def test_refusals_say_what_is_wrong(self):
         self.assertIn("no layer BLUE; there is GREY", complaint(self.embed, self.image, "BLUE"))
         short = write_pgm("short.pgm", pixels=WIDTH * 70 + 3)
-        self.assertIn(f"{short}: line 70 cannot be read",
+        self.assertIn(f"gridkit: {short}: block 1, 0 of GREY cannot be read: line 70 cannot be read\n",
                       complaint("gridkit", "read", "--raw", short, "GREY", "--block", 1, 0))
         for block in ((2, 0), (0, 3), (-1, 0)):
             self.assertIn("no such block", complaint("gridkit", "read", "--raw", self.image, "GREY",
@@ -250,15 +253,72 @@ class Examples(unittest.TestCase):
         self.assertLess(abs(mean), 5 * 65536 / 12 ** 0.5 / 128)
 
 
-class Document(unittest.TestCase):
-    """docs/writing-a-plugin.md by copy and paste, in a folder of its own."""
+class AnnotationClasses(unittest.TestCase):
+    """Programs on the installed classes, linked with the plug-in alone."""
 
-    def test_does_what_it_shows(self):
-        folder = FOLDER / "reader"
+    root = TREE / "include/tsx-annotation"
+
+    @classmethod
+    def setUpClass(cls):
+        cls.build = FOLDER / "build-annotation"
+        run("cmake", "-S", SOURCE / "tests/packaging/annotation", "-B", cls.build, f"-DCMAKE_CXX_FLAGS=-O0 {WARNINGS}")
+
+    def test_every_shape_of_operation_is_there_in_every_version(self):
+        for version in (34, 35, 40):
+            run("cmake", "--build", self.build, "--target", f"operations{version}")
+            self.assertEqual("every operation is there\n",
+                             text(self.build / f"operations{version}", FOLDER / f"written{version}.xml"))
+
+    def test_inline_functions_call_nothing_that_is_hidden(self):
+        # All that the headers have is kept, called or not. The reader's insides are no part of the classes.
+        classes = ("binding::", "level1bProduct", "version", "lmx::c_", "lmx::Diagnostic", "lmx::meaning", "lmx::operator")
+        exported = {line.split(" ", 2)[2] for line in
+                    text("nm", "-DC", "--defined-only", one("lib/**/gridkit/tsx.so")).splitlines()}
+        for version in (34, 35, 40):
+            kept = FOLDER / f"inline{version}.o"
+            run("g++", "-std=c++20", "-O0", "-fkeep-inline-functions", "-c", "-I", self.root, "-o", kept, "-x", "c++", "-",
+                input=f"#include <level1bProduct{version}/version{version}.h>\n".encode())
+            called = {line.strip().split(" ", 1)[1] for line in text("nm", "-uC", kept).splitlines()}
+            called = {name for name in called if name.startswith(classes)}
+            self.assertGreater(len(called), 50)
+            self.assertEqual(set(), called - exported)
+
+    def test_the_programs_need_the_plugin_and_no_other_library_of_the_project(self):
+        run("cmake", "--build", self.build, "--target", "operations40")
+        needed = re.findall(r"NEEDED.*\[(.*)\]", text("readelf", "-d", self.build / "operations40"))
+        self.assertEqual(["tsx.so"], [Path(name).name for name in needed if "tsx" in name or "gridkit" in name])
+
+    def test_headers_compile_alone(self):
+        headers = {str(h.relative_to(self.root)) for h in self.root.rglob("*.h")}
+        for folder, name in (("binding", "storage"), ("lmx", "reader"), ("schema", "class_parts"),
+                             ("level1bProduct34", "c_level1Product"), ("level1bProduct40", "version40")):
+            self.assertIn(f"{folder}/{name}.h", headers)
+        own = sorted(h for h in headers if not h.startswith("level1bProduct"))
+        for header in [*own, "level1bProduct40/c_file.h", "level1bProduct34/version34.h"]:
+            run("g++", "-std=c++20", *WARNINGS.split(), "-fsyntax-only", "-I", self.root, "-x", "c++", "-",
+                input=f"#include <{header}>\nextern int declared;\n".encode())
+
+    def test_find_package_says_when_the_plugin_is_not_there(self):
+        plugin, folder = one("lib/**/gridkit/tsx.so"), FOLDER / "without"
         folder.mkdir()
-        blocks = re.findall(r"^```(sh|console)\n(.*?)^```$", (SOURCE / "docs/writing-a-plugin.md").read_text(),
-                            re.M | re.S)
-        self.assertGreater(len(blocks), 5)
+        (folder / "CMakeLists.txt").write_text("cmake_minimum_required(VERSION 3.16)\nproject(without CXX)\n"
+                                               "find_package(tsx-annotation REQUIRED)\n")
+        away = plugin.rename(FOLDER / "tsx.so")
+        try:
+            told = " ".join(complaint("cmake", "-S", folder, "-B", folder / "build").split())
+        finally:
+            away.rename(plugin)
+        self.assertIn(f"The plug-in that exports the classes is not there: {plugin}", told)
+
+
+class Document(unittest.TestCase):
+    """Pages for programmers by copy and paste, each in a folder of its own."""
+
+    def do(self, page):
+        folder = FOLDER / "reader" / page
+        folder.mkdir(parents=True)
+        blocks = re.findall(r"^```(sh|console)\n(.*?)^```$", (SOURCE / page).read_text(), re.M | re.S)
+        self.assertGreater(len(blocks), 4)
         for kind, block in blocks:
             if kind == "sh":
                 run("bash", "-euc", block, cwd=folder)
@@ -267,7 +327,20 @@ class Document(unittest.TestCase):
                 command, _, output = shown.partition("\n")
                 with self.subTest(command):
                     self.assertEqual(output, run("bash", "-euc", command, cwd=folder).stdout.decode())
+
+    def test_writing_a_plugin_does_what_it_shows(self):
+        self.do("docs/writing-a-plugin.md")
         one("lib/**/pgm.so").unlink()
+
+    def test_annotations_in_a_program_do_what_is_shown(self):
+        self.do("docs/annotation-classes.md")
+
+    def test_code_for_annotations_is_the_examples(self):
+        example = (SOURCE / "examples/annotation/remark.cpp").read_text()
+        parts = re.findall(r"^```cpp\n(.*?)^```$", (SOURCE / "docs/annotation-classes.md").read_text(), re.M | re.S)
+        self.assertEqual(3, len(parts))
+        for part in parts:
+            self.assertIn(part, example)
 
 
 if __name__ == "__main__":

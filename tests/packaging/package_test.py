@@ -61,12 +61,12 @@ def setUpModule():
 
 class Packages(unittest.TestCase):
     packages = {"libgridkit0": "libs", "libgridkit-dev": "libdevel", "gridkit-tsx": "science",
-                "gridkit-tools": "science"}
+                "gridkit-tsx-dev": "libdevel", "gridkit-tools": "science"}
 
     def controls(self):
         return {control["Package"]: control for control in map(fields, DEBS.glob("*.deb"))}
 
-    def test_are_these_four(self):
+    def test_are_these_five(self):
         controls = self.controls()
         self.assertEqual(self.packages, {name: control["Section"] for name, control in controls.items()})
         self.assertEqual(1, len({control["Version"] for control in controls.values()}))
@@ -82,6 +82,7 @@ class Packages(unittest.TestCase):
         controls = self.controls()
         for name in ("libgridkit-dev", "gridkit-tsx", "gridkit-tools"):
             self.assertIn(f"libgridkit0 (= {controls[name]['Version']})", controls[name]["Depends"], name)
+        self.assertEqual(f"gridkit-tsx (= {controls['gridkit-tsx']['Version']})", controls["gridkit-tsx-dev"]["Depends"])
         self.assertEqual("gridkit-tsx", controls["gridkit-tools"]["Recommends"])
 
     def test_ask_for_every_library_that_they_need(self):
@@ -94,6 +95,20 @@ class Packages(unittest.TestCase):
                     with self.subTest(file=file.name, library=library):
                         self.assertIn("libgridkit0" if library == "libgridkit.so.0" else owner(library), asked)
 
+    def test_ask_for_the_oldest_expat_that_the_configuration_accepts(self):
+        oldest = re.search(r"TSX_OLDEST_EXPAT ([\d.]+)", (SOURCE / "CMakeLists.txt").read_text()).group(1)
+        callers = []
+        for name, control in self.controls().items():
+            asked = [entry for entry in control.get("Depends", "").split(", ") if entry.startswith("libexpat")]
+            binaries = (f for f in (ROOT / name).rglob("*")
+                        if f.is_file() and not f.is_symlink() and f.read_bytes()[:4] == b"\x7fELF")
+            if any("libexpat.so.1" in needed(file) for file in binaries):
+                callers.append(name)
+                self.assertEqual([f"libexpat1 (>= {oldest})"], asked, name)
+            else:
+                self.assertEqual([], asked, name)
+        self.assertIn("gridkit-tsx", callers)
+
     def test_hold_each_file_once_where_debian_wants_it(self):
         files = [str(f.relative_to(ROOT / name)) for name in self.packages
                  for f in (ROOT / name).rglob("*") if not f.is_dir()]
@@ -103,6 +118,10 @@ class Packages(unittest.TestCase):
                      "usr/bin/gridkit", "usr/bin/tsx-annotation", "usr/bin/tsx-simulate",
                      "usr/include/gridkit/gridkit/plugin.h", f"{libraries}/pkgconfig/gridkit.pc",
                      f"{libraries}/cmake/gridkit/gridkit-config.cmake",
+                     "usr/include/tsx-annotation/level1bProduct40/version40.h",
+                     f"{libraries}/cmake/tsx-annotation/tsx-annotation-config.cmake",
+                     f"{libraries}/pkgconfig/tsx-annotation.pc",
+                     "usr/share/doc/gridkit-tsx-dev/examples/annotation/remark.cpp",
                      "usr/share/bash-completion/completions/gridkit",
                      "usr/share/bash-completion/completions/tsx-annotation",
                      "usr/share/bash-completion/completions/tsx-simulate",
@@ -160,6 +179,9 @@ class System(unittest.TestCase):
         self.assertIn("X_HH_PHASE_2: 80 x 64, s16\n", self.result("embed"))
         self.assertIn("PGM", self.result("formats"))
         self.assertEqual("-I/usr/include/gridkit", self.result("cflags").split()[0])
+
+    def test_programs_on_annotations_are_built_without_a_setting(self):
+        self.assertIn("mission: TSX-1\n", self.result("remark"))
 
     def test_without_the_plugin_the_tools_say_that_there_is_none(self):
         self.assertRegex(self.result("no-plugin"), r"^gridkit: no format plug-in in (/usr)?/lib/[^/]+/gridkit\n")

@@ -151,8 +151,10 @@ TEST_P(ChangingFile, OfAnAnnotationEndsTheOpenWithAWord) {
   for (const Variant variant : {Variant::ssc, Variant::mgd}) {
     simulate(variant);
     const Life life = live([&] { GetParam().make(annotation); }, nothing);
-    EXPECT_EQ(life.refusal, annotation.string() +
-                                ": tsxFileTitleIdentifyAndOpen: Wrong XML schema file detected");
+    EXPECT_EQ(life.refusal,
+              annotation.string() +
+                  ": cannot be opened: tsxFileTitleIdentifyAndOpen: Wrong XML schema file "
+                  "detected");
     be_oneself();
     fs::remove_all(annotation.parent_path());
   }
@@ -168,8 +170,9 @@ TEST_P(ChangingFile, OfAComplexImageBeforeItIsOpened) {
     EXPECT_EQ(life.delivered + life.without_data, 4);
     EXPECT_LT(life.delivered, 3) << "half of the image at most";
   } else {
-    EXPECT_EQ(life.refusal,
-              annotation.string() + ": tsxFileTitleIdentifyAndOpen: gkf_fopen failed");
+    EXPECT_EQ(
+        life.refusal,
+        annotation.string() + ": cannot be opened: tsxFileTitleIdentifyAndOpen: gkf_fopen failed");
   }
 }
 
@@ -181,7 +184,7 @@ TEST_P(ChangingFile, OfADetectedImageBeforeItIsOpened) {
     return;
   }
   const std::string words =
-      ": tsxFileTitleIdentifyAndOpen: gkl_LayerGetNames failed; "
+      ": cannot be opened: tsxFileTitleIdentifyAndOpen: gkl_LayerGetNames failed; "
       "gkl_LayerGetNames: " +
       image.string() + ": ";
   EXPECT_TRUE(life.refusal.starts_with(annotation.string() + words)) << life.refusal;

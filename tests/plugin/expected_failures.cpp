@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "plugin/faulted_life.h"
+#include "support/open_calls.h"
 
 namespace {
 
@@ -79,28 +80,30 @@ Expectation unfinished_at_image(const std::string& variant, int image, Reports p
 }
 
 Expectation without_memory_in_open(const std::string& variant, int nth) {
-  if (nth > arrays(variant)) {
+  // What recognition asks for comes first.
+  const int vectors = nth - open_allocation::line_of_recognition;
+  if (vectors > arrays(variant)) {
     return unfinished({{open_word, "No memory for the product's directory", 2}},
                       sum(lost_by_unfinished(variant, true), {{"block", arrays(variant)}}));
   }
   return unfinished({{open_word, "tsx_GenericSARRead failed", 2},
                      {"tsx_GenericSARRead", "No memory for the state vectors", 2}},
-                    sum(lost_by_unfinished(variant, true), {{"block", nth - 1}}));
+                    sum(lost_by_unfinished(variant, true), {{"block", vectors - 1}}));
 }
 
 Expectation unformatted_in_open(const std::string& variant, int nth, const Expectation& whole) {
   const PrintedReport made = made_to_fail("gks_Sprintf");
-  // The first is the counter's text.
-  if (nth == 1) return {whole.outcome, {made}, sum(whole.lost, {{"text", -1}})};
+  if (nth == open_text::counter) return {whole.outcome, {made}, sum(whole.lost, {{"text", -1}})};
   if (is_complex(variant)) {
-    return unfinished_at_image(variant, nth - 2, {{open_word, "gkf_fopen failed", 2}, made});
+    return unfinished_at_image(variant, nth - open_text::first_image,
+                               {{open_word, "gkf_fopen failed", 2}, made});
   }
   return unfinished_at_image(
-      variant, nth - 2,
+      variant, nth - open_text::first_image,
       {{open_word, "gkl_LayerGetNames failed", 2}, {"gkl_LayerGetNames", "no path", 2}, made});
 }
 
-// Failures behind recognition, in an open that builds a record.
+// Failures after recognition, in an open that builds a record.
 Expectation failing_open(const std::string& variant, const std::string& operation, int nth,
                          const Expectation& whole) {
   if (operation == record_allocation) {
@@ -112,7 +115,9 @@ Expectation failing_open(const std::string& variant, const std::string& operatio
   if (operation == "gks_Sprintf") return unformatted_in_open(variant, nth, whole);
   if (operation == "gks_Duplicate") {
     // The map projection's name is missed by nobody.
-    if (nth == 2) return {whole.outcome, {}, sum(whole.lost, {{"text", -1}})};
+    if (nth == open_copy::map_projection) {
+      return {whole.outcome, {}, sum(whole.lost, {{"text", -1}})};
+    }
     return unfinished({{open_word, "No memory for the product's path", 2}},
                       sum(lost_by_unfinished(variant, false), {{"text", -1}}));
   }
@@ -160,7 +165,9 @@ Expectation failing_recognition(const std::string& variant, const std::string& s
                                 const std::string& operation, int nth) {
   const Expectation whole = whole_step(variant, step);
   if (operation == "gkf_FileExists" || operation == "gkf_Fgets" ||
-      (operation == "gkf_Open" && nth == 1) || (operation == "gks_SubString" && nth <= 2)) {
+      (operation == "gkf_Open" && nth == 1) || (operation == "gks_SubString" && nth <= 2) ||
+      (operation == "gkm_HeapMalloc" && nth == open_allocation::line_of_recognition) ||
+      (operation == "gks_Sprintf" && nth == open_text::path_of_recognition)) {
     return {"none, title -1", {}, {}};
   }
   if (operation == "gkf_Open") {
@@ -171,7 +178,7 @@ Expectation failing_recognition(const std::string& variant, const std::string& s
             sum(whole.lost, {{"file", 1}})};
   }
   if (step == "open") return failing_open(variant, operation, nth, whole);
-  // The close behind an identification is tried again.
+  // The close after an identification is tried again.
   if (operation == "gkf_Close") {
     return {whole.outcome, over(open_word, "gkf_Close failed", operation), whole.lost};
   }
@@ -323,8 +330,9 @@ Expectation failing_map(const Expectation& whole, const std::string& step,
             {}};
   }
   // The name is the conversion's where it succeeds.
-  if (operation == "gkl_MapInfoRead" || operation == "gks_Duplicate") return whole;
+  if (operation == "gks_Duplicate") return whole;
   // The reports are neither printed nor deleted.
+  if (operation == "gkl_MapInfoRead") return {whole.outcome, {}, {{"report", 1}}};
   const bool is_read = operation == "gkl_LayerMapProjectionRead";
   return {is_read ? "-1 (null)" : "-1 UTM", {}, {{"report", 2}}};
 }

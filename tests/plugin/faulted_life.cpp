@@ -16,7 +16,7 @@ namespace {
 
 constexpr int size = 40;  // lines and samples of each image
 constexpr int block = 8;  // of the layers
-// The second image of a complex product ends within its last row of blocks: one item behind the
+// The second image of a complex product ends within its last row of blocks: one item after the
 // start of the sixth line of the block that is read.
 constexpr int images = 2;
 const std::string path = "a.xml";

@@ -68,11 +68,14 @@ TEST_F(GeneralParameters, TheDoublingDependsOnTheFormatAlone) {
   EXPECT_EQ(record->layerCount, 3);
 }
 
-TEST_F(GeneralParameters, ADoubledCountThatNoNumberHoldsIsTheLargest) {
+TEST_F(GeneralParameters, ADoubledCountThatNoNumberHoldsIsTheNearest) {
   document.layers = 2147483647;
   tsx_ReadGeneralParms(record.get());
   EXPECT_EQ(record->imageCount, 2147483647);
   EXPECT_EQ(record->layerCount, 2147483647);
+  document.layers = -2147483647 - 1;
+  tsx_ReadGeneralParms(record.get());
+  EXPECT_EQ(record->layerCount, -2147483647 - 1) << "and the least of negative ones";
 }
 
 TEST_F(GeneralParameters, AnotherVariantTextIsUnknown) {

@@ -149,7 +149,7 @@ class HostAllocationSweep : public testing::TestWithParam<Case> {
     const bool is_told = failed->name == "identify" && failed->outcome == "none";
     EXPECT_TRUE(was_refused(*failed) || is_told || std::any_of(whole.begin(), whole.end(), same));
     EXPECT_FALSE(failed->outcome.ends_with(": ")) << "without a reason";
-    EXPECT_TRUE(is_like(live(0), whole, nullptr)) << "the life behind it";
+    EXPECT_TRUE(is_like(live(0), whole, nullptr)) << "the life after it";
     EXPECT_EQ(pool_FindFileHandleIfOpen(path.c_str(), 0), nullptr);
     expect_loss(*failed, counted_new().live - before - regular_loss);
   }

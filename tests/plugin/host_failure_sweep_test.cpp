@@ -82,7 +82,7 @@ class HostFailureSweep : public testing::TestWithParam<const char*> {
     if (step.name == "identify") return step.outcome == "none";
     // A name that agrees with none is the name of nothing.
     if (operation == "gks_Eqnic") return step.outcome == "nothing";
-    // Without the word of the preference the lines behind a refused block cannot be asked for in
+    // Without the word of the preference the lines after a refused block cannot be asked for in
     // blocks of another size: they are told to be missing.
     if (operation == "gkp_GetNumberPreference") return step.outcome.starts_with("1 gaps");
     // A read that comes short without an end of the file converts what there is.
@@ -101,7 +101,7 @@ class HostFailureSweep : public testing::TestWithParam<const char*> {
         << failed.name << ": " << failed.outcome;
     EXPECT_FALSE(failed.outcome.ends_with(": ")) << "without a reason: " << failed.outcome;
     faulty::disarm();
-    EXPECT_TRUE(is_like(live(), whole, nullptr)) << "the life behind it";
+    EXPECT_TRUE(is_like(live(), whole, nullptr)) << "the life after it";
     EXPECT_EQ(pool_FindFileHandleIfOpen(path.c_str(), 0), nullptr);
     expect_at_most(most_left(failed.name, operation));
     faulty::end_outstanding();

@@ -73,6 +73,38 @@ TEST_F(Identify, RefusesWhatOnlyResemblesTheTexts) {
   EXPECT_EQ(identify(annotation("3.4", "my Level 1B Product X", "a TSX-1 b")), 0) << "anywhere";
 }
 
+TEST_F(Identify, TakesSisterSatellitesWhereThePreferenceAsksForThem) {
+  for (const char* mission : {"TDX-1", "PAZ-1"}) {
+    const std::string bytes = annotation("4.0", "Level 1B Product", mission);
+    toolkit().preferences.clear();
+    EXPECT_EQ(identify(bytes), -1) << "off without a word";
+    toolkit().preferences["tsx.sister_satellites"] = 0;
+    EXPECT_EQ(identify(bytes), -1);
+    toolkit().preferences["tsx.sister_satellites"] = 1;
+    EXPECT_EQ(identify(bytes), 0);
+    EXPECT_EQ(version, schema_text_40);
+  }
+  for (const char* mission : {"TDX", "PAZ-2", "tdx-1", "ERS-1"}) {
+    EXPECT_EQ(identify(annotation("4.0", "Level 1B Product", mission)), -1) << mission;
+  }
+  EXPECT_EQ(toolkit().created,
+            (std::vector<PrintedReport>(
+                8, {"tsx_FileIdentify", "This is not a TerraSAR-X file.", gke_SeverityError})));
+}
+
+TEST_F(Identify, AsksForThePreferenceOnlyWhereASisterIsNamed) {
+  EXPECT_EQ(identify(annotation("4.0")), 0);
+  EXPECT_EQ(identify(annotation("4.0", "Level 1B Product", "ERS-1")), -1);
+  EXPECT_EQ(toolkit().calls["gkp_GetNumberPreference"], 0);
+}
+
+TEST_F(Identify, WithoutTheWordOfThePreferenceASisterIsForeign) {
+  toolkit().fail_at["gkp_GetNumberPreference"] = 1;
+  EXPECT_EQ(identify(annotation("4.0", "Level 1B Product", "TDX-1")), -1);
+  EXPECT_TRUE(toolkit().printed.empty());
+  EXPECT_EQ(toolkit().live_reports, 0);
+}
+
 // The version stands on the seventh line alone.
 TEST_F(Identify, LooksForTheVersionOnItsLineOnly) {
   EXPECT_EQ(identify("4.0\n4.0\nLevel 1B Product 4.0\nTSX-1 4.0\n4.0\n4.0\n3.5\n4.1\n"), 0);
@@ -109,6 +141,25 @@ TEST_F(Identify, OpensForReading) {
   EXPECT_EQ(toolkit().calls["gkf_Fgets"], 7) << "seven lines and no more";
 }
 
+TEST_F(Identify, WorksOnALineOf256BytesAndACopyOfThePath) {
+  EXPECT_EQ(identify(annotation("3.4")), 0);
+  EXPECT_EQ(toolkit().allocations, std::vector<std::size_t>{256});
+  EXPECT_EQ(toolkit().formats, std::vector<std::string>{"%s"});
+  EXPECT_EQ(toolkit().live_blocks, 0);
+}
+
+TEST_F(Identify, WithoutMemoryForEitherTheFileIsForeign) {
+  for (const char* operation : {"gkm_HeapMalloc", "gks_Sprintf"}) {
+    reset_toolkit();
+    toolkit().fail_at[operation] = 1;
+    EXPECT_EQ(identify(annotation("3.4")), -1);
+    EXPECT_EQ(toolkit().calls["gkf_Open"], 0);
+    EXPECT_TRUE(toolkit().printed.empty());
+    EXPECT_EQ(toolkit().live_reports, 0);
+    EXPECT_EQ(toolkit().live_blocks, 0);
+  }
+}
+
 TEST_F(Identify, RefusesAMissingFileWithoutOpeningAny) {
   std::int32_t index = 6;
   EXPECT_EQ(tsx_FileIdentify("nowhere.xml", &index), -1);
@@ -129,7 +180,7 @@ TEST_F(Identify, RefusesAFileThatEndsEarlyAndClosesIt) {
 }
 
 // A read takes 254 characters with the line's end. A longer line counts as two reads, and
-// everything behind it stands one read too late.
+// everything after it stands one read too late.
 TEST_F(Identify, ReadsALongLineInPieces) {
   const std::string rest = annotation("3.4").substr(annotation("3.4").find('\n') + 1);
   EXPECT_EQ(identify(std::string(253, ' ') + '\n' + rest), 0);

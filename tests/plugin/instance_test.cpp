@@ -148,7 +148,7 @@ TEST_F(Instance, TemplatesThatFailOnTheTextsAskForNoBytes) {
   }
 }
 
-// The texts go back from the last to the first, and the array behind them.
+// The texts go back from the last to the first, and the array after them.
 TEST_F(Instance, StringListFreeGoesBackwards) {
   const char* source[] = {"a", "b", "c"};
   char** copy = nullptr;

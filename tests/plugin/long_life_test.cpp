@@ -106,7 +106,7 @@ struct Sample {
   bool is_complex() const { return variant == Variant::ssc; }
 };
 
-// The text of the first element of a name behind the first mention of `where`.
+// The text of the first element of a name after the first mention of `where`.
 std::string element(const std::string& document, const std::string& where,
                     const std::string& name) {
   const auto at = document.find('<' + name + '>', document.find('<' + where));

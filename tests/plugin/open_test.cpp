@@ -11,6 +11,7 @@
 #include "record/tsx_file.h"
 #include "support/fake_document.h"
 #include "support/fake_toolkit.h"
+#include "support/open_calls.h"
 
 namespace {
 
@@ -61,7 +62,8 @@ TEST_F(Open, RefusesModesThatCreate) {
 }
 
 TEST_F(Open, DoesNotRefuseTheOtherModesAndPassesThemOn) {
-  for (const char* mode : {"w", "wb", "rb", "r+"}) {
+  for (const char* mode : {"r", "w", "wb", "rb", "r+", "r+b", "rb+", "a+", "ab+", "a+b", "A", "AB",
+                           "W+", "w+x", "x", ""}) {
     toolkit().document = new FakeDocument;
     toolkit().modes.clear();
     TsxFile* record = open(mode);
@@ -137,7 +139,7 @@ TEST_F(Open, IdentifyingAnOpenProductGivesNoRecord) {
 
 TEST_F(Open, TheErrorWordOfTheDocumentStartsAsOne) {
   TsxFile* record = open();
-  EXPECT_EQ(toolkit().error_at_entry, 1);
+  EXPECT_EQ(toolkit().error_at_entry, lmx::error_cannot_open);
   tsxFileClose(record);
 }
 
@@ -195,24 +197,26 @@ TEST_F(Open, AFailingOpenOfTheAnnotationGivesNoRecord) {
 TEST_F(Open, WithoutMemoryForItsTextsTheRecordIsUnfinished) {
   const struct {
     const char* operation;
-    int later_calls;
+    int call;
     const char* message;
-  } cases[] = {{"gks_Duplicate", 1, "No memory for the product's path"},
-               {"gkm_HeapMalloc", 1, "tsx_GenericSARRead failed"},
-               {"gkm_HeapMalloc", 7, "No memory for the product's directory"}};
+  } cases[] = {
+      {"gks_Duplicate", open_copy::path, "No memory for the product's path"},
+      {"gkm_HeapMalloc", open_allocation::first_state_vectors, "tsx_GenericSARRead failed"},
+      {"gkm_HeapMalloc", open_allocation::last_state_vectors, "tsx_GenericSARRead failed"},
+      {"gkm_HeapMalloc", open_allocation::directory, "No memory for the product's directory"}};
   for (const auto& failing : cases) {
     delete toolkit().document;
     toolkit().document = new FakeDocument;
     toolkit().printed.clear();
     toolkit().fail_at.clear();
-    toolkit().fail_at[failing.operation] = toolkit().calls[failing.operation] + failing.later_calls;
+    toolkit().fail_at[failing.operation] = toolkit().calls[failing.operation] + failing.call;
     TsxFile* record = open();
     EXPECT_UNFINISHED(record, failing.message);
   }
 }
 
 TEST_F(Open, AnUnformattedPathOfAnImageEndsInAFailedOpen) {
-  toolkit().fail_at["gks_Sprintf"] = 2;  // the first is the counter's text
+  toolkit().fail_at["gks_Sprintf"] = open_text::first_image;
   TsxFile* record = open();
   EXPECT_UNFINISHED(record, "gkf_fopen failed");
 }
@@ -257,14 +261,15 @@ TEST_F(Open, AFailingLayerOpenHasItsWords) {
 }
 
 TEST_F(Open, MoreThanFourImagesAreRefusedBeforeAnyIsOpened) {
-  for (const int layers : {5, 2147483647, -1}) {
+  for (const int layers : {5, 2147483647}) {
     delete toolkit().document;
     toolkit().document = document = new FakeDocument;
     document->layers = layers;
     toolkit().printed.clear();
     TsxFile* record = open();
     EXPECT_UNFINISHED(
-        record, "The product must have 0 to 4 image files; see numberOfLayers in its annotation");
+        record,
+        "The product must have at most 4 image files; see numberOfLayers in its annotation");
     EXPECT_EQ(toolkit().calls["gkf_fopen"], 0);
   }
 }
@@ -282,6 +287,103 @@ TEST_F(Open, FourImagesAndNoneAreFine) {
   }
   delete document;
   toolkit().document = nullptr;
+}
+
+TEST_F(Open, ANegativeNumberOfImagesIsNone) {
+  for (const int layers : {-1, -2147483647 - 1}) {
+    toolkit().document = document = new FakeDocument;
+    document->layers = layers;
+    TsxFile* record = open();
+    EXPECT_TRUE(registered(record)) << layers;
+    EXPECT_TRUE(toolkit().printed.empty());
+    EXPECT_EQ(toolkit().calls["gkf_fopen"], 0);
+    int32_t count = 5;
+    char** names = nullptr;
+    EXPECT_EQ(tsxFileLayerNamesGet(record, &count, &names), 0);
+    EXPECT_EQ(count, 0);
+    tsxFileClose(record);
+  }
+  toolkit().document = nullptr;
+}
+
+// The format doubles the layers, the variant decides how the images are opened.
+TEST_F(Open, ADetectedVariantInTheComplexFormatHasTwoLayersAnImage) {
+  document->variant = "GEC";
+  document->format = "COSAR";
+  document->layers = 2;
+  TsxFile* record = open();
+  ASSERT_TRUE(registered(record));
+  EXPECT_EQ(record->layerCount, 4);
+  EXPECT_NE(record->tiffLayers[1], nullptr);
+  EXPECT_EQ(record->cosarFiles[0], nullptr);
+  int32_t count = 0;
+  char** names = nullptr;
+  EXPECT_EQ(tsxFileLayerNamesGet(record, &count, &names), 0);
+  ASSERT_EQ(count, 4);
+  EXPECT_STREQ(names[1], "X_VV_MAGNITUDE_2") << "an image each, as far as there are any";
+  EXPECT_STREQ(names[3], "X_HH_MAGNITUDE_4");
+  for (int32_t i = 0; i < count; ++i) gkm_HeapFree(names[i]);
+  gkm_HeapFree(names);
+  tsxFileClose(record);
+}
+
+// Recognition's is the first open of the annotation.
+TEST_F(Open, AnAnnotationThatOpensAsNullWithoutAReportIsReadAllTheSame) {
+  toolkit().fail_at["gkf_Open"] = 2;
+  toolkit().silent.insert("gkf_Open");
+  TsxFile* record = open();
+  ASSERT_TRUE(registered(record));
+  EXPECT_EQ(record->xmlFile, nullptr);
+  EXPECT_EQ(s_tsxFileTitleIdentifyAndOpenCount, opened_before + 1);
+  toolkit().log.clear();
+  tsxFileClose(record);
+  EXPECT_EQ(toolkit().log, std::vector<std::string>{"gkf_fclose"}) << "there is nothing to close";
+}
+
+TEST_F(Open, AListOfLayersThatIsNullOrEmptyWithoutAReportEndsAtItsMissingName) {
+  for (const bool is_null : {true, false}) {
+    delete toolkit().document;
+    toolkit().document = document = new FakeDocument;
+    document->variant = "MGD";
+    toolkit().printed.clear();
+    toolkit().fail_at.clear();
+    toolkit().files_without_layers = true;
+    toolkit().silent.insert("gkl_LayerGetNames");
+    if (is_null) toolkit().fail_at["gkl_LayerGetNames"] = toolkit().calls["gkl_LayerGetNames"] + 1;
+    TsxFile* record = open();
+    EXPECT_UNFINISHED(record, "gkl_LayerOpen failed");
+    EXPECT_EQ(toolkit().log.back(), "gkl_LayerOpen (null) 25 0");
+  }
+}
+
+// A failed open hands out a record that the registry does not know. Its close takes out what it
+// finds under the path, be it the record of another caller who opened it well.
+TEST_F(Open, TheCloseOfAnUnfinishedRecordEndsTheRecordOfItsPath) {
+  toolkit().document_error = lmx::error_malformed;
+  TsxFile* unfinished = open();
+  EXPECT_FALSE(registered(unfinished));
+  toolkit().document_error = lmx::error_none;
+  bool deleted = false;
+  auto* whole = new FakeDocument;
+  whole->deleted = &deleted;
+  toolkit().document = whole;
+  TsxFile* record = open();
+  ASSERT_TRUE(registered(record));
+  EXPECT_NE(record, unfinished);
+  EXPECT_EQ(tsxFileClose(unfinished), 0);
+  EXPECT_TRUE(deleted);
+  EXPECT_EQ(pool_FindFileHandleIfOpen(path.c_str(), 0), nullptr);
+  EXPECT_EQ(unfinished->product, document) << "the unfinished one is not touched";
+}
+
+TEST_F(Open, TheCountersTextIsMadeFromItsFormatAsItStands) {
+  TsxFile* record = open();
+  ASSERT_GE(toolkit().formats.size(), 2U);
+  EXPECT_EQ(toolkit().formats[open_text::counter - 1],
+            "\n s_tsxFileTitleIdentifyAndOpenCount: %d \n");
+  EXPECT_EQ(toolkit().formats[open_text::first_image - 1], "%s%s/%s");
+  tsxFileClose(record);
+  EXPECT_EQ(toolkit().formats.back(), "\n s_tsxFileCloseCount: %d \n");
 }
 
 TEST_F(Open, AnUnknownVariantTakesTheDetectedPath) {
@@ -317,7 +419,7 @@ TEST_F(Open, AnAnnotationThatDidNotOpenIsClosedAllTheSame) {
 }
 
 TEST_F(Open, AnUnformattedCounterPassesANullText) {
-  toolkit().fail_at["gks_Sprintf"] = 1;
+  toolkit().fail_at["gks_Sprintf"] = open_text::counter;
   EXPECT_EQ(open(nullptr), nullptr);
   EXPECT_EQ(toolkit().debug, std::vector<std::string>{"(null)"});
 }

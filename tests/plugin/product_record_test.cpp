@@ -55,7 +55,8 @@ class ProductRecord : public testing::Test {
       if (variant == variant_ssc) {
         record->cosarFiles[image] = gkf_fopen("f", "r");
       } else {
-        record->tiffLayers[image] = gkl_LayerOpen("f", gki_GetInit(nullptr), nullptr, 25, 0);
+        record->tiffLayers[image] =
+            gkl_LayerOpen("f", gki_GetInit(nullptr), nullptr, gkl_OptionReadOnly, 0);
       }
     }
     record->layerNames = gks_StringListAppend(nullptr, "name", nullptr);

@@ -46,7 +46,7 @@ const std::string file =
     "<file><location><host>another text that is longer</host><path/><filename/></location>"
     "<size>1</size></file>";
 const std::string annotation = "<annotation><type>MAIN</type>" + file + "</annotation>";
-// Ends in a fault behind a list of objects.
+// Ends in a fault after a list of objects.
 const std::string product = "<level1Product>" + header + "<productComponents>" + annotation +
                             annotation + "</productComponents></level1Product>";
 

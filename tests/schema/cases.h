@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "binding/engine.h"
+#include "binding/document.h"
 #include "level1bProduct34/version34.h"
 #include "level1bProduct35/version35.h"
 #include "level1bProduct40/version40.h"
@@ -15,33 +15,33 @@
 
 namespace cases {
 
-using binding::class_description;
+using binding::ClassDescription;
 
 // The classes that descriptions reach, by their qualified names.
 class Classes {
  public:
-  void add(const class_description& description) {
+  void add(const ClassDescription& description) {
     if (!by_name_.emplace(description.class_name, &description).second) return;
-    for (const binding::member& m : description.elements) {
+    for (const binding::Member& m : description.elements) {
       if (m.nested != nullptr) add(*m.nested);
     }
   }
 
-  const class_description* find(const std::string& name) const {
+  const ClassDescription* find(const std::string& name) const {
     const auto found = by_name_.find(name);
     return found == by_name_.end() ? nullptr : found->second;
   }
 
-  const std::map<std::string, const class_description*>& all() const { return by_name_; }
+  const std::map<std::string, const ClassDescription*>& all() const { return by_name_; }
 
  private:
-  std::map<std::string, const class_description*> by_name_;
+  std::map<std::string, const ClassDescription*> by_name_;
 };
 
 // Everything that stands directly in a version's namespace, and what is nested in it.
 inline std::map<std::string, Classes> all_versions() {
   std::map<std::string, Classes> versions;
-  for (const class_description* d :
+  for (const ClassDescription* d :
        {&version34::c_level1Product::s_description, &version34::c_chirpSlope::s_description,
         &version34::c_polLayer::s_description, &version34::c_lookDirection::s_description,
         &version34::c_antennaReceiveConfiguration::s_description,
@@ -49,7 +49,7 @@ inline std::map<std::string, Classes> all_versions() {
         &version34::c_floatVector::s_description}) {
     versions["3.4"].add(*d);
   }
-  for (const class_description* d :
+  for (const ClassDescription* d :
        {&version35::c_level1Product::s_description, &version35::c_chirpSlope::s_description,
         &version35::c_polLayer::s_description, &version35::c_lookDirection::s_description,
         &version35::c_antennaReceiveConfiguration::s_description,
@@ -57,7 +57,7 @@ inline std::map<std::string, Classes> all_versions() {
         &version35::c_floatVector::s_description}) {
     versions["3.5"].add(*d);
   }
-  for (const class_description* d :
+  for (const ClassDescription* d :
        {&version40::c_level1Product::s_description, &version40::c_chirpSlope::s_description,
         &version40::c_polLayer::s_description, &version40::c_lookDirection::s_description,
         &version40::c_antennaReceiveConfiguration::s_description,
@@ -73,8 +73,8 @@ struct Outcome {
   std::string name;
 };
 
-inline Outcome read(const class_description& description, const std::string& document) {
-  const binding::owned_object object(description);
+inline Outcome read(const ClassDescription& description, const std::string& document) {
+  const binding::OwnedObject object(description);
   lmx::c_xml_reader_memory reader(document.data(), document.size());
   Outcome outcome;
   outcome.code = binding::read_document(description, object.get(), reader);
@@ -103,7 +103,7 @@ inline Tally run(std::istream& lines) {
     const auto c = nlohmann::json::parse(line);
     const std::string document = c.at("document");
     const std::string name = c.at("name").is_null() ? "" : c.at("name").get<std::string>();
-    const class_description* description = versions.at(c.at("version")).find(c.at("class"));
+    const ClassDescription* description = versions.at(c.at("version")).find(c.at("class"));
     const Outcome outcome =
         description == nullptr ? Outcome{-1, "no such class"} : read(*description, document);
     ++tally.counts[c.at("kind")];

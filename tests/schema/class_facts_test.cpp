@@ -8,6 +8,7 @@
 #include <string>
 #include <type_traits>
 
+#include "binding/document.h"
 #include "level1bProduct34/version34.h"
 #include "level1bProduct35/version35.h"
 #include "level1bProduct40/version40.h"
@@ -153,7 +154,7 @@ TEST(ClassFacts, OnlyTheRootHasABase) {
   EXPECT_TRUE(std::has_virtual_destructor_v<c_file>);
 }
 
-// The choices' numbers, with the one for nothing behind the last.
+// The choices' numbers, with the one for nothing after the last.
 TEST(ClassFacts, ChoicesAreNumberedInOrder) {
   using Mode = Info::c_acquisitionInfo::c_imagingModeSpecificInfo;
   EXPECT_EQ(Mode::e_stripMap, 0);

@@ -6,7 +6,6 @@
 
 #include "binding/document.h"
 #include "binding/engine.h"
-#include "binding/root.h"
 #include "level1bProduct34/version34.h"
 #include "level1bProduct40/version40.h"
 #include "tests/schema/general_header.h"
@@ -108,6 +107,25 @@ TEST(ObjectListDeathTest, AssertsWithTheMembersText) {
                "level1bProduct34: assertion failed: a_index < 4");
 }
 
+TEST(ObjectListDeathTest, AnEmptyListHasNoLastAndNothingToDelete) {
+  c_dblPolynom p;
+  p.clear_coefficient();
+  EXPECT_EQ(p.size_coefficient(), 0U) << "there is nothing to clear, and no harm in it";
+  EXPECT_DEATH(p.back_coefficient(), "assertion failed: !m_coefficient.empty\\(\\)");
+  p.append_coefficient();
+  EXPECT_DEATH(p.delete_coefficient(1), "a_index < m_coefficient.size\\(\\)");
+  EXPECT_EQ(p.size_coefficient(), 1U);
+}
+
+TEST(StringListDeathTest, AnEmptyListHasNothingToDeleteOrToGet) {
+  c_imagingMode mode;
+  mode.clear_imagingMode();
+  EXPECT_DEATH(mode.delete_imagingMode(0), "a_index < m_imagingMode.size\\(\\)");
+  EXPECT_DEATH(mode.get_imagingMode(0), "a_index < m_imagingMode.size\\(\\)");
+  EXPECT_DEATH(mode.getenum_imagingMode(0), "a_index < m_imagingMode.size\\(\\)");
+  EXPECT_FALSE(mode.is_occurs_ok()) << "clearing sets no flag";
+}
+
 TEST(TokenList, ClearLeavesTheFlag) {
   c_imagingMode mode;
   EXPECT_FALSE(mode.is_occurs_ok());
@@ -177,74 +195,6 @@ TEST(StringList, SetsInsertsAndDeletesByIndex) {
   EXPECT_TRUE(list.is_occurs_ok());
 }
 
-// --- Copies --------------------------------------------------------------------------------------
-
-using BeamList = c_level1Product::c_productInfo::c_acquisitionInfo::c_imagingModeSpecificInfo::
-    c_scanSAR::c_beamList;
-
-TEST(Copy, LeavesOutATextOutsideItsEnumeration) {
-  c_chirpSlope slope;
-  slope.set_chirpSlope("SIDEWAYS");
-  const c_chirpSlope copy(slope);
-  EXPECT_EQ(copy.get_chirpSlope(), "");
-  EXPECT_FALSE(copy.is_occurs_ok());
-}
-
-TEST(Copy, MarksRequiredMembersPresentWhetherOrNotTheyWere) {
-  const c_generalHeader empty;
-  const c_generalHeader copy(empty);
-  EXPECT_FALSE(empty.is_occurs_ok());
-  EXPECT_TRUE(copy.is_occurs_ok());
-  EXPECT_FALSE(copy.isset_remark());
-}
-
-TEST(Copy, IsDeep) {
-  c_dblPolynom p;
-  p.append_coefficient();
-  p.back_coefficient().set_exponent(2);
-  c_dblPolynom copy(p);
-  copy.get_coefficient(0).set_exponent(5);
-  EXPECT_EQ(std::as_const(p).get_coefficient(0).get_exponent(), 2U);
-  EXPECT_TRUE(std::as_const(p).get_coefficient(0).isset_exponent());
-  p = copy;
-  EXPECT_EQ(std::as_const(p).get_coefficient(0).get_exponent(), 5U);
-}
-
-TEST(Copy, OfAListDropsForeignTokensAndKeepsAnOptionalFlag) {
-  c_segmentInfoType segment;
-  segment.append_DRAoffset("SRA");
-  segment.append_DRAoffset("foreign");
-  const c_segmentInfoType copy(segment);
-  EXPECT_EQ(copy.size_DRAoffset(), 1U);
-  segment.clear_DRAoffset();
-  const c_segmentInfoType emptied(segment);
-  EXPECT_TRUE(emptied.isset_DRAoffset());
-}
-
-TEST(Copy, OfAListWithoutAValueSetKeepsEveryText) {
-  BeamList beams;
-  beams.append_beamID("strip_003");
-  beams.append_beamID("any text");
-  const BeamList copy(beams);
-  beams.set_beamID(0, "changed");
-  ASSERT_EQ(copy.size_beamID(), 2U);
-  EXPECT_EQ(copy.get_beamID(0), "strip_003");
-  EXPECT_EQ(copy.get_beamID(1), "any text");
-}
-
-TEST(Swap, ExchangesValuesAndFlags) {
-  c_generalHeader a = header();
-  c_generalHeader b;
-  a.set_remark("a");
-  a.swap(b);
-  EXPECT_FALSE(a.is_occurs_ok());
-  EXPECT_EQ(b.get_remark(), "a");
-  EXPECT_EQ(b.get_generationTime().year, 2008);
-  b.reset();
-  EXPECT_FALSE(b.isset_remark());
-  EXPECT_EQ(b.get_remark(), "");
-}
-
 // --- Choices -------------------------------------------------------------------------------------
 
 using ModeInfo = c_level1Product::c_productInfo::c_acquisitionInfo::c_imagingModeSpecificInfo;
@@ -284,8 +234,8 @@ TEST(Choice, WritingNothingChosenIsSeven) {
 }
 
 TEST(Choice, WritingAChosenMemberWithoutItsObjectIsFortyFive) {
-  binding::choice dangling{0, nullptr};
-  binding::class_description description = ModeInfo::s_description;
+  binding::Choice dangling{0, nullptr};
+  binding::ClassDescription description = ModeInfo::s_description;
   description.choice_offset = 0;
   std::ostringstream out;
   lmx::c_xml_writer writer(out, 0, "", "");
@@ -294,8 +244,8 @@ TEST(Choice, WritingAChosenMemberWithoutItsObjectIsFortyFive) {
 
 TEST(Choice, AnElementWhoseChosenMemberHasNoObjectIsFortyFiveToo) {
   ModeInfo info;
-  const binding::class_description& description = ModeInfo::s_description;
-  binding::part_of<binding::choice>(&info, description.choice_offset) = {0, nullptr};
+  const binding::ClassDescription& description = ModeInfo::s_description;
+  binding::part_of<binding::Choice>(&info, description.choice_offset) = {0, nullptr};
   std::ostringstream out;
   lmx::c_xml_writer writer(out, 0, "", "");
   EXPECT_EQ(binding::write_element(description, &info, writer, "imagingModeSpecificInfo"), 45);

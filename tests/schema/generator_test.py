@@ -7,7 +7,7 @@ from pathlib import Path
 
 HERE = Path(__file__).parent
 sys.path.insert(0, str(HERE.parents[1] / "schema"))
-from generator import emit, model, tables  # noqa: E402
+from generator import emit, model, tables, text  # noqa: E402
 
 TABLES = HERE / "golden" / "tables"
 
@@ -34,12 +34,31 @@ class Golden(unittest.TestCase):
                           ["name", "look", "point", "height"]], names)
 
 
+class Lines(unittest.TestCase):
+    """How emitted lines are kept within the page."""
+
+    def test_a_long_line_is_broken_where_a_reader_would(self):
+        self.assertEqual(["void f(int first,", "    int second);"],
+                         text.fold("void f(int first, int second);", 20))
+        self.assertEqual(["const c_outer::", "    c_inner::s_x ="], text.fold("const c_outer::c_inner::s_x =", 20))
+        self.assertEqual(['f(one,', '    "a, b :: (c)");'], text.fold('f(one, "a, b :: (c)");', 20), "not within a text")
+        self.assertEqual(["short"], text.fold("short", 20))
+
+    def test_items_fill_lines_and_stand_below_the_first(self):
+        self.assertEqual(["{one, two,", " three};"], text.fill("{", ["one", "two", "three"], "};", 10))
+        self.assertEqual(["{one, a =", " bcdefg};"], text.fill("{", ["one", ["a =", "bcdefg"]], "};", 10))
+
+    def test_a_literal_is_cut_between_names(self):
+        self.assertEqual(['"a::b::"', '"c::d"'], text.literal("a::b::c::d", 6))
+        self.assertEqual(['"a::b"'], text.literal("a::b", 60))
+
+
 class WholeSchema(unittest.TestCase):
     """Counts that follow from the project's own tables."""
 
     def setUp(self):
-        schema = tables.load(HERE.parents[1] / "schema" / "level1Product")
-        self.versions = model.resolve_all(schema, tables.VERSIONS)
+        self.schema = tables.load(HERE.parents[1] / "schema" / "level1Product")
+        self.versions = model.resolve_all(self.schema, tables.VERSIONS)
 
     def test_event_numbers(self):
         # One number a name, told apart as attribute and as element, from 13 on.
@@ -54,6 +73,14 @@ class WholeSchema(unittest.TestCase):
         counts = [1 + sum(bool(c.attributes) + bool(c.elements and not c.base)
                           for c in v.classes.values()) for v in self.versions]
         self.assertEqual([239, 240, 242], counts)
+
+    def test_no_line_is_longer_than_the_page(self):
+        with tempfile.TemporaryDirectory() as folder:
+            emit.write_all(self.versions, self.schema, Path(folder))
+            files = [f for f in Path(folder).rglob("*") if f.suffix in (".h", ".inc", ".cpp")]
+            long = [(f.name, line) for f in files for line in f.read_text().splitlines() if len(line) > 100]
+        self.assertGreater(len(files), 600)
+        self.assertEqual([], long)
 
     def test_fourteen_classes_stand_directly_in_each_namespace(self):
         for version in self.versions:
@@ -95,8 +122,8 @@ class Refusals(unittest.TestCase):
                       self.refused("scene.tsv", "c_scene\tlook\telement\tstring\t0..1\tvalues=look",
                                    "c_scene\tpoint\telement\tstring\t0..1\tvalues=look"))
 
-    def test_attribute_behind_an_element(self):
-        self.assertIn("stands behind a later kind",
+    def test_attribute_after_an_element(self):
+        self.assertIn("stands after a later kind",
                       self.refused("scene.tsv", "height\telement", "height\tattribute"))
 
     def test_dangling_class(self):

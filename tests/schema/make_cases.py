@@ -143,6 +143,9 @@ class Cases:
         element = self.maximal.element(cls, cls.element)
         element.attributes.append((FOREIGN, "1"))
         self.put(cls, "unknown attribute", "", element, 39, cls.element)
+        # No document may have an attribute twice, so it is that before it is unknown.
+        element.attributes.append((FOREIGN, "2"))
+        self.put(cls, "unknown attribute twice", "", element, 3, cls.element)
         document = self.maximal.element(cls, cls.element).write()
         xsi = (f'<{cls.element} xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" '
                'xsi:noNamespaceSchemaLocation="a.xsd"')
@@ -207,8 +210,17 @@ class Cases:
         if member.minimum > 1:
             self.order(cls, "too few", member, children[:first] + own[:1] * (member.minimum - 1)
                        + children[last + 1:])
-        if not member.is_object:
+        if member.is_object:
+            self.child_attribute(cls, member, first)
+        else:
             self.child_value(cls, member, first)
+
+    def child_attribute(self, cls, member, first):
+        """An attribute that stands twice is told with the name of its own element, wherever that is in its parent."""
+        element = self.maximal.element(cls, cls.element)
+        child = element.children[first]
+        child.attributes += child.attributes[:1] or [(FOREIGN, "1"), (FOREIGN, "1")]
+        self.put(cls, "attribute twice in a child", member.name, element, 3, member.name)
 
     def child_value(self, cls, member, first):
         for kind, text, code in value_faults(self.schema, member.row):
@@ -221,6 +233,10 @@ class Cases:
                                               text=element.children[first].text)
             code = 39 if member.form == "scalar" else 29
             self.put(cls, "attribute on a simple element", member.name, element, code, member.name)
+        element = self.maximal.element(cls, cls.element)
+        element.children[first].attributes = [(FOREIGN, "1"), (FOREIGN, "1")]
+        code = 3 if member.form in ("scalar", "any") or member.row.type == "any" else 29
+        self.put(cls, "attribute twice on a simple element", member.name, element, code, member.name)
 
     def choice(self, cls):
         for number, member in enumerate(cls.elements):

@@ -7,7 +7,7 @@
 
 #include "binding/document.h"
 #include "binding/engine.h"
-#include "binding/root.h"
+#include "binding/storage.h"
 #include "level1bProduct40/version40.h"
 #include "tests/schema/general_header.h"
 #include "tests/support/scratch_folder.h"
@@ -31,7 +31,7 @@ TEST(Reading, OutOfOrderNamesTheExpectedElement) {
 // After each child the reader knows the names from that child on: one that is past is unknown, the
 // child's own is not.
 TEST(Reading, ForgetsTheNamesThatArePast) {
-  const auto event_behind = [](const std::string& children) {
+  const auto event_after = [](const std::string& children) {
     c_generalHeader h;
     const std::string text = "<generalHeader fileName='f'>" + children + "</generalHeader>";
     lmx::c_xml_reader_memory reader(text.data(), text.size());
@@ -39,8 +39,8 @@ TEST(Reading, ForgetsTheNamesThatArePast) {
     return reader.current_event;
   };
   const std::string name = "<itemName>i</itemName>";
-  EXPECT_EQ(event_behind(name + "<mission>m</mission>" + name), 1);
-  EXPECT_GE(event_behind(name + name), 12);
+  EXPECT_EQ(event_after(name + "<mission>m</mission>" + name), 1);
+  EXPECT_GE(event_after(name + name), 12);
 }
 
 TEST(Reading, ValueFaultsNameTheWholePath) {
@@ -91,7 +91,7 @@ TEST(Reading, ATolerantPolicyGoesOnAndKeepsTheValue) {
   c_chirpSlope slope;
   const std::string text = "<chirpSlope>SIDEWAYS</chirpSlope>";
   lmx::c_xml_reader_memory reader(text.data(), text.size());
-  reader.set_policy([](const lmx::diagnostic&) { return lmx::error_none; });
+  reader.set_policy([](const lmx::Diagnostic&) { return lmx::error_none; });
   EXPECT_EQ(slope.unmarshal(reader), 0);
   EXPECT_EQ(slope.get_chirpSlope(), "SIDEWAYS");
   EXPECT_TRUE(slope.is_occurs_ok());
@@ -101,7 +101,7 @@ TEST(Reading, AMissingBeamIsReportedTwiceUnderATolerantPolicy) {
   const std::string text = "<beamList><other/></beamList>";
   lmx::c_xml_reader_memory reader(text.data(), text.size());
   std::vector<std::string> names;
-  reader.set_policy([&](const lmx::diagnostic& fault) {
+  reader.set_policy([&](const lmx::Diagnostic& fault) {
     names.push_back(fault.name);
     return lmx::error_none;
   });
@@ -163,15 +163,24 @@ TEST(Writing, ToAFileReplacesWhatItHeld) {
 }
 
 TEST(Writing, AFailureLeavesTheTextAsItWas) {
-  struct Failing : binding::document_writer {
-    elmx_error write(lmx::c_xml_writer& writer) const override {
-      writer(false) << "half";
-      return lmx::error_nothing_chosen;
-    }
-  };
+  // The start tag is written, then the element that is chosen but not there ends the writing.
+  c_level1Product::c_productInfo::c_acquisitionInfo::c_imagingModeSpecificInfo info;
+  binding::part_of<binding::Choice>(&info, info.s_description.choice_offset) = {0, nullptr};
   std::string text = "old";
-  EXPECT_EQ(Failing().to_text(&text), 7);
+  EXPECT_EQ(binding::write_text(info.s_description, &info, &text), 45);
   EXPECT_EQ(text, "old");
+}
+
+// The start tag is written, then the element that is chosen but not there ends the writing.
+TEST(Writing, AFailingChildLeavesTheDepthWhereItWas) {
+  c_level1Product::c_productInfo::c_acquisitionInfo::c_imagingModeSpecificInfo info;
+  binding::part_of<binding::Choice>(&info, info.s_description.choice_offset) = {0, nullptr};
+  std::ostringstream out;
+  lmx::c_xml_writer writer(out, 0, "\t", "\n");
+  writer.depth = 2;
+  EXPECT_EQ(info.marshal(writer, "imagingModeSpecificInfo"), 45);
+  EXPECT_EQ(writer.depth, 3) << "that of the child";
+  EXPECT_EQ(out.str(), "\t\t<imagingModeSpecificInfo>\n");
 }
 
 TEST(Writing, ToAStreamIsTheSameText) {

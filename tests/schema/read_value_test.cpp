@@ -21,7 +21,7 @@ template <class Class>
 std::vector<int> tolerated(Class& object, const std::string& document) {
   std::vector<int> codes;
   lmx::c_xml_reader_memory reader(document.data(), document.size());
-  reader.set_policy([&](const lmx::diagnostic& fault) {
+  reader.set_policy([&](const lmx::Diagnostic& fault) {
     codes.push_back(fault.code);
     return lmx::error_none;
   });

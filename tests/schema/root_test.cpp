@@ -6,7 +6,6 @@
 
 #include "binding/document.h"
 #include "binding/engine.h"
-#include "binding/root.h"
 #include "level1bProduct34/version34.h"
 #include "level1bProduct40/version40.h"
 #include "tests/schema/general_header.h"
@@ -67,6 +66,54 @@ TEST(Root, ListsWorkWhileTheyAreChosen) {
   EXPECT_EQ(root.size_imagingMode(), 0U) << "another member is chosen";
 }
 
+TEST(Root, ListsTakeTextsAtAnyPlaceAndLoseThem) {
+  c_version40 root;
+  root.append_polarisationMode("SINGLE");
+  EXPECT_EQ(root.insert_polarisationMode(0, "DUAL"), 0);
+  EXPECT_EQ(root.insert_polarisationMode(9, "foreign"), 0) << "past the end it appends";
+  EXPECT_TRUE(root.insertenum_polarisationMode(1, e_QUAD));
+  EXPECT_FALSE(root.insertenum_polarisationMode(1, e_HH)) << "of another set";
+  ASSERT_EQ(root.size_polarisationMode(), 4U);
+  EXPECT_EQ(root.get_polarisationMode(0), "DUAL");
+  EXPECT_EQ(root.get_polarisationMode(1), "QUAD");
+  EXPECT_EQ(root.get_polarisationMode(2), "SINGLE");
+  EXPECT_EQ(root.getenum_polarisationMode(3), e_no_match);
+  EXPECT_TRUE(root.setenum_polarisationMode(3, e_TWIN)) << "in the place of what stood there";
+  EXPECT_FALSE(root.setenum_polarisationMode(3, e_HH));
+  EXPECT_TRUE(root.setenum_polarisationMode(7, e_DUAL)) << "past the end it appends";
+  ASSERT_EQ(root.size_polarisationMode(), 5U);
+  EXPECT_EQ(root.get_polarisationMode(3), "TWIN");
+  EXPECT_EQ(root.getenum_polarisationMode(4), e_DUAL);
+  root.clear_polarisationMode();
+  EXPECT_EQ(root.size_polarisationMode(), 0U);
+  EXPECT_EQ(root.getchosen(), c_version40::e_polarisationMode) << "an empty list is held";
+  root.clear_polarisationMode();
+  EXPECT_EQ(root.size_polarisationMode(), 0U);
+}
+
+// A caller's error code is its own until there is something to tell.
+TEST(Root, LeavesTheCodeAsItWasWhereATextOrAListIsRead) {
+  const auto read = [](const std::string& document, lmx::elmx_error* error) {
+    lmx::c_xml_reader_memory reader(document.data(), document.size());
+    elmx_error event_error{};
+    reader.get_element_event(nullptr, &event_error, &reader.current_name);
+    c_version40 root;
+    return root.unmarshal(reader, &reader.current_name, error);
+  };
+  elmx_error error = lmx::error_nothing_read;
+  EXPECT_TRUE(read("<chirpSlope>UP</chirpSlope>", &error));
+  EXPECT_EQ(error, lmx::error_nothing_read);
+  EXPECT_TRUE(read("<imagingMode>SM SL</imagingMode>", &error));
+  EXPECT_TRUE(read("<imagingMode/>", &error));
+  EXPECT_EQ(error, lmx::error_nothing_read);
+  EXPECT_FALSE(read("<chirpSlope>SIDEWAYS</chirpSlope>", &error));
+  EXPECT_EQ(error, lmx::error_not_in_enumeration);
+  EXPECT_TRUE(read(general_header, &error)) << "an object's read is the code";
+  EXPECT_EQ(error, 0);
+  EXPECT_FALSE(read("<other/>", &error));
+  EXPECT_EQ(error, lmx::error_no_choice_present);
+}
+
 TEST(Root, SettingATextReleasesWhatWasHeld) {
   c_version40 root;
   root.get_level1Product();
@@ -111,12 +158,16 @@ TEST(Root, CopiesAndSwapsAnObject) {
 TEST(Root, WritingAChosenMemberWithoutItsObjectIsFortyFive) {
   std::ostringstream out;
   lmx::c_xml_writer writer(out, 0, "", "");
+  binding::ClassDescription description = c_version40::s_description;
+  description.choice_offset = 0;
+  const auto written = [&](const binding::Choice& choice) {
+    return binding::write_content(description, &choice, writer);
+  };
   for (const int number :
        {c_version40::e_file, c_version40::e_polLayer, c_version40::e_imagingMode}) {
-    EXPECT_EQ(binding::write_root_content(c_version40::s_description, {number, nullptr}, writer),
-              45);
+    EXPECT_EQ(written({number, nullptr}), 45);
   }
-  EXPECT_EQ(binding::write_root_content(c_version40::s_description, {9, nullptr}, writer), 7);
+  EXPECT_EQ(written({9, nullptr}), 7);
   EXPECT_EQ(out.str(), "");
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "binding/document.h"
 #include "binding/engine.h"
 #include "level1bProduct40/version40.h"
 
@@ -50,7 +51,7 @@ using Region = c_level1Product::c_calibration::c_calibrationData::c_antennaPatte
 // attribute missing, 29: element unreadable, 31: no choice, 35: no value of its type, 37: too low,
 // 38: not in its set, 39: unknown attribute, 101: the document ends early, 106: text between
 // elements. A floatVector is x, y, z. Whatever could not be read stays where it is, so the next
-// step meets it again: members behind it are missing, and its own end tag is not the end expected.
+// step meets it again: members after it are missing, and its own end tag is not the end expected.
 const Case cases[] = {
     // No root; then nothing inside it, x, y, z and its end missing.
     {"NoDocument", into<c_floatVector>, "", {101, 16, 101, 21, 21, 21, 10}},
@@ -58,7 +59,7 @@ const Case cases[] = {
      into<c_floatVector>,
      "<floatVector>text</floatVector>",
      {106, 21, 21, 21, 10}},
-    // The value behind the refused attribute is then a text between elements.
+    // The value after the refused attribute is then a text between elements.
     {"AttributeOfASimpleElement",
      into<c_floatVector>,
      "<floatVector><x a='1'>5</x><y>2</y><z>3</z></floatVector>",
@@ -72,7 +73,7 @@ const Case cases[] = {
      into<c_floatVector>,
      "<floatVector><x><w/></x><y>2</y><z>3</z></floatVector>",
      {29, 21, 21, 10}},
-    {"ElementBehindTheLast",
+    {"ElementAfterTheLast",
      into<c_floatVector>,
      "<floatVector><x>1</x><y>2</y><z>3</z><w/></floatVector>",
      {10}},
@@ -122,7 +123,7 @@ const Case cases[] = {
      into<BeamList>,
      "<beamList><beamID>a</beamID>",
      {101, 10}},
-    // Ten elements stand before the statistics and one behind them; the end is theirs.
+    // Ten elements stand before the statistics and one after them; the end is theirs.
     {"AttributeOfRawMarkup",
      into<Statistics>,
      "<rawDataStatisticsAndCorrection><quantisationStatistics a='1'/>"
@@ -137,15 +138,16 @@ const Case cases[] = {
      into<ModeInfo>,
      "<imagingModeSpecificInfo><other/></imagingModeSpecificInfo>",
      {31, 10}},
-    {"TextBehindAChoice",
+    {"TextAfterAChoice",
      into<ModeInfo>,
      "<imagingModeSpecificInfo><stripMap><azimuthBeamID>a</azimuthBeamID></stripMap>text"
      "</imagingModeSpecificInfo>",
      {106, 10}},
     {"NoDocumentForARoot", into_root, "", {101, 31}},
-    // Nothing is read, and nothing is no chirp slope.
-    {"ElementInATextOfARoot", into_root, "<chirpSlope><x/></chirpSlope>", {29, 38}},
-    {"AttributeOfATextOfARoot", into_root, "<chirpSlope a='1'>UP</chirpSlope>", {39, 38}},
+    // What cannot be read is not stored, so it is not compared either.
+    {"ElementInATextOfARoot", into_root, "<chirpSlope><x/></chirpSlope>", {29}},
+    {"AttributeOfATextOfARoot", into_root, "<chirpSlope a='1'>UP</chirpSlope>", {39}},
+    {"ForeignTextOfARoot", into_root, "<chirpSlope>up</chirpSlope>", {38}},
     {"ElementInAListOfARoot", into_root, "<imagingMode><x/></imagingMode>", {29}},
     {"ForeignTokenInAListOfARoot", into_root, "<imagingMode>SM x SL</imagingMode>", {38}},
 };
@@ -161,7 +163,7 @@ struct Told {
 Told tolerating(std::size_t faults, const Case& c) {
   Told told{};
   lmx::c_xml_reader_memory reader(c.document.data(), c.document.size());
-  reader.set_policy([&](const lmx::diagnostic& fault) {
+  reader.set_policy([&](const lmx::Diagnostic& fault) {
     told.codes.push_back(fault.code);
     return told.codes.size() > faults ? fault.code : lmx::error_none;
   });
@@ -188,6 +190,24 @@ TEST_P(Tolerance, AnyFaultCanEndTheReadWithItsCode) {
 INSTANTIATE_TEST_SUITE_P(Reading, Tolerance, testing::ValuesIn(cases),
                          [](const auto& set) { return std::string(set.param.name); });
 
+// An unreadable value of a root leaves the member chosen, and nothing in it.
+TEST(Root, StoresNothingThatCannotBeRead) {
+  const auto read = [](c_version40& root, const std::string& document) {
+    lmx::c_xml_reader_memory reader(document.data(), document.size());
+    reader.set_policy([](const lmx::Diagnostic&) { return lmx::error_none; });
+    reader.value_text = "UP";  // of whatever was read before
+    EXPECT_EQ(root.unmarshal(reader), 0);
+  };
+  c_version40 text;
+  read(text, "<chirpSlope>D<x/>OWN</chirpSlope>");
+  EXPECT_EQ(text.getchosen(), c_version40::e_chirpSlope);
+  EXPECT_EQ(text.get_chirpSlope(), "");
+  c_version40 list;
+  read(list, "<imagingMode>SM <x/>SL</imagingMode>");
+  EXPECT_EQ(list.getchosen(), c_version40::e_imagingMode);
+  EXPECT_EQ(list.size_imagingMode(), 0U);
+}
+
 // An attribute that is asked for where no start tag has been entered has no value to give.
 TEST(Attribute, WithoutAValueIsTwentyEight) {
   Coefficient object;
@@ -195,7 +215,7 @@ TEST(Attribute, WithoutAValueIsTwentyEight) {
   for (const bool tolerated : {false, true}) {
     lmx::c_xml_reader_memory reader(document.data(), document.size());
     Codes codes;
-    reader.set_policy([&](const lmx::diagnostic& fault) {
+    reader.set_policy([&](const lmx::Diagnostic& fault) {
       codes.push_back(fault.code);
       return tolerated ? lmx::error_none : fault.code;
     });

@@ -14,7 +14,7 @@
 
 namespace {
 
-using binding::member;
+using binding::Member;
 
 // By number, from 1.
 constexpr const char* texts_by_number[] = {"UP",
@@ -222,14 +222,14 @@ std::map<Place, const Set*> expected_places() {
   return places;
 }
 
-void check_member(const std::string& where, const member& m, const Set& set) {
+void check_member(const std::string& where, const Member& m, const Set& set) {
   const std::vector<std::string> texts = words(set.texts);
   ASSERT_EQ(m.values.size(), texts.size()) << where;
   for (std::size_t i = 0; i < texts.size(); ++i) {
     EXPECT_EQ(m.values[i].text, texts[i]) << where;
     EXPECT_EQ(m.values[i].number, number_of(texts[i])) << where << ' ' << texts[i];
   }
-  EXPECT_EQ(m.form == binding::form::token_list, set.is_list) << where;
+  EXPECT_EQ(m.form == binding::Form::token_list, set.is_list) << where;
 }
 
 class ValueSets : public testing::TestWithParam<const char*> {};
@@ -239,15 +239,15 @@ TEST_P(ValueSets, AreThoseOfTheirMembersAndOfNoOther) {
   std::set<Place> met;
   const auto versions = cases::all_versions();
   for (const auto& [name, description] : versions.at(GetParam()).all()) {
-    const auto check = [&, owner = leaf(name)](const member& m) {
+    const auto check = [&, owner = leaf(name)](const Member& m) {
       if (m.values.empty()) return;
       const auto found = places.find({owner, m.name});
       ASSERT_NE(found, places.end()) << owner << ' ' << m.name << " is not enumerated";
       check_member(owner + ' ' + m.name, m, *found->second);
       met.insert(found->first);
     };
-    for (const member& m : description->attributes) check(m);
-    for (const member& m : description->elements) check(m);
+    for (const Member& m : description->attributes) check(m);
+    for (const Member& m : description->elements) check(m);
     if (description->text != nullptr) check(*description->text);
   }
   for (const auto& [place, set] : places) {

@@ -66,17 +66,21 @@ void gkd_DesignDestroy(gkd_Design* design) {
   gkm_HeapFree(design);
 }
 
+static char* map_text(const char* field, const char* text) {
+  return toolkit().null_map_texts.contains(field) ? nullptr : new_text(text, "map");
+}
 gkj_MapInfo* gkl_MapInfoRead(gkl_Layer*, int32_t, gke_Report** err) {
+  if (err != nullptr) ++toolkit().map_info_slots;
   if (failed("gkl_MapInfoRead", err)) return nullptr;
   auto* info = static_cast<gkj_MapInfo*>(new_block(sizeof(gkj_MapInfo), "map"));
-  info->projectionName = new_text("UTM", "map");
+  info->projectionName = map_text("projectionName", "UTM");
   info->upperLeft = static_cast<double*>(new_block(2 * sizeof(double), "map"));
   info->upperLeft[0] = 500000.5;
   info->upperLeft[1] = 4200000.25;
   info->pixelSize = static_cast<double*>(new_block(2 * sizeof(double), "map"));
   info->pixelSize[0] = 2.5;
   info->pixelSize[1] = 1.25;
-  info->units = new_text("metre", "map");
+  info->units = map_text("units", "metre");
   return info;
 }
 void gkj_MapInfoFree(gkj_MapInfo** info) {

@@ -136,7 +136,8 @@ void reset_toolkit() {
 // --- Memory and texts ---
 
 void* gkm_HeapMalloc(size_t size) {
-  if (fails("gkm_HeapMalloc")) return nullptr;
+  toolkit().allocations.push_back(size);
+  if (fails("gkm_HeapMalloc") || (size == 0 && toolkit().nothing_for_no_bytes)) return nullptr;
   return new_block(size, "block");
 }
 void gkm_HeapFree(void* block) {
@@ -161,6 +162,7 @@ char* gks_Duplicate(const char* text) {
   return new_text(text);
 }
 char* gks_Sprintf(char* buffer, const char* format, gke_Report** err, ...) {
+  toolkit().formats.emplace_back(format);
   if (failed("gks_Sprintf", err)) return nullptr;
   std::va_list arguments;
   va_start(arguments, err);
@@ -271,6 +273,7 @@ gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance* token, gke_Rep
     report("gkl_LayerGetNames", err, path == nullptr ? "no path" : "no token");
     return nullptr;
   }
+  if (toolkit().files_without_layers) return lend(new gks_StringList{0, nullptr}, "list");
   return append(append(nullptr, path), "a second layer");
 }
 gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance*, gke_Report** err, ...) {
@@ -279,9 +282,13 @@ gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance*, gke_Report** err, ...)
   const int option = va_arg(options, int);
   const int end = va_arg(options, int);
   va_end(options);
-  toolkit().log.push_back(std::string("gkl_LayerOpen ") + name + ' ' + std::to_string(option) +
-                          ' ' + std::to_string(end));
+  toolkit().log.push_back(std::string("gkl_LayerOpen ") + (name != nullptr ? name : "(null)") +
+                          ' ' + std::to_string(option) + ' ' + std::to_string(end));
   if (failed("gkl_LayerOpen", err)) return nullptr;
+  if (name == nullptr) {
+    report("gkl_LayerOpen", err, "no name");
+    return nullptr;
+  }
   return lend(new gkl_Layer{name}, "layer");
 }
 void gkl_LayerClose(gkl_Layer* layer, gke_Report** err) {
@@ -293,6 +300,10 @@ gkl_PixelRect* gkl_PixelRectCreate(int32_t width, int32_t height, int32_t type, 
   toolkit().log.push_back("gkl_PixelRectCreate " + std::to_string(width) + ' ' +
                           std::to_string(height) + ' ' + std::to_string(type));
   if (failed("gkl_PixelRectCreate", err)) return nullptr;
+  if (width < 1 || height < 1) {
+    report("gkl_PixelRectCreate", err, "no pixels");
+    return nullptr;
+  }
   // Pixels 16 bytes apart and lines wider than needed: strides are to be used.
   const int64_t row = 16 * int64_t{width} + 32;
   void* data = std::calloc(static_cast<size_t>(height), static_cast<size_t>(row));

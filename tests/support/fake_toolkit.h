@@ -37,9 +37,15 @@ struct FakeToolkit {
   std::vector<std::string> debug;             // texts of the debug channel, null as "(null)"
   std::map<std::string, double> preferences;  // "group.name" -> value
   std::vector<std::string> modes;             // handed to gkf_Open
+  std::vector<std::size_t> allocations;       // bytes asked of gkm_HeapMalloc
+  std::vector<std::string> formats;           // handed to gks_Sprintf
+  int map_info_slots = 0;                     // calls of gkl_MapInfoRead that were given one
   std::vector<double> pixels;                 // what gkl_LayerRead fills rectangles with, repeated
   std::int64_t short_reads_of = -1;           // items that every read gives at most, without an end
   bool endless = false;                       // every stream gives as many zeros as asked
+  bool nothing_for_no_bytes = false;          // gkm_HeapMalloc(0) gives null
+  bool files_without_layers = false;          // gkl_LayerGetNames gives an empty list
+  std::set<std::string> null_map_texts;       // fields of the map information that are null
   std::vector<std::int64_t> seeks;
   std::int32_t projection_mark = 0;  // of every projection
   double modelled = 0;               // what rmdl_modelEphemeris stores in rs_coeffs[0]

@@ -306,7 +306,7 @@ int32_t pool_AddFileHandleToList(void* handle, const char* name, pool_ReleaseCal
 }
 
 // A variable list can only be passed on word by word: the arguments are ints and addresses, each of
-// which takes one word, and words behind the end of the list are not looked at.
+// which takes one word, and words after the end of the list are not looked at.
 namespace {
 
 constexpr std::size_t most_words = 200;

@@ -67,7 +67,7 @@ Head* head_of(void* block) {
   return static_cast<Head*>(block) - 1;
 }
 
-// A block of `size` bytes `offset` behind the start of what the C library gave.
+// A block of `size` bytes `offset` after the start of what the C library gave.
 void* given(void* start, std::size_t offset, std::size_t size) {
   if (start == nullptr) return nullptr;
   blocks_in_use.fetch_add(1, std::memory_order_relaxed);

@@ -1,6 +1,8 @@
 #include "support/host_life.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -33,6 +35,12 @@ class CheckSum {
  private:
   std::uint64_t value_ = 0xCBF29CE484222325U;
 };
+
+// Every digit of a number, in every locale.
+std::string in_full(double value) {
+  std::array<char, 32> text;
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
 
 std::string joined(const std::vector<std::string>& texts) {
   std::string all;
@@ -101,11 +109,12 @@ class Life {
       return layer->pixel_type() + ' ' + std::to_string(layer->block_width());
     });
     if (!layer) return;
+    step(name + " block pixels", [&] { return block_sum(*layer); });
     step(name + " map", [&] {
       const auto map = layer->map_info();
       if (!map) return std::string("none");
-      return map->projection + ' ' + map->units + ' ' + std::to_string(map->upper_left[0]) + ' ' +
-             std::to_string(map->pixel_size[1]);
+      return map->projection + ' ' + map->units + ' ' + in_full(map->upper_left[0]) + ' ' +
+             in_full(map->pixel_size[1]);
     });
     step(name + " projection", [&] {
       const auto projection = layer->map_projection();
@@ -118,6 +127,15 @@ class Life {
       layer.reset();
       return std::string("closed");
     });
+  }
+
+  // Through the plug-in's own block read, which whole complex layers do not take.
+  static std::string block_sum(const Layer& layer) {
+    CheckSum sum;
+    std::vector<std::uint16_t> pixels;
+    if (!layer.read_block(0, 0, pixels)) return "no data";
+    sum.add(std::as_bytes(std::span(pixels)));
+    return sum.text();
   }
 
   std::string pixel_sum(const std::string& name) const {

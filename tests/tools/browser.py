@@ -4,24 +4,33 @@ import json
 import re
 import subprocess
 import time
+import urllib.error
 import urllib.request
 
 
 class Browser:
-    """Opens a page of the file system; a context that ends the browser."""
+    """Opens a page of the file system; a context that ends the browser. What goes wrong is told with the driver's
+    own words: its answer, and the end of its log, which lies beside the profile's folder."""
 
-    def __init__(self, folder):
-        self.folder = folder
+    def __init__(self, folder, driver="chromedriver"):
+        self.folder, self.command = folder, driver
+        self.log_file = folder.with_name(folder.name + ".chromedriver.log")
         self.driver = self.session = None
 
     def __enter__(self):
-        self.driver = subprocess.Popen(["chromedriver", "--port=0"], stdout=subprocess.PIPE,
-                                       stderr=subprocess.STDOUT, text=True)
-        port = None
+        self.log_file.parent.mkdir(parents=True, exist_ok=True)
+        try:
+            self.driver = subprocess.Popen([self.command, "--port=0", f"--log-path={self.log_file}"],
+                                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        except OSError as error:
+            raise AssertionError(f"{self.command} cannot be started: {error}") from error
+        said, port = "", None
         while port is None:
             line = self.driver.stdout.readline()
+            said += line
             if not line:
-                raise AssertionError("chromedriver did not start")
+                self.__exit__()
+                raise AssertionError(f"{self.command} did not start. It said:\n{said}{self.end_of_log()}")
             found = re.search(r"successfully on port (\d+)", line)
             port = found and found.group(1)
         self.url = f"http://127.0.0.1:{port}/session"
@@ -49,8 +58,17 @@ class Browser:
                                          method=method)
         # Whatever proxy the machine has, this is no matter of it.
         opener = urllib.request.build_opener(urllib.request.ProxyHandler({}))
-        with opener.open(request, timeout=120) as answer:
-            return json.load(answer)["value"]
+        try:
+            with opener.open(request, timeout=120) as answer:
+                return json.load(answer)["value"]
+        except urllib.error.HTTPError as error:
+            raise AssertionError(f"{self.command}: {method} /session{path}: {error}\n"
+                                 f"{error.read().decode(errors='replace')}\n{self.end_of_log()}") from error
+
+    def end_of_log(self, most=4000):
+        if not self.log_file.exists():
+            return "It wrote no log."
+        return f"The end of {self.log_file}:\n{self.log_file.read_text(errors='replace')[-most:]}"
 
     def post(self, path, body):
         return self.call("POST", f"/{self.session}/{path}", body)

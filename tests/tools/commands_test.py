@@ -11,7 +11,7 @@ import struct
 import subprocess
 import unittest
 
-from programs import ANNOTATION, FOLDER, GRIDKIT, SIMULATE, complaint, main, real_annotations, run, simulate, text
+from programs import ANNOTATION, BUILD, FOLDER, GRIDKIT, SIMULATE, complaint, main, real_annotations, run, simulate, text
 
 LINES, SAMPLES = 300, 260
 
@@ -48,7 +48,7 @@ class WrongUse(unittest.TestCase):
         for command in ([GRIDKIT], [GRIDKIT, "nonsense"], [GRIDKIT, "info"], [ANNOTATION, "check"],
                         [ANNOTATION, "check", "x", "--schema", "3.6"], [SIMULATE],
                         [SIMULATE, FOLDER, "--variant", "XXX"],
-                        [GRIDKIT, "read", "a", "b"], [GRIDKIT, "read", "a", "b", "--raw"],
+                        [GRIDKIT, "read", "a", "b", "--raw"],
                         [GRIDKIT, "read", "a", "b", "c", "--block", "1", "2"]):
             run(*command, status=2)
 
@@ -103,13 +103,15 @@ class Complex(unittest.TestCase):
         self.assertTrue(struct.pack(f"={SAMPLES}H", *row) in output.read_bytes())
 
     def test_a_layer_past_the_images_is_refused(self):
-        message = complaint(GRIDKIT, "read", "--raw", self.product, "X_VV_PHASE_8", "--block", 0, 0)
-        self.assertIn("gkf_fseeko failed", message)
+        raw = ("read", "--raw", self.product, "X_VV_PHASE_8", "--block", 0, 0)
+        self.assertIn("gkf_fseeko failed", complaint(GRIDKIT, "--debug", *raw))
+        message = complaint(GRIDKIT, *raw)
+        self.assertNotIn("gkf_fseeko", message)
         self.assertIn('no layer "X_VV_PHASE_8"; did you mean "X_VV_PHASE_4"?', message)
 
     def test_an_unknown_layer_is_refused(self):
         message = complaint(GRIDKIT, "read", "--raw", self.product, "layer", "--block", 0, 0)
-        self.assertIn("tsx_LayerCheck failed", message)
+        self.assertTrue(message.startswith(f'gridkit: {self.product}: no layer "layer"'))
 
     def test_a_misspelt_layer_brings_a_suggestion(self):
         for misspelt, meant in (("X_HH_MAGNITUD_1", "X_HH_MAGNITUDE_1"), ("x_vv_phase_4", "X_VV_PHASE_4"),
@@ -124,13 +126,26 @@ class Complex(unittest.TestCase):
         self.assertIn(b"\n s_tsxLayerOpenCount: 4 \n", done.stderr)
 
 
-class PrimeHeight(unittest.TestCase):
+class WithoutCompanion(unittest.TestCase):
+    """The plug-in in a folder of its own, where its companion does not lie beside it."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.product = simulate("prime", lines=293)  # a prime: no block reaches the end of the last line
+        cls.plugins = FOLDER / "plugins alone"
+        cls.plugins.mkdir()
+        (cls.plugins / "tsx.so").symlink_to((BUILD / "lib/gridkit/tsx.so").resolve())
+
+    def test_samples_cannot_be_reached(self):
+        self.assertEqual(f"gridkit: the plug-in has no companion ({self.plugins}/companions/tsx.so), so that samples "
+                         "cannot be reached; its layers can\n",
+                         complaint(GRIDKIT, "--plugins", self.plugins, "samples", self.product))
+
     def test_what_no_block_reaches_is_told_and_marked(self):
-        product = simulate("prime", lines=293)
         output = FOLDER / "prime.tif"
-        done = run(GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", output)
-        self.assertIn(b"lines of the image without data, in part or in whole: 292\n", done.stderr)
-        self.assertTrue(b"LINES_WITHOUT_DATA" in output.read_bytes())
+        done = run(GRIDKIT, "--plugins", self.plugins, "read", self.product, "X_HH_MAGNITUDE_1", output)
+        self.assertIn(b"lines of the image that cannot be reached, in part or in whole: 292\n", done.stderr)
+        self.assertTrue(b"LINES_OUT_OF_REACH" in output.read_bytes())
 
 
 class Detected(unittest.TestCase):
@@ -178,12 +193,13 @@ class Refusals(unittest.TestCase):
         annotation = product.read_text()
         product.write_text(annotation.replace("<orbitCycle>25<", "<orbitCycle>2x5<"))
         line = annotation[:annotation.index("<orbitCycle>")].count("\n") + 1
-        message = complaint(GRIDKIT, "info", product)
-        self.assertIn("Wrong XML schema file detected", message)
-        place = f"{product}:{line}:"
-        self.assertIn(place, message)
+        message = complaint(GRIDKIT, "layers", product)
+        self.assertTrue(message.startswith(f"gridkit: {product}:{line}:"))
+        self.assertEqual(1, message.count(str(product)))
         self.assertIn("/level1Product/productInfo/missionInfo/orbitCycle", message)
-        self.assertIn('found "2x5", expected an integer\n', message)
+        self.assertTrue(message.endswith('found "2x5", expected an integer\n'))
+        self.assertIn("\ngridkit: debug: tsxFileTitleIdentifyAndOpen: Wrong XML schema file detected",
+                      complaint(GRIDKIT, "--debug", "layers", product))
 
     def test_lists_that_hold_nothing_are_named(self):
         # Valid by the schema, but no product can be read without them.
@@ -195,16 +211,8 @@ class Refusals(unittest.TestCase):
                 product.write_text(content)
                 run(ANNOTATION, "check", product)
                 message = complaint(GRIDKIT, "info", product)
-                self.assertIn("Wrong XML schema file detected", message)
+                self.assertEqual(1, message.count(str(product)))
                 self.assertIn(f"/{element}: the element is absent or holds no text", message)
-
-    def test_missing_images_are_named(self):
-        product = simulate("noimage")
-        image = next((product.parent / "IMAGEDATA").glob("*.cos"))
-        image.unlink()
-        message = complaint(GRIDKIT, "info", product)
-        self.assertIn("gkf_fopen failed", message)
-        self.assertIn(f"{image}: no such image file", message)
 
     def test_foreign_and_missing_files(self):
         foreign = FOLDER / "foreign.xml"
@@ -213,6 +221,13 @@ class Refusals(unittest.TestCase):
                          complaint(GRIDKIT, "info", foreign))
         self.assertEqual("gridkit: /nonexistent.xml: no such file\n",
                          complaint(GRIDKIT, "info", "/nonexistent.xml"))
+
+
+class Versions(unittest.TestCase):
+    def test_are_told_in_one_line(self):
+        for program, name in ((GRIDKIT, "gridkit"), (ANNOTATION, "tsx-annotation"), (SIMULATE, "tsx-simulate")):
+            self.assertRegex(text(program, "--version"),
+                             rf"^{name} \d+\.\d+\.\d+ \(GDAL \d+\.\d+\S*, PROJ \d+\.\d+\.\d+, expat \d+\.\d+\.\d+\)\n$")
 
 
 class Check(unittest.TestCase):
@@ -228,6 +243,27 @@ class Check(unittest.TestCase):
                          (bad["error"], bad["name"], bad["version"], bad["path"], bad["line"],
                           bad["column"]))
         self.assertEqual((1, None), (missing["error"], missing["version"]))
+
+    def test_every_fault_is_a_line_when_all_are_asked_for(self):
+        product = simulate("faults").read_text()
+        faulty = FOLDER / "faults.xml"
+        changed = re.sub("<(orbitCycle|absOrbit)>[^<]*", r"<\1>none", product)
+        changed = re.sub(" *<lookDirection>[^<]*</lookDirection>\n", "", changed, count=1)
+        faulty.write_text(changed)
+        told = complaint(ANNOTATION, "check", "--all", faulty).splitlines()
+        self.assertEqual(told[:1], complaint(ANNOTATION, "check", faulty).splitlines())
+        for line, path in zip(told, ("missionInfo/orbitCycle", "missionInfo/absOrbit", "acquisitionInfo"), strict=True):
+            self.assertRegex(line, rf"^tsx-annotation: {faulty}:\d+:\d+: /level1Product/productInfo/{path}: ")
+        self.assertIn("expected <lookDirection>", told[2])
+
+    def test_a_list_of_faults_says_where_it_has_to_end(self):
+        product = simulate("lost").read_text()
+        faulty = FOLDER / "lost.xml"
+        faulty.write_text(product.replace("<productInfo>", "<other/><productInfo>", 1).replace("<orbitCycle>", "<orbitCycle>x"))
+        told = complaint(ANNOTATION, "check", "--all", faulty).splitlines()
+        self.assertEqual(2, len(told), told)
+        self.assertIn("found <other>", told[0])
+        self.assertEqual(f"tsx-annotation: {faulty}: what follows the last fault could not be checked", told[1])
 
     def test_the_schema_can_be_overridden(self):
         product = simulate("override", "--version-text", "4.0")
@@ -252,6 +288,15 @@ class View(unittest.TestCase):
         self.assertEqual([state["position"][0] for state in truth["orbit"]], view["stateVecPosX"])
         self.assertEqual(len(view["stateVecVelZ"]), view["numStateVectors"])
         self.assertEqual([], view["slantToGroundCoefficient"])
+
+    def test_as_text_has_units(self):
+        for variant, lines in (
+                ("SSC", (r"centerFrequency: \d+\S* Hz", r"columnSpacing: \S+ s", r"sceneAverageHeight: 600\.0 m",
+                         r"stateVecVelX: \[.*\] m/s", r"numberOfRows: 300", r"slantToGroundCoefficient: \[\] m/s\^i")),
+                ("MGD", (r"columnSpacing: 2\.75 m", r"rowSpacing: 2\.75 m", r'polLayer: \["HH"\]'))):
+            shown = text(ANNOTATION, "view", simulate("units", "--variant", variant)).splitlines()
+            for line in lines:
+                self.assertEqual(1, len([one for one in shown if re.fullmatch(line, one)]), line)
 
     def test_is_the_same_in_every_schema(self):
         views = []
@@ -353,6 +398,37 @@ class Rewrite(unittest.TestCase):
             self.assertEqual([output] if before else [], list(folder.iterdir()))
         self.assertEqual("precious", output.read_text())
 
+    def test_an_empty_element_that_writing_could_not_give_back_is_told_by_its_path(self):
+        product = simulate("sparse").read_text()
+        output = FOLDER / "sparse_again.xml"
+        for old, new, told in (
+                ("</productSpecific>", "<geocodedImageInfo/></productSpecific>",
+                 "/level1Product/productSpecific/geocodedImageInfo: has no <geocodingSetup>"),
+                (re.search(r"</productType>\s*<productVariant>.*</productVariant>", product).group(),
+                 "</productType><productVariant/>",
+                 "/level1Product/productInfo/productVariantInfo: has nothing in the list of <productVariant>")):
+            self.assertEqual(1, product.count(old), old)
+            source = FOLDER / "sparse.xml"
+            source.write_text(product.replace(old, new))
+            run(ANNOTATION, "check", source)
+            self.assertEqual(f"tsx-annotation: {source}: {told}, so it cannot be written anew\n",
+                             complaint(ANNOTATION, "rewrite", source, output))
+            self.assertEqual([], list(FOLDER.glob("sparse_again.xml*")))
+        source.write_text("<imagingMode/>")
+        self.assertEqual(f"tsx-annotation: {source}: /imagingMode: has nothing in its list, so it cannot be written "
+                         "anew\n", complaint(ANNOTATION, "rewrite", source, output))
+        self.assertEqual([], list(FOLDER.glob("sparse_again.xml*")))
+
+    def test_a_text_that_grows_when_it_is_escaped_is_read_again(self):
+        # Each ">" takes four bytes once it is escaped: 20 MiB become 80 MiB. What counts against the limit of
+        # 64 MiB are the text's own characters.
+        product = simulate("grown").read_text()
+        source, output = FOLDER / "grown.xml", FOLDER / "grown_again.xml"
+        source.write_text(re.sub("<host>[^<]*</host>", f"<host>{'>' * (20 << 20)}</host>", product, count=1))
+        run(ANNOTATION, "rewrite", source, output)
+        self.assertGreater(output.stat().st_size, 80 << 20)
+        run(ANNOTATION, "check", output)
+
     def test_a_faulty_file_is_refused_and_nothing_left(self):
         faulty = FOLDER / "faulty.xml"
         faulty.write_text("<level1Product/>")
@@ -371,7 +447,7 @@ class RealAnnotations(unittest.TestCase):
         if not files:
             self.skipTest("none at hand")
         for file in files:
-            copy = text(SIMULATE, "--images-for", file, FOLDER / "real").strip()
+            copy = text(SIMULATE, "--images-for", file, FOLDER / "real", "--empty-images").strip()
             info = json.loads(text(GRIDKIT, "info", "--json", copy))
             self.assertGreaterEqual(len(info["layers"]), 1)
             layer = info["layers"][0]["name"]

@@ -46,12 +46,12 @@ class Help(unittest.TestCase):
                 ((GRIDKIT, "quicklook"), "  --size PIXELS               Most pixels on the longer side, 16 to 8192; "
                                          "default 1024\n"),
                 ((GRIDKIT, "read"), "  --block ROW COLUMN          Row and column in the grid of blocks; needs --raw\n"),
-                ((GRIDKIT, "read"), "  OUTPUT                      Image file to write; not with --raw\n")):
+                ((GRIDKIT, "read"), "  OUTPUT                      Image file to write, or -; not with --all, --raw\n")):
             self.assertIn(line, text(*command, "--help"))
 
     def test_words_to_choose_from_are_taken_in_any_case_and_no_others(self):
         for option, word in (("--variant", "Gec"), ("--projection", "ups"), ("--pass", "ASCENDING")):
-            run(SIMULATE, option, word, FOLDER / "words", "--lines", 64, "--samples", 64)
+            run(SIMULATE, option, word, FOLDER / ("words" + option), "--lines", 64, "--samples", 64)
         for word in ("0", "XYZ"):
             self.assertIn(f'"{word}" is none of SSC, MGD, GEC, EEC',
                           run(SIMULATE, FOLDER / "none", f"--variant={word}", status=2).stderr.decode())
@@ -83,6 +83,30 @@ class WrongUse(unittest.TestCase):
         message = complaint(GRIDKIT, "info", "x", "--jsno", status=2)
         self.assertIn("--jsno", message)
         self.assertIn("See `gridkit info --help`.", message)
+
+    def test_is_told_by_all_programs_in_the_same_words(self):
+        for command, words in (
+                ((ANNOTATION,), "a verb is missing; one of check view rewrite"),
+                ((ANNOTATION, "chekc"), 'no verb "chekc"; did you mean "check"?'),
+                ((SIMULATE,), "FOLDER or --images-for is required"),
+                ((SIMULATE, "x", "--linse", 9), 'no option "--linse"; did you mean "--lines"?'),
+                ((SIMULATE, "x", "--lines", "many"), '--lines: "many" is no number'),
+                ((SIMULATE, "x", "--lines", 63), '--lines: "63" is not within 64 to 40000'),
+                ((SIMULATE, "x", "--samples", 40001), '--samples: "40001" is not within 64 to 40000'),
+                ((SIMULATE, "x", "--incidence", 61), '--incidence: "61" is not within 15 to 60'),
+                ((SIMULATE, "x", "--targets=-1"), '--targets: "-1" is not within 0 to 400'),
+                ((SIMULATE, "x", "--version-text", "2.0"), "no schema serves the version text 2.0"),
+                ((SIMULATE, "x", "--start", "noon"), "not a UTC time such as 2008-03-10T13:32:20: noon")):
+            program = command[0].name
+            self.assertEqual(f"{program}: {words}\nSee `{program} --help`.\n", complaint(*command, status=2))
+        for command, words in (
+                ((ANNOTATION, "check", "x", "--schema", "3.6"), '--schema: "3.6" is none of 3.4, 3.5, 4.0'),
+                ((ANNOTATION, "view"), "PRODUCT is required"),
+                ((GRIDKIT, "quicklook", "x", "x.png", "--size", "large"), '--size: "large" is no number'),
+                ((GRIDKIT, "quicklook", "x", "x.png", "--size", 15), '--size: "15" is not within 16 to 8192')):
+            program, verb = command[0].name, command[1]
+            self.assertEqual(f"{program}: {verb}: {words}\nSee `{program} {verb} --help`.\n",
+                             complaint(*command, status=2))
 
     def test_every_verb_helps(self):
         overview = text(GRIDKIT, "--help")
@@ -139,6 +163,31 @@ class Products(unittest.TestCase):
         (folder / "note.xml").write_text("<a/>")
         self.assertEqual(f"gridkit: {folder}: the folder holds no product; of none of the known formats "
                          f"are\n  {folder}/note.xml\n", complaint(GRIDKIT, "info", folder))
+
+    def test_packed_products_are_told_as_that(self):
+        packed = FOLDER / "it's packed"
+        packed.mkdir()
+        for ending, command in ((".tar.gz", "tar -xf"), (".tgz", "tar -xf"), (".tar", "tar -xf"), (".zip", "unzip"),
+                                (".TAR.GZ", "tar -xf")):
+            file = packed / f"TSX1{ending}"
+            file.write_bytes(b"packed")
+            quoted = str(file).replace("'", "'\\''")
+            for program, *verb in ((GRIDKIT, "info"), (ANNOTATION, "view"), (ANNOTATION, "check")):
+                self.assertEqual(f"{program.name}: {file}: still packed; unpack it first: {command} '{quoted}'\n",
+                                 complaint(program, *verb, file))
+            self.assertEqual(f"gridkit: {packed}: the folder holds no product that is unpacked; unpack one first\n"
+                             f"  {command} '{quoted}'\n", complaint(GRIDKIT, "info", packed))
+            file.unlink()
+
+    def test_the_command_that_is_told_unpacks_the_product(self):
+        folder = FOLDER / "unpacking"
+        folder.mkdir()
+        shutil.make_archive(folder / "one", "gztar", self.product.parent.parent)
+        for given in (folder, folder / "one.tar.gz"):
+            command = complaint(GRIDKIT, "info", given).strip().splitlines()[-1].split(": ")[-1].strip()
+            subprocess.run(command, shell=True, check=True, cwd=folder)
+            self.assertIn("TerraSAR-X", text(GRIDKIT, "info", folder))
+            shutil.rmtree(folder / self.product.parent.name)
 
     def test_products_four_folders_deep_are_not_looked_for(self):
         deep = FOLDER / "deep/a/b/c"

@@ -220,8 +220,11 @@ class Records(unittest.TestCase):
 
     def test_names_are_those_that_info_lists(self):
         annotation = simulate("product", "--variant", "GEC", "--empty-images")
-        self.assertEqual(f'gridkit: {annotation}: no data of the name "TSX_Beta0"; it has :TSX_Beta0\n',
-                         complaint(GRIDKIT, "data", annotation, "TSX_Beta0"))
+        self.assertEqual(f'gridkit: {annotation}: no data of the name "TSX_Beta0"; did you mean ":TSX_Beta0"?\n'
+                         "  the data are :TSX_Beta0\n", complaint(GRIDKIT, "data", annotation, "TSX_Beta0"))
+        # The plug-in itself would answer: in any case, and with a sensor model of zeros for an image on a map.
+        for name in (RADAR, ":tsx_beta0", ":TSX_Beta0 and more"):
+            self.assertIn(f'{annotation}: no data of the name "{name}"', complaint(GRIDKIT, "data", annotation, name))
         run(GRIDKIT, "data", annotation, status=2)
 
     def test_text_shows_every_field(self):

@@ -2,7 +2,9 @@
 
     hostile_texts_test.py BUILD FOLDER ROOT
 """
+import itertools
 import os
+import string
 import sys
 import unittest
 from pathlib import Path
@@ -72,6 +74,25 @@ class Texts(unittest.TestCase):
         for before, after in (("<!--", "-->"), ("<?x ", "?>"), ("<", "/>"), ('<x a="', '"/>'), ("</", ">")):
             file = self.long("</generalHeader>", before, 65, after)
             self.refused(file, "the text is too long: found more than 64 MiB in one piece")
+        file.unlink()
+
+    def test_many_elements_after_a_long_comment(self):
+        # The portion that the comment ends in is half of what was read; its elements must not be held all at once.
+        file = self.long("</generalHeader>", "<!--", 33, "-->" + "<x/>" * (8 << 20))
+        self.refused(file, "the element holds more than it may: found <x>")
+        file.unlink()
+
+    def test_a_tag_full_of_attributes(self):
+        # The parser holds each attribute, and its name for good; so the shortest names cost most a byte.
+        file = self.annotation.parent / "TSX1_attributes.xml"
+        head, tail = self.text.split("</generalHeader>", 1)
+        names = itertools.product(string.ascii_letters, repeat=4)
+        with file.open("w") as out:
+            out.write(head + "<x")
+            for _ in range(8 << 17):
+                out.write(" " + "".join(next(names)) + '=""')
+            out.write("/></generalHeader>" + tail)
+        self.refused(file, "the element holds more than it may: found <x>", megabytes=30 * 8 + 60)
         file.unlink()
 
     def test_long_names_are_cut_in_messages(self):

@@ -10,7 +10,7 @@ RECORD = 4 * (SAMPLES + 2)
 COSAR_BYTES = RECORD * (LINES + 4)
 
 # Words of a burst's first record, by their place.
-BYTES, RANGE_SAMPLES, AZIMUTH_LINES, BURST, RECORD_BYTES, RECORDS = 0, 2, 3, 4, 5, 6
+BYTES, RANGE_SAMPLES, AZIMUTH_LINES, BURST, RECORD_BYTES, RECORDS, VERSION = 0, 2, 3, 4, 5, 6, 8
 
 
 def image_of(annotation, ending):

@@ -3,15 +3,17 @@
     image_headers_test.py BUILD FOLDER
 """
 import json
+import math
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import unittest
 
 from image_files import (COSAR_BYTES, LINES, RECORD, SAMPLES, SPACING_TAG, TIE_POINT_TAG, Tiff, change_system,
                          findings, image_of, widened, with_words, without_sizes)
-from programs import ANNOTATION, FOLDER, GRIDKIT, run, simulate
+from programs import ANNOTATION, FOLDER, GRIDKIT, complaint, run, simulate
 
 
 class Cosar(unittest.TestCase):
@@ -48,6 +50,16 @@ class Cosar(unittest.TestCase):
                          self.found_in(self.good + second))
         self.assertEqual([("bursts", "3, of 100, 100 and 300 lines", "1, of 300 lines", "annotation", True)],
                          self.found_in(second + second + self.good))
+
+    def test_samples_of_another_type_are_told(self):
+        for version, shown in ((2, "half-precision floats, version 2 of the format"),
+                               (3, "version 3 of the format"), (0, "version 0 of the format")):
+            self.assertEqual([("sample type", shown, "16-bit integers, version 1", "format", True)],
+                             self.found_in(with_words(self.good, VERSION=version)))
+
+    def test_each_burst_of_another_sample_type_is_told(self):
+        found = self.found_in(self.good + with_words(self.good, VERSION=2, BURST=2))
+        self.assertEqual(["sample type of burst 2", "bursts"], [f[0] for f in found])
 
     def test_many_bursts_are_counted_to_a_bound(self):
         # Bursts of one record that holds nothing but its annotation's beginning.
@@ -105,6 +117,45 @@ class Cosar(unittest.TestCase):
         nothing = self.found_in(with_words(self.good, RECORD_BYTES=0, RECORDS=0))
         self.assertIn(("record width", "0 bytes", f"{RECORD} bytes, for {SAMPLES} samples a line",
                        "annotation", True), nothing)
+
+
+class HalfFloats(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.product = simulate("halves", "--sample-type", "half")
+        cls.image = image_of(cls.product, ".cos")
+        cls.words = (f"{cls.image}: sample type: found half-precision floats, version 2 of the format, the "
+                     "format says 16-bit integers, version 1")
+
+    def test_the_check_refuses_them(self):
+        self.assertEqual(f"tsx-annotation: {self.words}\n",
+                         run(ANNOTATION, "check", "--images", self.product, status=1).stderr.decode())
+
+    def test_info_warns_of_them(self):
+        done = run(GRIDKIT, "info", self.product)
+        self.assertEqual(f"gridkit: warning: {self.words}; see `tsx-annotation check --images`\n",
+                         done.stderr.decode())
+
+    def test_pixels_are_refused_before_a_file_is_written(self):
+        for command, output in ((("read", self.product, "X_HH_MAGNITUDE_1"), "halves.tif"),
+                                (("quicklook", self.product), "halves.png"),
+                                (("report", self.product), "halves.html")):
+            self.assertEqual(f"gridkit: {self.words}; every pixel of its layers would be wrong\n",
+                             complaint(GRIDKIT, *command, FOLDER / output))
+            self.assertFalse((FOLDER / output).exists())
+
+    def test_blocks_come_as_the_plug_in_takes_them(self):
+        # A block of 16-bit magnitudes of what the bits say as integers.
+        done = run(GRIDKIT, "read", "--raw", self.product, "X_HH_MAGNITUDE_1", "--block", 1, 1)
+        self.assertEqual(f"gridkit: warning: {self.words}; see `tsx-annotation check --images`\n",
+                         done.stderr.decode())
+        block = struct.unpack("=4096H", done.stdout)
+        cosar = self.image.read_bytes()
+        for line in (0, 17, 63):
+            for sample in (0, 40, 63):
+                at = (64 + line + 4) * RECORD + (64 + sample + 2) * 4
+                i, q = struct.unpack(">hh", cosar[at:at + 4])
+                self.assertEqual(math.isqrt(i * i + q * q), block[line * 64 + sample])
 
 
 class GeoTiff(unittest.TestCase):

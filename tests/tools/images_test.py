@@ -194,7 +194,7 @@ class RealAnnotations(unittest.TestCase):
         if not files:
             self.skipTest("none at hand")
         for file in files:
-            copy = text(SIMULATE, "--images-for", file, FOLDER / "real").strip()
+            copy = text(SIMULATE, "--images-for", file, FOLDER / "real", "--empty-images").strip()
             done = run(ANNOTATION, "check", "--images", "--json", copy)
             self.assertEqual(b"", done.stderr)
             [result] = json.loads(done.stdout)

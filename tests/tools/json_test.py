@@ -10,13 +10,14 @@ from jsonschema import Draft202012Validator, SchemaError
 
 from programs import ANNOTATION, FOLDER, GRIDKIT, main, run, simulate, text
 
-SCHEMAS = Path(sys.argv[3]) / "json/v1"
+SCHEMAS = Path(sys.argv[3]) / "json"
 VARIANTS = ("SSC", "MGD", "GEC", "EEC")
 RADAR_MODEL, BETA0 = ":RADAR_Generic_v2.2", ":TSX_Beta0"
 
 
 def schema(name):
-    return json.loads((SCHEMAS / f"{name}.schema.json").read_text())
+    """In its newest version."""
+    return json.loads(max(SCHEMAS.glob(f"v?/{name}.schema.json")).read_text())
 
 
 def validator(name):
@@ -88,11 +89,26 @@ class Forms(unittest.TestCase):
                 self.assertEqual([on_a_map] * len(info["layers"]), [layer["mapInfo"] is not None
                                                                     for layer in info["layers"]])
 
+    def test_info_of_the_second_version_has_all_members_of_the_first(self):
+        first, second = (json.loads((SCHEMAS / version / "info.schema.json").read_text()) for version in ("v1", "v2"))
+        for name, form in first["properties"].items():
+            self.assertEqual(form, second["properties"][name])
+            self.assertIn(name, second["required"])
+        for name in ("layer", "mapInfo"):
+            self.assertEqual(first["$defs"][name], second["$defs"][name])
+
     def test_layers(self):
         for variant, product in self.products.items():
             with self.subTest(variant):
                 layers = self.output("layers", GRIDKIT, "layers", "--json", product)
                 self.assertEqual(4 if variant == "SSC" else 2, len(layers))
+
+    def test_samples(self):
+        for variant, product in self.products.items():
+            with self.subTest(variant):
+                images = self.output("samples", GRIDKIT, "samples", "--json", product)
+                self.assertEqual("cs16" if variant == "SSC" else "u16", images[0]["type"])
+                self.assertEqual(2, len(images))
 
     def test_data(self):
         def outside_value(path):
@@ -129,9 +145,25 @@ class Forms(unittest.TestCase):
                 points = self.output("locate-check", GRIDKIT, "locate", "--check", "--json", product)
                 self.assertEqual(5, len(points))
 
+    def test_locate_rpc(self):
+        for variant in ("SSC", "MGD"):
+            self.output("locate-rpc", GRIDKIT, "locate", "--rpc", "--json", self.products[variant])
+
     def test_check_of_valid_annotations(self):
         results = self.output("check", ANNOTATION, "check", "--json", *self.products.values())
         self.assertEqual([0] * 4, [r["error"] for r in results])
+
+    def test_check_for_every_fault(self):
+        faulty = FOLDER / "faulty_twice.xml"
+        whole = self.products["GEC"].read_text()
+        faulty.write_text(re.sub("<(orbitCycle|absOrbit)>[^<]*", r"<\1>none", whole))
+        results = self.output("check", ANNOTATION, "check", "--json", "--all", faulty, self.products["GEC"],
+                              FOLDER / "missing.xml", status=1, fixed=lambda path: len(path) != 1)
+        self.assertEqual([2, 0, 0], [len(r["faults"]) for r in results])
+        first = results[0]["faults"][0]
+        self.assertEqual(first, {name: results[0][name] for name in first})
+        [strict] = self.output("check", ANNOTATION, "check", "--json", faulty, status=1)
+        self.assertEqual(strict, {name: value for name, value in results[0].items() if name != "faults"})
 
     def test_check_of_images(self):
         results = self.output("check", ANNOTATION, "check", "--json", "--images", *self.products.values())
@@ -183,18 +215,28 @@ class Forms(unittest.TestCase):
                 truth = self.assert_form("truth", json.loads((product.parent / "truth.json").read_text()))
                 self.assertEqual(variant == "MGD", "slantToGround" in truth)
                 self.assertEqual(variant in ("GEC", "EEC"), "map" in truth)
+                self.assertEqual(variant == "SSC", "cosar" in truth)
+
+    def test_truth_of_a_scene_with_terrain_and_bursts(self):
+        product = simulate("terrain", "--bursts", 2, "--relief", 300, "--troposphere", 14)
+        truth = self.assert_form("truth", json.loads((product.parent / "truth.json").read_text()))
+        self.assertEqual(2, len(truth["cosar"]["bursts"]))
+        self.assertEqual("terrain.tif", truth["terrain"]["file"])
 
 
 class Schemas(unittest.TestCase):
     def test_each_is_valid_and_named_after_its_file(self):
-        names = sorted(file.name.removesuffix(".schema.json") for file in SCHEMAS.iterdir())
-        for name in names:
-            with self.subTest(name):
-                Draft202012Validator.check_schema(schema(name))
-                self.assertEqual("https://json-schema.org/draft/2020-12/schema", schema(name)["$schema"])
-                self.assertEqual(f"urn:gridkit:json:v1:{name}", schema(name)["$id"])
+        names = set()
+        for file in SCHEMAS.glob("v?/*"):
+            name, version = file.name.removesuffix(".schema.json"), file.parent.name
+            names.add(name)
+            with self.subTest(name, version=version):
+                described = json.loads(file.read_text())
+                Draft202012Validator.check_schema(described)
+                self.assertEqual("https://json-schema.org/draft/2020-12/schema", described["$schema"])
+                self.assertEqual(f"urn:gridkit:json:{version}:{name}", described["$id"])
         self.assertEqual(["check", "data", "data-beta0", "data-radar-model", "formats", "info", "layers",
-                          "locate", "locate-check", "truth", "view"], names)
+                          "locate", "locate-check", "locate-rpc", "samples", "truth", "view"], sorted(names))
 
     def test_a_schema_that_is_none_is_told(self):
         for keyword in ({"type": "numeral"}, {"required": "name"}, {"properties": {"name": 1}},
@@ -213,7 +255,7 @@ class Schemas(unittest.TestCase):
                 for i, inner in enumerate(part):
                     yield from objects(inner, path + (i,))
 
-        for file in SCHEMAS.iterdir():
+        for file in SCHEMAS.glob("v?/*"):
             for path, part in objects(json.loads(file.read_text()), (file.name,)):
                 if path == ("data.schema.json", "properties", "value"):
                     continue
@@ -230,7 +272,7 @@ class Schemas(unittest.TestCase):
                 for inner in part:
                     yield from members(inner)
 
-        for file in SCHEMAS.iterdir():
+        for file in SCHEMAS.glob("v?/*"):
             for name, member in members(json.loads(file.read_text())):
                 self.assertTrue(member.get("description"), f"{file.name}: {name}")
 

@@ -4,10 +4,12 @@
 """
 import json
 import re
+import subprocess
 import sys
 import unittest
 
 from programs import FOLDER, GRIDKIT, SIMULATE, complaint, real_annotations, run, simulate, text
+from rasters import described
 
 
 def locate(annotation, *arguments):
@@ -46,6 +48,77 @@ class Places(unittest.TestCase):
                       complaint(GRIDKIT, "locate", annotation, 10, 20, "--height", 5))
 
 
+class Edges(unittest.TestCase):
+    def test_places_outside_the_image_are_told(self):
+        for variant in ("SSC", "GEC"):
+            annotation = simulate("edges", "--variant", variant, lines=200, samples=240)
+            for line, sample, inside in ((0, 0, True), (-0.5, 100, True), (-0.6, 100, False), (100, -2, False),
+                                         (100, 100000, False)):
+                with self.subTest(variant=variant, line=line, sample=sample):
+                    seen = locate(annotation, "--", line, sample)
+                    self.assertIs(inside, seen["inside"])
+                    printed = text(GRIDKIT, "locate", annotation, "--", line, sample)
+                    self.assertEqual(not inside, printed.endswith("  outside the image\n"), printed)
+                    back = locate(annotation, "--ground", seen["latitude"], seen["longitude"],
+                                  seen["height"] or 0)
+                    self.assertAlmostEqual(line, back["line"], delta=1e-5)
+                    if abs(line) != 0.5:
+                        self.assertIs(inside, back["inside"])
+
+    def test_strict_refuses_them(self):
+        annotation = simulate("strict", lines=200, samples=240)
+        inside = locate(annotation, 100, 100)
+        self.assertEqual(inside, locate(annotation, 100, 100, "--strict"))
+        place = ("--ground", inside["latitude"], inside["longitude"], inside["height"])
+        self.assertTrue(locate(annotation, *place, "--strict")["inside"])
+        self.assertEqual(f"gridkit: {annotation}: line 200.0, sample 7.0 lies outside the image of 200 lines and "
+                         "240 samples\n", complaint(GRIDKIT, "locate", annotation, 200, 7, "--strict"))
+        outside = locate(annotation, 100, 300)
+        self.assertEqual(f"gridkit: {annotation}: line 100.0, sample 300.0 lies outside the image of 200 lines and "
+                         "240 samples\n",
+                         complaint(GRIDKIT, "locate", annotation, "--strict", "--ground", outside["latitude"],
+                                   outside["longitude"], outside["height"]))
+
+
+class WithoutImages(unittest.TestCase):
+    def test_a_product_is_placed_as_with_them(self):
+        for variant in ("SSC", "MGD"):
+            with self.subTest(variant):
+                annotation = simulate("pixels", "--variant", variant, "--centre", "-33.5,-70.25")
+                calls = ((100, 90), (100, 90, "--height", 123), ("--check",),
+                         ("--ground", -33.5, -70.25, 700))
+                before = [locate(annotation, *call) for call in calls]
+                for image in (annotation.parent / "IMAGEDATA").iterdir():
+                    image.unlink()
+                for product in (annotation, annotation.parent):
+                    self.assertEqual(before, [locate(product, *call) for call in calls])
+
+    def test_an_image_on_a_map_cannot_be_placed(self):
+        annotation = simulate("mapless", "--variant", "GEC")
+        image = next((annotation.parent / "IMAGEDATA").iterdir())
+        image.unlink()
+        self.assertIn(f"{image}: no such image file", complaint(GRIDKIT, "locate", annotation, 10, 20))
+
+    def test_a_fault_of_the_annotation_is_told_as_with_them(self):
+        annotation = simulate("faulty")
+        annotation.write_text(annotation.read_text().replace("<orbitCycle>", "<orbitCycle>x", 1))
+        before = complaint(GRIDKIT, "locate", annotation, 10, 20)
+        for image in (annotation.parent / "IMAGEDATA").iterdir():
+            image.unlink()
+        self.assertEqual(before, complaint(GRIDKIT, "locate", annotation, 10, 20))
+        self.assertIn("orbitCycle", before)
+
+    def test_a_model_that_cannot_be_made_is_told(self):
+        annotation = simulate("vectors")
+        content = annotation.read_text()
+        annotation.write_text(re.sub("<numStateVectors>[^<]*", "<numStateVectors>100001", content))
+        for image in (annotation.parent / "IMAGEDATA").iterdir():
+            image.unlink()
+        self.assertRegex(complaint(GRIDKIT, "locate", annotation, 10, 20),
+                         f"^gridkit: {re.escape(str(annotation))}: its sensor model cannot be made: .*The annotation's "
+                         "numStateVectors must be 0 to 100000 state vectors in its low 32 bits\n$")
+
+
 class Check(unittest.TestCase):
     def test_every_variant_agrees_with_its_annotation(self):
         for variant in ("SSC", "MGD", "GEC", "EEC"):
@@ -82,10 +155,130 @@ class Check(unittest.TestCase):
                          "gridkit: .*: corner 1 lies 1[01][0-9][0-9].[0-9] m from its pixel")
         self.assertIn(b"corner 4", done.stdout, "the table is complete")
 
+    def changed(self, name, change, variant="SSC"):
+        """A product whose annotation `change` has altered."""
+        annotation = simulate(name, "--variant", variant)
+        annotation.write_text(change(annotation.read_text()))
+        return annotation
+
+    def test_an_error_in_range_is_told(self):
+        # The height that is solved for takes it up; the annotated range times of the points do not.
+        later = 50 * 2 / 299792458
+
+        def shift(content):
+            first = re.search("<firstPixel>([^<]*)<", content)
+            return (content[:first.start(1)] + f"{float(first[1]) + later:.17E}" + content[first.end(1):])
+
+        annotation = self.changed("ranges", shift)
+        done = run(GRIDKIT, "locate", "--json", annotation, "--check", status=1)
+        for point in json.loads(done.stdout):
+            self.assertAlmostEqual(50, point["slantRange"], delta=0.01)
+            self.assertLess(abs(point["azimuthTime"]), 5e-6)
+            self.assertLess(abs(point["along"]) + abs(point["across"]), 0.5, "invisible on the ground")
+        names = ["centre"] + [f"corner {i}" for i in range(1, 5)]
+        self.assertEqual([f"gridkit: {annotation}: {name}: its pixel's slant range is +50.0 m off the annotated "
+                          "rangeTime" for name in names], done.stderr.decode().splitlines())
+
+    def test_an_error_in_time_is_told(self):
+        def shift(content):
+            place = re.search("<sceneCornerCoord>.*?<azimuthTimeUTC>[^<]*:([0-9.]*)Z?<", content, re.S)
+            return (content[:place.start(1)] + f"{(float(place[1]) + 0.002) % 60:09.6f}" + content[place.end(1):])
+
+        annotation = self.changed("times", shift)
+        done = run(GRIDKIT, "locate", "--json", annotation, "--check", status=1)
+        self.assertAlmostEqual(-0.002, json.loads(done.stdout)[1]["azimuthTime"], delta=5e-6)
+        self.assertRegex(done.stderr.decode(),
+                         f"^gridkit: {re.escape(str(annotation))}: corner 1: its pixel's time is -[12][09][09][0-9] us off "
+                         "the annotated azimuthTimeUTC\n$")
+
+    def test_times_and_ranges_agree_to_the_precision_of_the_model(self):
+        for variant in ("SSC", "MGD"):
+            for point in locate(simulate("agree", "--variant", variant), "--check"):
+                # Seconds of the day in single precision, 2 microseconds each; MGD's polynomial is a fit.
+                self.assertLess(abs(point["azimuthTime"]), 5e-6)
+                self.assertLess(abs(point["slantRange"]), 0.02)
+        on_a_map = locate(simulate("agree", "--variant", "GEC"), "--check")
+        self.assertEqual({(None, None)}, {(p["azimuthTime"], p["slantRange"]) for p in on_a_map})
+
+    def test_every_heading_tells_its_unit(self):
+        radar, maps = (text(GRIDKIT, "locate", simulate("heads", "--variant", v), "--check").splitlines()
+                       for v in ("SSC", "GEC"))
+        self.assertEqual("point line sample latitude, deg longitude, deg height, m along, m across, m at average "
+                         "height, m time, us range, m", " ".join(radar[1].split()))
+        self.assertEqual("point line sample latitude, deg longitude, deg north, m east, m", " ".join(maps[0].split()))
+
     def test_points_without_a_pixel_are_nothing_to_check(self):
         annotation = simulate("nopixels", "--profile", "minimal")
         self.assertIn("its centre and corner coordinates name no row and column to check",
                       complaint(GRIDKIT, "locate", annotation, "--check"))
+
+
+class RationalModels(unittest.TestCase):
+    OFFSETS = [f"{name}_{part}" for part in ("OFF", "SCALE") for name in ("LINE", "SAMP", "LAT", "LONG", "HEIGHT")]
+    COEFFICIENTS = [f"{name}_{part}_COEFF" for name in ("LINE", "SAMP") for part in ("NUM", "DEN")]
+    QUALITY = ["ERR_LINE", "ERR_SAMP", "MIN_HEIGHT", "MAX_HEIGHT"]
+
+    def test_gdal_places_the_targets_by_them(self):
+        """The way of a user: coefficients in the file that GDAL looks for beside an image."""
+        for variant, options in (("SSC", ()), ("MGD", ("--start-with", "LATEAZFARRG")),
+                                 ("SSC", ("--centre", "-16.8,179.99", "--look", "left"))):
+            with self.subTest(variant=variant, options=options):
+                annotation = simulate("rpc", "--variant", variant, *options, lines=900, samples=700)
+                image = FOLDER / "image.tif"
+                run(GRIDKIT, "read", annotation, "X_HH_MAGNITUDE_1", image, "--overwrite")
+                (FOLDER / "image_RPC.TXT").write_text(text(GRIDKIT, "locate", "--rpc", annotation))
+                document = locate(annotation, "--rpc")
+                domain = described(image)["metadata"]["RPC"]
+                for name in self.OFFSETS:
+                    self.assertEqual(document[name], float(domain[name]), name)
+                for name in self.COEFFICIENTS:
+                    self.assertEqual(document[name], [float(c) for c in domain[name].split()], name)
+                targets = truth(annotation)["targets"]
+                lines = "\n".join(f"{t['longitude']!r} {t['latitude']!r} {t['height']!r}" for t in targets)
+                done = subprocess.run(["gdaltransform", "-rpc", "-i", str(image)], input=lines.encode(),
+                                      capture_output=True, check=True)
+                places = [tuple(map(float, line.split())) for line in done.stdout.decode().splitlines()]
+                for target, (x, y, _) in zip(targets, places):
+                    # GDAL counts pixels by their corners.
+                    self.assertAlmostEqual(target["sample"] + 0.5, x, delta=0.02)
+                    self.assertAlmostEqual(target["line"] + 0.5, y, delta=0.02)
+
+    def test_json_has_them_by_gdals_names(self):
+        document = locate(simulate("names"), "--rpc")
+        self.assertEqual(set(self.OFFSETS + self.COEFFICIENTS + self.QUALITY), set(document))
+        for name in self.COEFFICIENTS:
+            self.assertEqual(20, len(document[name]))
+        self.assertEqual((-500, 9000), (document["MIN_HEIGHT"], document["MAX_HEIGHT"]))
+        self.assertEqual(((300 - 1) / 2, (260 - 1) / 2), (document["LINE_OFF"], document["SAMP_OFF"]))
+        self.assertLess(document["ERR_LINE"], 0.01)
+        self.assertLess(document["ERR_SAMP"], 0.01)
+
+    def test_heights_can_be_asked_for(self):
+        document = locate(simulate("heights"), "--rpc", "--heights", -10, 90)
+        self.assertEqual((-10, 90), (document["MIN_HEIGHT"], document["MAX_HEIGHT"]))
+        self.assertEqual((40, 50), (document["HEIGHT_OFF"], document["HEIGHT_SCALE"]))
+
+    def test_a_model_that_misses_its_goal_is_told(self):
+        annotation = simulate("misses", "--incidence", 16, "--empty-images", lines=4000, samples=16000)
+        done = run(GRIDKIT, "locate", "--rpc", "--json", annotation, "--heights", -500, 100000)
+        self.assertGreater(json.loads(done.stdout)["ERR_SAMP"], 0.01)
+        self.assertRegex(done.stderr.decode(),
+                         f"^gridkit: warning: {re.escape(str(annotation))}: the rational model is off by up to [^ ]* lines "
+                         "and [^ ]* samples, more than 0.01 pixel\n$")
+
+    def test_an_image_on_a_map_has_none(self):
+        annotation = simulate("maprpc", "--variant", "GEC")
+        self.assertEqual(f"gridkit: {annotation}: an image on a map has a map and no sensor model to fit\n",
+                         complaint(GRIDKIT, "locate", annotation, "--rpc"))
+
+    def test_wrong_use_exits_with_two(self):
+        annotation = simulate("rpcuse")
+        for arguments in (("--rpc", 1, 2), ("--rpc", "--check"), ("--rpc", "--ground", 1, 2, 3), ("--rpc", "--strict"),
+                          ("--heights", 1, 2), ("--rpc", "--heights", 1)):
+            run(GRIDKIT, "locate", annotation, *arguments, status=2)
+        for said, arguments in (("--heights: the lowest comes first, then the highest", ("--heights", 9, 9)),
+                                ("--heights: must be a finite number", ("--heights", 0, "inf"))):
+            self.assertIn(said, complaint(GRIDKIT, "locate", annotation, "--rpc", *arguments, status=2))
 
 
 class Refusals(unittest.TestCase):
@@ -95,8 +288,26 @@ class Refusals(unittest.TestCase):
                           ("--check", "--ground", 1, 2, 3), (1, 2, "--ground", 1, 2, 3)):
             run(GRIDKIT, "locate", annotation, *arguments, status=2)
 
+    def test_numbers_that_are_no_places_are_wrong_use(self):
+        annotation = simulate("numbers")
+        for said, arguments in (("LINE: must be a finite number", ("nan", 1)),
+                                ("SAMPLE: must be a finite number", (1, "inf")),
+                                ("--height: must be a finite number", (1, 2, "--height", "nan")),
+                                ("--ground: must be a finite number", ("--ground", 1, "nan", 2)),
+                                ("--ground: a latitude lies between -90 and 90 degrees", ("--ground", 90.001, 1, 2)),
+                                ("--ground: a latitude lies between -90 and 90 degrees", ("--ground", -91, 1, 2)),
+                                ("--ground: a longitude lies between -360 and 360 degrees",
+                                 ("--ground", 1, 361, 2))):
+            with self.subTest(arguments):
+                self.assertIn(said, complaint(GRIDKIT, "locate", annotation, *arguments, status=2))
+        eastward = locate(annotation, "--ground", 48.08, 11.28, 600)
+        self.assertAlmostEqual(eastward["line"], locate(annotation, "--ground", 48.08, 371.28 - 720, 600)["line"],
+                               delta=1e-6)
+
     def test_places_out_of_sight(self):
         annotation = simulate("sight")
+        self.assertEqual(f"gridkit: {annotation}: that place lies on the far side of the Earth\n",
+                         complaint(GRIDKIT, "locate", annotation, "--ground", -48, -169, 0))
         self.assertEqual(
             f"gridkit: {annotation}: the satellite does not come abeam of that place within its state "
             "vectors\n", complaint(GRIDKIT, "locate", annotation, "--ground", -30, 11, 0))
@@ -119,8 +330,7 @@ class RealAnnotations(unittest.TestCase):
         if not files:
             self.skipTest("none at hand")
         for file in files:
-            copy = text(SIMULATE, "--images-for", file, FOLDER / "real").strip()
-            for point in locate(copy, "--check"):
+            for point in locate(file, "--check"):
                 # The centre's row and column are rounded to whole ones, by some lines.
                 limit = 5 if point["point"] == "centre" else 2
                 self.assertLess((point["along"]**2 + point["across"]**2)**0.5, limit, (file, point))

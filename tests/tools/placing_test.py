@@ -32,15 +32,15 @@ class ControlPoints(unittest.TestCase):
     def test_are_a_grid_over_the_whole_window(self):
         product = simulate("grid", lines=301, samples=260)
         for options in ((), ("-f", "COG")):
-            output = read(product, FOLDER / "grid.tif", "--window", 10, 20, 180, 270, "--overwrite",
+            output = read(product, FOLDER / "grid.tif", "--window", 10, 20, 182, 266, "--overwrite",
                           *options)
             points = described(output)["gcps"]["gcpList"]
-            self.assertEqual([(20 * c, 30 * r) for r in range(10) for c in range(10)],
+            self.assertEqual([(13 * c, 19 * r) for r in range(15) for c in range(15)],
                              [(p["pixel"], p["line"]) for p in points])
             self.assertEqual({600}, {p["z"] for p in points})
             self.assertIn("at 600 m above WGS 84", metadata(output)["CONTROL_POINTS"])
             # The very places that `locate` gives, for pixels counted by their centres.
-            for point in points[::33]:
+            for point in points[::56]:
                 done = run(GRIDKIT, "locate", "--json", product, point["line"] + 20 - 0.5,
                            point["pixel"] + 10 - 0.5)
                 place = json.loads(done.stdout)
@@ -66,6 +66,19 @@ class ControlPoints(unittest.TestCase):
             self.assertEqual(9, len(targets))
             self.assertLess(max(misses(output, targets)), plain)
             self.assertLess(max(misses(output, targets, "-order", 3)), cubic)
+            output.unlink()
+
+    def test_place_long_scenes_with_a_cubic_but_not_with_a_thin_plate(self):
+        # 50 km along the track. A thin plate bends to every point, a cubic is what the geometry is like.
+        for variant, cubic in (("SSC", 0.08), ("MGD", 0.03)):
+            product = simulate("long", "--variant", variant, "--empty-images", "--targets", 25, lines=26000,
+                               samples=10000)
+            output = read(product, FOLDER / "long.tif", "--overwrite")
+            targets = truth(product)["targets"]
+            self.assertEqual(25, len(targets))
+            with_cubic = max(misses(output, targets, "-order", 3))
+            self.assertLess(with_cubic, cubic, variant)
+            self.assertGreater(max(misses(output, targets, "-tps")), 10 * with_cubic, variant)
             output.unlink()
 
     def test_stay_together_over_the_date_line(self):

@@ -38,10 +38,18 @@ def simulate(name, *options, lines=300, samples=260):
     return Path(printed.strip())
 
 
+def cut(annotation, lines, samples=260):
+    """Ends a product's complex image, of lines of that many samples, after some of its lines."""
+    image = next((annotation.parent / "IMAGEDATA").iterdir())
+    # Four records of annotation and one a line, each of two words and the samples, 4 bytes each.
+    os.truncate(image, 4 * (4 + lines) * (2 + samples))
+    return annotation
+
+
 def real_annotations():
     """Annotations of real products, where some are at hand: TSX_REAL_ANNOTATIONS names their folder."""
     folder = os.environ.get("TSX_REAL_ANNOTATIONS")
-    return sorted(Path(folder).glob("*.xml")) if folder else []
+    return sorted(Path(folder).glob("T?X*.xml")) if folder else []
 
 
 def main():

@@ -131,6 +131,19 @@ class Stretch(unittest.TestCase):
                 self.assertAlmostEqual(min(255, 85 * value / mean), seen, delta=1)
 
 
+def missing_lines(done):
+    """The image's lines that a reading told to be without data, and those told to be out of reach."""
+    result = []
+    for reason in ("without data", "that cannot be reached"):
+        told = re.search(f"lines of the image {reason}, in part or in whole: (.*)", done.stderr.decode())
+        lines = []
+        for part in told[1].split(", ") if told else ():
+            first, _, last = part.partition("-")
+            lines += range(int(first), int(last or first) + 1)
+        result.append(lines)
+    return result
+
+
 class Existing(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -300,14 +313,27 @@ class NoData(unittest.TestCase):
         self.assertTrue(all(math.isnan(v) for line in pixels(output, "Float32") for v in line),
                         "0 has no logarithm")
 
+    def test_no_block_size_loses_a_line(self):
+        product = simulate("prime", lines=293)  # a prime: no grid of blocks ends where the image does
+        image = next((product.parent / "IMAGEDATA").iterdir()).read_bytes()
+        output = FOLDER / "prime.tif"
+        self.assertEqual("", run(GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", output).stderr.decode())
+        last = struct.unpack_from(f">{2 * SAMPLES}h", image, 4 * ((4 + 292) * (2 + SAMPLES) + 2))
+        self.assertLess(max(map(abs, last)), 1000, "beyond, roots in 32 bits may differ from these")
+        self.assertEqual(tuple(math.floor(math.hypot(*last[2 * s:2 * s + 2])) for s in range(SAMPLES)),
+                         pixels(output, "UInt16")[292])
+
     def test_lines_without_data_are_told_and_marked(self):
-        product = simulate("prime", lines=293)  # a prime: no block size reaches the end of its last line
+        product = simulate("gap", lines=293)
+        image = next((product.parent / "IMAGEDATA").iterdir())
+        held = 100  # samples of the last line
+        os.truncate(image, 4 * ((4 + 292) * (2 + SAMPLES) + 2 + held))
         warning = "gridkit: warning: {}: lines of the image without data, in part or in whole: 292\n"
         for name, kind in (("gap.tif", "UInt16"), ("gapc.tif", "UInt16"), ("gap.img", "UInt16")):
             output = FOLDER / name
             options = ("-f", "COG") if name == "gapc.tif" else ()
             done = run(GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", output, *options)
-            self.assertEqual(warning.format(output), done.stderr.decode())
+            self.assertTrue(done.stderr.decode().endswith(warning.format(output)), done.stderr)
             self.assertEqual(0, described(output)["bands"][0]["noDataValue"])
             if not name.endswith(".img"):
                 self.assertEqual("292", metadata(output)["LINES_WITHOUT_DATA"])
@@ -315,10 +341,9 @@ class NoData(unittest.TestCase):
         output = FOLDER / "gap_b.tif"
         run(GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", output, "--calibrate", "beta0")
         brightness = pixels(output, "Float32")
-        missing = [column for column, number in enumerate(numbers[292]) if number == 0]
-        self.assertTrue(missing)
+        self.assertEqual({0}, {*numbers[292][held:]})
         for column, value in enumerate(brightness[292]):
-            self.assertEqual(column in missing, math.isnan(value), column)
+            self.assertEqual(column >= held or numbers[292][column] == 0, math.isnan(value), column)
         for line in brightness[:292]:
             self.assertFalse(any(map(math.isnan, line)))
 
@@ -343,9 +368,9 @@ class CutImage(unittest.TestCase):
                 with self.subTest(place=place, layer=layer):
                     output = FOLDER / "cut.tif"
                     done = run(GRIDKIT, "read", product, layer, output, "--overwrite")
-                    told = [line for line in done.stderr.decode().splitlines() if "without data" in line]
-                    self.assertEqual([f"gridkit: warning: {output}: lines of the image without data, "
-                                      f"in part or in whole: {lines}-299"], told)
+                    self.assertEqual([*range(lines, 300)], sorted(sum(missing_lines(done), [])))
+                    without_data, _ = missing_lines(done)
+                    self.assertEqual(299, without_data[-1])
                     seen = pixels(output, kind)
                     self.assertEqual(expected[layer][:lines], seen[:lines])
                     self.assertEqual(expected[layer][lines][:columns], seen[lines][:columns])
@@ -359,7 +384,8 @@ class CutImage(unittest.TestCase):
         for window, missing in (((7, 70, 100, 90), "150-159"), ((100, 140, 60, 20), "149-159")):
             output = FOLDER / "cut_window.tif"
             done = run(GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", output, "--overwrite", "--window", *window)
-            self.assertTrue(done.stderr.decode().endswith(f"in part or in whole: {missing}\n"), done.stderr)
+            self.assertTrue(done.stderr.decode().endswith(f"without data, in part or in whole: {missing}\n"),
+                            done.stderr)
             left, top, width, _ = window
             held = int(missing.split("-")[0]) - top
             self.assertEqual([line[left:left + width] for line in whole[top:top + held]],

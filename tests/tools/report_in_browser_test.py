@@ -160,6 +160,47 @@ class InABrowser(unittest.TestCase):
         self.assertQuiet()
 
 
+class Failures(unittest.TestCase):
+    """Of the browser and its driver: what they said is told."""
+
+    def fails(self, script):
+        driver = FOLDER / "driver"
+        driver.write_text(f"#!{sys.executable}\n{script}")
+        driver.chmod(0o755)
+        with self.assertRaises(AssertionError) as failure:
+            with Browser(FOLDER / "failing", str(driver)):
+                pass
+        return str(failure.exception)
+
+    def test_a_driver_that_does_not_start_is_quoted(self):
+        self.assertIn("did not start. It said:\nno library x\n", self.fails("print('no library x')"))
+
+    def test_a_driver_that_is_not_there_is_named(self):
+        with self.assertRaisesRegex(AssertionError, "/none cannot be started: .*No such file"):
+            with Browser(FOLDER / "failing", "/none"):
+                pass
+
+    def test_what_a_refusing_driver_answers_is_told_with_its_log(self):
+        message = self.fails("""
+import http.server, sys
+log = next(a for a in sys.argv if a.startswith("--log-path=")).split("=", 1)[1]
+class Refusal(http.server.BaseHTTPRequestHandler):
+    def do_POST(self):
+        self.rfile.read(int(self.headers["Content-Length"]))
+        self.send_response(500)
+        self.end_headers()
+        self.wfile.write(b'{"value": {"message": "the browser crashed"}}')
+    def log_message(self, *_):
+        pass
+server = http.server.HTTPServer(("127.0.0.1", 0), Refusal)
+open(log, "w").write("missing: libnss3.so")
+print("started successfully on port", server.server_port, flush=True)
+server.handle_request()
+""")
+        for words in ("HTTP Error 500", "the browser crashed", "missing: libnss3.so"):
+            self.assertIn(words, message)
+
+
 if __name__ == "__main__":
     FOLDER.mkdir(parents=True, exist_ok=True)
     unittest.main(argv=sys.argv[:1])

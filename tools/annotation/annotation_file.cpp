@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 #include "lmx/byte_sources.h"
 #include "plugin/recognition_texts.h"
@@ -15,13 +16,9 @@ constexpr std::size_t longest_line = 254;  // its end included; the rest counts 
 // The first bytes of a file, as many as seven lines can have.
 std::string head_of(const std::string& path) {
   std::array<char, version_line * longest_line> head{};
-  lmx::file_source file(path.c_str());
-  std::size_t size = 0;
-  for (std::ptrdiff_t got = 1; got > 0 && size < head.size();) {
-    got = file.read(head.data() + size, head.size() - size);
-    if (got > 0) size += static_cast<std::size_t>(got);
-  }
-  return {head.data(), size};
+  lmx::FileSource file(path.c_str());
+  const std::ptrdiff_t got = file.read(0, head);
+  return {head.data(), static_cast<std::size_t>(std::max<std::ptrdiff_t>(got, 0))};
 }
 
 // The first lines as the plug-in's recognition reads them: a zero byte ends a line's text. Those
@@ -44,6 +41,15 @@ bool contains(const std::string& line, const char* text) {
   return line.find(text) != std::string::npos;
 }
 
+// The satellite that the fourth line names, empty for one of another family.
+std::string mission_in(const std::string& line) {
+  if (contains(line, mission_text)) return mission_text;
+  for (const char* sister : sister_mission_texts) {
+    if (contains(line, sister)) return sister;
+  }
+  return {};
+}
+
 }  // namespace
 
 VersionLine read_version_line(const std::string& path) {
@@ -58,6 +64,17 @@ VersionLine read_version_line(const std::string& path) {
 
 bool is_recognised(const std::string& path) {
   const auto lines = first_lines_of(path);
-  return contains(lines[2], product_level_text) && contains(lines[3], mission_text) &&
+  return contains(lines[2], product_level_text) && !mission_in(lines[3]).empty() &&
          !lines.back().empty();
+}
+
+std::string what_several_are(const std::vector<std::filesystem::path>& annotations) {
+  std::set<std::string> missions;
+  for (const auto& annotation : annotations) {
+    missions.insert(mission_in(first_lines_of(annotation.string())[3]));
+  }
+  const bool is_pair =
+      annotations.size() == 2 && missions == std::set<std::string>{mission_text, "TDX-1"};
+  return is_pair ? "a pair of products, of TSX-1 and TDX-1, as bistatic acquisitions have them"
+                 : "several products";
 }

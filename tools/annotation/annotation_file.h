@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,8 +23,13 @@ struct VersionLine {
 // Looks at the first seven lines only. A file that cannot be read has no version text.
 VersionLine read_version_line(const std::string& path);
 
-// Whether a host takes the file for an annotation, by its first seven lines.
+// Whether a host that takes sister satellites takes the file for an annotation, by its first seven
+// lines.
 bool is_recognised(const std::string& path);
+
+// What several annotations of one folder are, in words: "a pair of products, ..." where two
+// satellites took them together, else "several products".
+std::string what_several_are(const std::vector<std::filesystem::path>& annotations);
 
 // Calls `visit` with an empty document root of the schema ("3.4", "3.5" or "4.0").
 template <class Visitor>

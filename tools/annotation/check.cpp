@@ -9,25 +9,48 @@
 #include "gridkit/os_error.h"
 #include "plugin/required_texts.h"
 #include "tools/annotation/annotation_file.h"
+#include "tools/annotation/fault_collector.h"
 
-std::string CheckResult::text() const {
+namespace {
+
+std::string placed(const std::string& file, std::uint64_t line, std::uint64_t column,
+                   const std::string& path, const std::string& message) {
   std::string text = file;
   if (line > 0) text += ':' + std::to_string(line) + ':' + std::to_string(column);
   if (!path.empty()) text += ": " + path;
   return text + ": " + message;
 }
 
-CheckResult check_annotation(const std::string& path, const std::optional<std::string>& schema) {
+}  // namespace
+
+std::string CheckResult::text() const {
+  return placed(file, line, column, path, message);
+}
+
+std::string CheckResult::text_of(const lmx::Diagnostic& fault) const {
+  return placed(file, fault.line, fault.column, fault.path, fault.message());
+}
+
+CheckResult check_annotation(const std::string& path, const std::optional<std::string>& schema,
+                             Faults wanted) {
   const VersionLine version = read_version_line(path);
-  CheckResult result{path, version.text, schema.value_or(version.schema), 0, {}, {}, 0, 0, {}};
+  CheckResult result;
+  result.file = path;
+  result.version = version.text;
+  result.schema = schema.value_or(version.schema);
   lmx::c_xml_reader_file reader(path.c_str());
   if (!reader.is_open()) {
     result.error = lmx::error_cannot_open;
     result.message = lmx::meaning(lmx::error_cannot_open);
     return result;
   }
-  result.error = with_root(result.schema, [&](auto& root) { return root.unmarshal(reader); });
-  if (const lmx::diagnostic* fault = reader.diagnostic(); fault != nullptr) {
+  FaultCollector collector;
+  if (wanted == Faults::all) collector.watch(reader);
+  with_root(result.schema, [&](auto& root) { return root.unmarshal(reader); });
+  result.faults = collector.faults();
+  result.ends_early = !collector.saw_all();
+  if (const lmx::Diagnostic* fault = reader.diagnostic(); fault != nullptr) {
+    result.error = fault->code;
     result.name = fault->name;
     result.path = fault->path;
     result.line = fault->line;

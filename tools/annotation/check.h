@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "lmx/diagnostic.h"
+
 // The result of binding an annotation strictly.
 struct CheckResult {
   std::string file;
@@ -17,13 +19,21 @@ struct CheckResult {
   std::uint64_t column = 0;
   std::string message;  // one sentence
 
+  // With every fault asked for: all that could be told, the first of which is the one above, and
+  // whether the rest of the document could not be looked at.
+  std::vector<lmx::Diagnostic> faults;
+  bool ends_early = false;
+
   // "FILE:LINE:COLUMN: PATH: MESSAGE", as far as there are such parts.
   std::string text() const;
+  std::string text_of(const lmx::Diagnostic& fault) const;
 };
 
+enum class Faults { first, all };
+
 // Binds the file to the classes of `schema`, or of the schema that its version line asks for.
-CheckResult check_annotation(const std::string& path,
-                             const std::optional<std::string>& schema = {});
+CheckResult check_annotation(const std::string& path, const std::optional<std::string>& schema = {},
+                             Faults wanted = Faults::first);
 
 // The element without which a plug-in cannot open a valid annotation, empty where there is none.
 std::string missing_text(const std::string& path, const std::string& schema);

@@ -39,10 +39,22 @@ std::string bursts_as_text(const CosarHeader& header) {
   return text + (count > most_shown ? ", ... lines" : " lines");
 }
 
+std::string version_as_text(std::uint32_t version) {
+  const std::string number = "version " + std::to_string(version) + " of the format";
+  return version == cosar_half_floats ? "half-precision floats, " + number : number;
+}
+
 class Check {
  public:
   Check(const std::string& path, const AnnotatedImages& annotated)
       : path_(path), annotated_(annotated) {}
+
+  // Whether the samples are what readers of the format know.
+  void with_format(const CosarBurst& burst, const std::string& which) {
+    if (burst.version == cosar_integers) return;
+    add(std::string(sample_type_fact) + which, version_as_text(burst.version),
+        "16-bit integers, version 1", Authority::format);
+  }
 
   // Whether the annotation has the file right.
   void with_annotation(const CosarHeader& header) {
@@ -126,10 +138,15 @@ std::vector<ImageFinding> check_cosar(const std::string& path, const CosarHeader
     check.mark(header);
     return check.take();
   }
+  const auto in_burst = [&](std::size_t i) {
+    return header.bursts.size() == 1 ? "" : " of burst " + std::to_string(i + 1);
+  };
+  for (std::size_t i = 0; i < header.bursts.size(); ++i) {
+    check.with_format(header.bursts[i], in_burst(i));
+  }
   check.with_annotation(header);
   for (std::size_t i = 0; i < header.bursts.size(); ++i) {
-    const bool only = header.bursts.size() == 1;
-    check.with_itself(header.bursts[i], only ? "" : " of burst " + std::to_string(i + 1));
+    check.with_itself(header.bursts[i], in_burst(i));
   }
   check.with_file(header, file_bytes);
   return check.take();

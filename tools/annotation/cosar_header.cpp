@@ -55,6 +55,7 @@ CosarHeader read_cosar_header(std::istream& file, std::uint64_t file_bytes) {
     burst.lines = word(bytes, 3);
     burst.record_bytes = word(bytes, 5);
     burst.records = word(bytes, 6);
+    burst.version = word(bytes, 8);
     header.bursts.push_back(burst);
     header.end = sum(header.end, burst.bytes());
     if (burst.bytes() < header_bytes) break;

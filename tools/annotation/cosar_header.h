@@ -9,12 +9,14 @@
 // one width: four of annotation, the first of which is read here, then one a line. The first
 // record begins with twelve words, big-endian: bytes in the burst (the low 32 bits of the count),
 // relative index of the first range sample, range samples, azimuth lines, the burst's number,
-// bytes of a record, records, the letters "CSAR", the format's version, and more that nobody needs
-// here.
+// bytes of a record, records, the letters "CSAR", the format's version, which tells the type of the
+// samples, and more that nobody needs here.
 
 inline constexpr std::uint32_t cosar_annotation_records = 4;
 inline constexpr std::uint32_t cosar_head_samples = 2;  // words ahead of a line's samples
 inline constexpr std::uint32_t cosar_sample_bytes = 4;  // 16 bits of I, 16 bits of Q
+inline constexpr std::uint32_t cosar_integers = 1;      // version whose samples are integers
+inline constexpr std::uint32_t cosar_half_floats = 2;   // and that of half-precision floats
 
 // Bytes of a record that holds this many samples and nothing more.
 constexpr std::uint64_t cosar_record_bytes(std::uint64_t samples) {
@@ -27,6 +29,7 @@ struct CosarBurst {
   std::uint32_t lines = 0;
   std::uint32_t record_bytes = 0;
   std::uint32_t records = 0;
+  std::uint32_t version = 0;  // such as cosar_integers
 
   std::uint64_t bytes() const { return std::uint64_t{record_bytes} * records; }
 };

@@ -3,6 +3,9 @@
 #include <string>
 #include <string_view>
 
+// What a finding concerns that makes every pixel of an image wrong.
+inline constexpr std::string_view sample_type_fact = "sample type";
+
 // One fact of a product's image files that is not what it should be.
 struct ImageFinding {
   // Whose word `expected` is: the annotation's, that of the image file's own header, or what every

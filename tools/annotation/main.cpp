@@ -1,6 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
@@ -18,13 +16,15 @@
 #include "tools/annotation/rewrite.h"
 #include "tools/annotation/view.h"
 #include "tools/command_line/existing_output.h"
+#include "tools/command_line/exit_status.h"
 #include "tools/command_line/help.h"
 #include "tools/command_line/product_path.h"
+#include "tools/command_line/program.h"
+#include "tools/command_line/terminal.h"
 
 namespace {
 
-constexpr int refused = 1;
-constexpr int wrong_use = 2;
+constexpr const char* program = "tsx-annotation";
 
 nlohmann::ordered_json as_json(const CheckResult& result) {
   nlohmann::ordered_json json;
@@ -61,8 +61,30 @@ nlohmann::ordered_json images_as_json(const std::vector<CheckedImage>& images) {
   return list;
 }
 
-std::string dump(const nlohmann::ordered_json& json) {
-  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+nlohmann::ordered_json faults_as_json(const CheckResult& result) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const lmx::Diagnostic& fault : result.faults) {
+    list.push_back({{"error", static_cast<int>(fault.code)},
+                    {"name", fault.name},
+                    {"path", fault.path},
+                    {"line", fault.line},
+                    {"column", fault.column},
+                    {"message", fault.message()}});
+  }
+  return list;
+}
+
+// Tells what is wrong with a refused file, one line a fault.
+void print_faults(const CheckResult& result) {
+  if (result.faults.empty()) complain(program, result.text());
+  for (const lmx::Diagnostic& fault : result.faults) complain(program, result.text_of(fault));
+  if (result.ends_early) {
+    complain(program, result.file + ": what follows the last fault could not be checked");
+  }
+}
+
+std::string dump(const nlohmann::ordered_json& json, int indent = 2) {
+  return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 constexpr const char* footer =
@@ -70,6 +92,7 @@ constexpr const char* footer =
 
 Examples:
   tsx-annotation check PRODUCT...                    whether the annotations are valid
+  tsx-annotation check --all PRODUCT                 every fault of one
   tsx-annotation check --images PRODUCT              and the image files with them
   tsx-annotation view PRODUCT                        what the plug-in reads of it
   tsx-annotation rewrite PRODUCT again.xml           written anew from what was read
@@ -86,6 +109,7 @@ struct Options {
   std::string schema;
   bool json = false;
   bool images = false;
+  bool all = false;
   bool overwrite = false;
 
   std::optional<std::string> chosen_schema() const {
@@ -94,21 +118,29 @@ struct Options {
 };
 
 // The annotation itself, from what the user gave. What else is wrong with a file is told when it is
-// read. Throws gridkit::Error for a folder that does not tell one product.
+// read. Throws gridkit::Error for a folder that does not tell one product, and for a packed
+// product.
 std::string annotation_of(const std::string& given) {
   std::error_code ignored;
-  if (!std::filesystem::is_directory(given, ignored)) return given;
-  return find_product(given, {[](const auto& file) { return has_ending(file, ".xml"); },
-                              [](const auto& file) { return is_recognised(file.string()); }});
+  if (!std::filesystem::is_directory(given, ignored)) {
+    if (std::filesystem::exists(given, ignored)) refuse_packed(given);
+    return given;
+  }
+  return find_product(
+      given, {[](const auto& file) { return has_ending(file, ".xml"); },
+              [](const auto& file) { return is_recognised(file.string()); }, what_several_are});
 }
 
 // The same for one of several, of which the others are still to be told.
 CheckResult check_given(const std::string& given, const Options& options) try {
-  return check_annotation(annotation_of(given), options.chosen_schema());
+  return check_annotation(annotation_of(given), options.chosen_schema(),
+                          options.all ? Faults::all : Faults::first);
 } catch (const gridkit::Error& error) {
-  CheckResult folder = check_annotation(given, options.chosen_schema());
-  folder.message = std::string(error.what()).substr(given.size() + 2);  // behind the path
-  return folder;
+  CheckResult refused = check_annotation(given, options.chosen_schema());
+  refused.path.clear();
+  refused.line = refused.column = 0;
+  refused.message = std::string(error.what()).substr(given.size() + 2);  // after the path
+  return refused;
 }
 
 // Compares the images of a valid annotation; adds what was found to `json`. Whether they can be
@@ -117,8 +149,7 @@ bool check_its_images(const CheckResult& valid, bool as_text, nlohmann::ordered_
   const auto check = check_images(valid.file, valid.schema);
   if (!check) throw std::runtime_error(valid.file + ": changed while it was read");
   for (const ImageFinding& finding : check->findings) {
-    std::cerr << "tsx-annotation: " << (finding.serious ? "" : "warning: ") << finding.line()
-              << '\n';
+    (finding.serious ? complain : warn)(program, finding.line());
   }
   json["images"] = images_as_json(check->images);
   json["findings"] = findings_as_json(check->findings);
@@ -137,8 +168,9 @@ int check(const Options& options) {
   for (const std::string& file : options.files) {
     const CheckResult result = check_given(file, options);
     nlohmann::ordered_json json = as_json(result);
+    if (options.all) json["faults"] = faults_as_json(result);
     if (result.error != 0) {
-      std::cerr << "tsx-annotation: " << result.text() << '\n';
+      print_faults(result);
       all_good = false;
     } else {
       if (!options.json) {
@@ -150,7 +182,7 @@ int check(const Options& options) {
     list.push_back(std::move(json));
   }
   if (options.json) std::cout << dump(list) << '\n';
-  return all_good ? 0 : refused;
+  return all_good ? exit_done : exit_refused;
 }
 
 // A valid annotation and its schema. Throws gridkit::Error otherwise.
@@ -167,8 +199,10 @@ int view(const Options& options) {
     std::cout << dump(values) << '\n';
     return 0;
   }
+  const bool is_complex = values["imageDataFormat"] == "COSAR";
   for (const auto& [accessor, value] : values.items()) {
-    std::cout << accessor << ": " << value.dump() << '\n';
+    const std::string unit = unit_of(accessor, is_complex);
+    std::cout << accessor << ": " << dump(value, -1) << (unit.empty() ? "" : " ") << unit << '\n';
   }
   return 0;
 }
@@ -181,8 +215,8 @@ int rewrite(const Options& options) {
 }
 
 int run(int argc, char** argv) {
-  CLI::App app("Checks, shows and rewrites TerraSAR-X Level 1B annotations", "tsx-annotation");
-  shape_help(app);
+  CLI::App app("Checks, shows and rewrites TerraSAR-X Level 1B annotations", program);
+  begin_program(app);
   app.require_subcommand(1);
   Options options;
   const auto add_schema = [&](CLI::App* command) {
@@ -196,6 +230,7 @@ int run(int argc, char** argv) {
       ->add_option("PRODUCT", options.files, "Products: their annotations (.xml) or their folders")
       ->required();
   check_command->add_flag("--json", options.json, "As JSON on standard output");
+  check_command->add_flag("--all", options.all, "List every fault that can be told, not the first");
   check_command->add_flag("--images", options.images,
                           "Compare the image files' headers with the annotation too");
   add_schema(check_command);
@@ -215,21 +250,15 @@ int run(int argc, char** argv) {
 
   head_verbs(app);
   app.footer(footer);  // not the verbs' own
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : wrong_use;
-  }
-  if (check_command->parsed()) return check(options);
-  if (view_command->parsed()) return view(options);
-  return rewrite(options);
+  return run_program(app, argc, argv, [&] {
+    if (check_command->parsed()) return check(options);
+    if (view_command->parsed()) return view(options);
+    return rewrite(options);
+  });
 }
 
 }  // namespace
 
-int main(int argc, char** argv) try {
-  return run(argc, argv);
-} catch (const std::exception& error) {
-  std::fprintf(stderr, "tsx-annotation: %s\n", error.what());
-  return refused;
+int main(int argc, char** argv) try { return run(argc, argv); } catch (...) {
+  return tell_refusal(program);
 }

@@ -57,8 +57,15 @@ std::string map_text(const gridkit::MapProjection& projection) {
 }
 
 std::optional<std::string> map_text(const AnnotatedMap& map) {
+  const auto system = map_system(map);
+  if (!system) return std::nullopt;
+  return system->zone == 0 ? ups_text(system->south, system->datum)
+                           : utm_text(system->zone, system->south, system->datum);
+}
+
+std::optional<MapSystem> map_system(const AnnotatedMap& map) {
   const std::string projection = plain(map.projection);
-  if (projection == "UPS") return ups_text(map.centre_latitude < 0, map.datum);
+  if (projection == "UPS") return MapSystem{0, map.centre_latitude < 0, plain(map.datum)};
   if (projection != "UTM") return std::nullopt;
   const std::string zone_text = plain(map.zone);
   int zone = 0;
@@ -67,5 +74,5 @@ std::optional<std::string> map_text(const AnnotatedMap& map) {
   // A place north of the equator has a northing of more than ten million only in a southern zone;
   // one south of it has a positive northing only there.
   const double least = map.centre_latitude < 0 ? 0 : 10000000;
-  return utm_text(zone, map.centre_northing >= least, map.datum);
+  return MapSystem{zone, map.centre_northing >= least, plain(map.datum)};
 }

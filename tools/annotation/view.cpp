@@ -1,5 +1,7 @@
 #include "tools/annotation/view.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <utility>
 
@@ -107,7 +109,38 @@ json collect(Root& root) {
   return view;
 }
 
+struct Unit {
+  std::string_view accessor;
+  std::string_view unit;
+};
+
+constexpr std::array<Unit, 18> units = {{{"sceneStartSecond", "s"},
+                                         {"sceneStopSecond", "s"},
+                                         {"centerFrequency", "Hz"},
+                                         {"projectedSpacingSlantRange", "m"},
+                                         {"projectedSpacingAzimuth", "m"},
+                                         {"rangeSamplingRate", "Hz"},
+                                         {"firstPixelRangeTime", "s"},
+                                         {"sceneAverageHeight", "m"},
+                                         {"firstStateSecond", "s"},
+                                         {"stateVectorTimeSpacing", "s"},
+                                         {"stateVecPosX", "m"},
+                                         {"stateVecPosY", "m"},
+                                         {"stateVecPosZ", "m"},
+                                         {"stateVecVelX", "m/s"},
+                                         {"stateVecVelY", "m/s"},
+                                         {"stateVecVelZ", "m/s"},
+                                         {"slantRangeSpacing", "m"},
+                                         {"slantToGroundCoefficient", "m/s^i"}}};
+
 }  // namespace
+
+std::string unit_of(std::string_view accessor, bool is_complex) {
+  if (accessor == "columnSpacing" || accessor == "rowSpacing") return is_complex ? "s" : "m";
+  const auto found = std::find_if(units.begin(), units.end(),
+                                  [&](const Unit& unit) { return unit.accessor == accessor; });
+  return found == units.end() ? std::string() : std::string(found->unit);
+}
 
 nlohmann::ordered_json view_of(const std::string& path, const std::string& schema) {
   return with_root(schema, [&](auto& root) {

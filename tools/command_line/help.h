@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -35,8 +36,19 @@ void take_one_of(CLI::Option* option, const std::vector<std::pair<std::string, V
   take_one_of(option, names, numbers);
 }
 
-// The option takes a number of the range, both ends included; `name` is what it is called.
+// The option takes a number of the range, both ends included; `name` is what it is called. What is
+// no number is told by the conversion (see parse_words.h).
 template <class Number>
 void take_range(CLI::Option* option, const std::string& name, Number least, Number most) {
-  option->check(CLI::Range(least, most).description(""))->type_name(name);
+  option->type_name(name)->check(CLI::Validator(
+      [least, most](const std::string& given) -> std::string {
+        Number number{};
+        if (!CLI::detail::lexical_cast(given, number) || (number >= least && number <= most)) {
+          return {};
+        }
+        std::ostringstream text;
+        text << '"' << given << "\" is not within " << least << " to " << most;
+        return text.str();
+      },
+      ""));
 }

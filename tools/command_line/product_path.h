@@ -3,11 +3,14 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 // What tells the files by which products are opened from others.
 struct ProductFiles {
   std::function<bool(const std::filesystem::path&)> may_be;         // cheap: by the name alone
   std::function<bool(const std::filesystem::path&)> is_recognised;  // asked of those only
+  // What several of one folder are, in words, such as "several products".
+  std::function<std::string(const std::vector<std::filesystem::path>&)> what_several_are;
 };
 
 // The file by which a product is opened, from what the user gave: that file itself, whatever it is,
@@ -16,8 +19,13 @@ struct ProductFiles {
 //
 // Throws gridkit::Error where the path leads nowhere, cannot be read, or does not tell one product:
 // the message, led by the path and ": ", lists those that could be meant, or what was found
-// instead.
+// instead. A file, or what a folder holds in place of a product, that is still packed (see
+// refuse_packed) is told as that.
 std::string find_product(const std::string& path, const ProductFiles& files);
+
+// Throws gridkit::Error for a file whose name tells that it is a packed product, such as
+// "x.tar.gz", with the command that unpacks it.
+void refuse_packed(const std::string& path);
 
 // Whether the file's name has the ending, such as ".xml", in upper or lower case.
 bool has_ending(const std::filesystem::path& file, const std::string& ending);

@@ -17,6 +17,7 @@ void add_read(CLI::App& app, Action& chosen);
 void add_quicklook(CLI::App& app, Action& chosen);
 void add_data(CLI::App& app, Action& chosen);
 void add_locate(CLI::App& app, Action& chosen);
+void add_samples(CLI::App& app, Action& chosen);
 void add_report(CLI::App& app, Action& chosen);
 
 // What every sub-command says of its product.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "gridkit/record_decoder.h"
+#include "tools/command_line/suggestion.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/print_json.h"
 
@@ -43,12 +45,16 @@ json value_as_json(const gridkit::DecodedField& field) {
       field.value);
 }
 
+// Plug-ins may take other names for the listed ones, or answer for data that a product does not
+// have, so only listed names are asked for.
 gridkit::NonStandardData find(const gridkit::Product& product, const std::string& name) {
-  auto data = product.read_data(name);
-  if (data) return *data;
-  std::string message = product.path() + ": no data of the name \"" + name + '"';
   const auto names = product.data_names();
-  message += names.empty() ? "; it has none" : "; it has";
+  if (std::find(names.begin(), names.end(), name) != names.end()) {
+    if (auto data = product.read_data(name)) return *data;
+  }
+  std::string message =
+      product.path() + ": no data of the name \"" + name + '"' + did_you_mean(name, names);
+  message += names.empty() ? "; it has none" : "\n  the data are";
   for (const std::string& offered : names) message += " " + offered;
   throw gridkit::Error(message);
 }

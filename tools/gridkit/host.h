@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "gridkit/plugin.h"
@@ -15,6 +16,24 @@ struct HostOptions {
   bool debug = false;       // turns the debug channel on
 };
 
+// A product whose annotation is valid but whose images are missing or cannot be read; the text
+// names them, one a line.
+class MissingImages : public gridkit::Error {
+ public:
+  MissingImages(const std::string& sentence, const std::string& calls, std::string format,
+                std::string annotation)
+      : Error(sentence, {}, calls),
+        format_(std::move(format)),
+        annotation_(std::move(annotation)) {}
+
+  const std::string& format() const { return format_; }  // title of the format that recognised it
+  const std::string& annotation() const { return annotation_; }
+
+ private:
+  std::string format_;
+  std::string annotation_;
+};
+
 class Host {
  public:
   // Throws gridkit::Error for a preferences file that is refused, or when no plug-in loads.
@@ -22,9 +41,12 @@ class Host {
 
   const std::vector<std::shared_ptr<gridkit::Plugin>>& plugins() const { return folder_.plugins; }
 
-  // Opens a product, given as the file that its format opens it by or as its folder (see
-  // command_line/product_path.h); its path() is that file. Throws gridkit::Error whose text says
-  // what is wrong with the file and where.
+  // The file that a product's format opens it by, given as that file or as its folder (see
+  // command_line/product_path.h). Throws gridkit::Error.
+  std::string find(const std::string& given) const;
+
+  // Opens a product; its path() is the file that find() gives. Throws gridkit::Error whose sentence
+  // says what is wrong with the file and where, MissingImages for one.
   gridkit::Product open(const std::string& given) const;
 
  private:

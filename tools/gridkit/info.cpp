@@ -2,70 +2,39 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
-#include <optional>
-#include <sstream>
 #include <string>
+#include <vector>
 
+#include "tools/command_line/exit_status.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/print_json.h"
 #include "tools/gridkit/product/image_warning.h"
+#include "tools/gridkit/product/info_json.h"
+#include "tools/gridkit/product/layer_map.h"
+#include "tools/gridkit/product/product_facts.h"
 #include "tools/gridkit/product/product_summary.h"
+#include "tools/gridkit/product/words.h"
 #include "tools/gridkit/terminal/terminal.h"
 
 namespace {
 
-using json = nlohmann::ordered_json;
-
 constexpr const char* footer =
-    R"(Sizes are columns x lines. A name under `layers` is what `gridkit read` takes, one under `data`
-what `gridkit data` takes. With --json come the format, the file, all layers with their blocks and
-map data, and the names of the data.
+    R"(Lines come before samples. A name under `layers` is what `gridkit read` takes, one under `data`
+what `gridkit data` takes. The calibration factor of each image turns squares of its digital numbers
+into radar brightness. With --json comes all of it, and the blocks of the layers.
+
+Where image files are missing, what the annotation says is shown, then the files; exit status 1.
 
 Examples:
   gridkit info PRODUCT
   gridkit info --json PRODUCT | jq '.layers[].name')";
-
-json map_as_json(const std::optional<gridkit::MapInfo>& map) {
-  if (!map) return nullptr;
-  return {{"projection", map->projection},
-          {"upperLeft", {map->upper_left[0], map->upper_left[1]}},
-          {"pixelSize", {map->pixel_size[0], map->pixel_size[1]}},
-          {"units", map->units}};
-}
-
-json layer_as_json(const gridkit::Layer& layer) {
-  return {{"name", layer.name()},
-          {"pixelType", layer.pixel_type()},
-          {"layerType", layer.layer_type()},
-          {"width", layer.width()},
-          {"height", layer.height()},
-          {"blockWidth", layer.block_width()},
-          {"blockHeight", layer.block_height()},
-          {"mapInfo", map_as_json(layer.map_info())}};
-}
-
-void print_as_json(const gridkit::Product& product) {
-  json layers = json::array();
-  for (const std::string& name : product.layer_names()) {
-    layers.push_back(layer_as_json(product.open_layer(name)));
-  }
-  const json info = {{"format", product.title()},
-                     {"description", product.plugin().format().description},
-                     {"file", product.path()},
-                     {"layers", layers},
-                     {"data", product.data_names()}};
-  print_json(info);
-}
 
 void print_row(const std::string& label, const std::string& text) {
   std::cout << "  " << std::left << std::setw(13) << label << ' ' << text << '\n';
 }
 
 std::string in_metres(double value) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(3) << value;
-  return text.str();
+  return number_in_words(value, 3);
 }
 
 // "UTM zone 32N, WGS 84", or the projection's name alone where it is no UTM.
@@ -91,22 +60,32 @@ std::string type_as_text(const std::string& type) {
   return type;
 }
 
+void print_heading(const std::string& text) {
+  std::cout << on_output(text, Style::bold) << '\n';
+}
+
+void print_facts(const std::string& format, const std::string& annotation) {
+  print_heading(std::filesystem::path(annotation).stem().string());
+  print_row("format", format);
+  const auto facts = read_facts(annotation);
+  if (!facts) return;
+  for (const SummaryRow& row : summary_of(*facts)) print_row(row.label, row.text);
+}
+
+void print_layer(const gridkit::Layer& layer) {
+  std::cout << "  " << std::left << std::setw(22) << layer.name() << ' ' << std::right
+            << std::setw(6) << layer.height() << " lines x " << std::setw(6) << layer.width()
+            << " samples  " << type_as_text(layer.pixel_type()) << '\n';
+  const LayerMap map = map_of(layer);
+  if (map.info) std::cout << "    map: " << map_as_text(layer, *map.info) << '\n';
+}
+
 void print_as_text(const gridkit::Product& product) {
-  std::cout << on_output(std::filesystem::path(product.path()).stem().string(), Style::bold)
-            << '\n';
-  print_row("format", product.title());
-  for (const SummaryRow& row : summary_of(product.path())) print_row(row.label, row.text);
-  std::cout << on_output("layers", Style::bold) << '\n';
-  for (const std::string& name : product.layer_names()) {
-    const gridkit::Layer layer = product.open_layer(name);
-    std::cout << "  " << std::left << std::setw(22) << name << ' ' << std::right << std::setw(6)
-              << layer.width() << " x " << std::left << std::setw(6) << layer.height() << "  "
-              << type_as_text(layer.pixel_type()) << '\n';
-    if (const auto own = layer.map_info())
-      std::cout << "    map: " << map_as_text(layer, *own) << '\n';
-  }
+  print_facts(product.title(), product.path());
+  print_heading("layers");
+  for (const std::string& name : product.layer_names()) print_layer(product.open_layer(name));
   const auto data = product.data_names();
-  if (!data.empty()) std::cout << on_output("data", Style::bold) << '\n';
+  if (!data.empty()) print_heading("data");
   for (const std::string& name : data) std::cout << "  " << name << '\n';
 }
 
@@ -115,15 +94,31 @@ struct Request {
   bool as_json = false;
 };
 
-int show(const Host& host, const Request& request) {
+// Tells what is wrong without making the product useless, and gives it as texts.
+std::vector<std::string> warnings_of(const gridkit::Product& product) {
+  std::vector<std::string> warnings = image_disagreements(product.path());
+  warn_about_images(warnings);
+  for (const std::string& name : product.layer_names()) {
+    const LayerMap map = map_of(product.open_layer(name));
+    if (map.not_known.empty()) continue;
+    warnings.push_back(map.not_known);
+    warn(map.not_known);
+  }
+  return warnings;
+}
+
+int show(const Host& host, const Request& request) try {
   const gridkit::Product product = host.open(request.path);
-  warn_about_images(product.path());
+  const std::vector<std::string> warnings = warnings_of(product);
   if (request.as_json) {
-    print_as_json(product);
+    print_json(info_as_json(product, warnings));
   } else {
     print_as_text(product);
   }
-  return 0;
+  return exit_done;
+} catch (const MissingImages& missing) {
+  if (!request.as_json) print_facts(missing.format(), missing.annotation());
+  throw;
 }
 
 }  // namespace

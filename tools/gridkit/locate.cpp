@@ -7,11 +7,16 @@
 #include <vector>
 
 #include "tools/annotation/check.h"
+#include "tools/annotation/sensor_model_record.h"
+#include "tools/command_line/exit_status.h"
+#include "tools/command_line/reason.h"
+#include "tools/command_line/terminal.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/place/placement.h"
-#include "tools/gridkit/place/point_check.h"
-#include "tools/gridkit/place/scene_points.h"
+#include "tools/gridkit/place/point_table.h"
+#include "tools/gridkit/place/rational_text.h"
 #include "tools/gridkit/print_json.h"
+#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
 
@@ -19,13 +24,15 @@ using json = nlohmann::ordered_json;
 
 constexpr const char* footer =
     R"(Lines and samples count from 0, and whole numbers are centres of pixels. Places are latitude and
-longitude in degrees on WGS 84, heights metres above the ellipsoid.
+longitude in degrees on WGS 84, heights metres above the ellipsoid. A product in radar geometry is
+placed by its annotation alone, so its image files need not be there.
 
 Examples:
   gridkit locate PRODUCT 1200 340
   gridkit locate PRODUCT 1200 340 --height 512
   gridkit locate PRODUCT --ground 48.08 11.28 600
-  gridkit locate PRODUCT --check)";
+  gridkit locate PRODUCT --check
+  gridkit locate PRODUCT --rpc > image_RPC.TXT)";
 using rmdllib::Geodetic;
 using rmdllib::Pixel;
 
@@ -36,129 +43,154 @@ struct Request {
   std::optional<double> height;
   std::vector<double> ground;  // latitude, longitude, height
   bool check = false;
+  bool strict = false;
+  bool rpc = false;
+  std::vector<double> heights;  // of the rational model: lowest, highest
   bool as_json = false;
 };
 
-// A point that the check finds farther off is a fault of the product or of its model.
-constexpr double largest_miss = 10;  // m
-constexpr int refused = 1;
+// A product's annotation, and where its pixels lie.
+struct Placed {
+  std::string path;
+  Placement placement;
+};
+
+bool lacks_images_alone(const std::string& path) {
+  const CheckResult check = check_annotation(path);
+  return check.error == 0 && !image_faults(path, check.schema).empty();
+}
+
+// Placing needs no pixels: a product whose images are missing is placed by the sensor model that
+// its annotation gives.
+Placed place(const Host& host, const std::string& given) {
+  try {
+    const gridkit::Product product = host.open(given);
+    return {product.path(), Placement(product)};
+  } catch (const gridkit::Error&) {
+    const std::string path = host.find(given);
+    if (!lacks_images_alone(path)) throw;
+    const auto model = sensor_model_record(path);
+    if (!model) throw;
+    return {path, Placement(*model)};
+  }
+}
 
 // A place in the image and on the ground; a map knows no heights.
-void print(Pixel pixel, const Geodetic& place, bool has_height, bool as_json) {
+void print(const Placement& placement, Pixel pixel, const Geodetic& place, bool has_height,
+           bool as_json) {
+  const bool inside = placement.contains(pixel);
   if (as_json) {
-    json document = {{"line", pixel.line},
-                     {"sample", pixel.sample},
-                     {"latitude", place.latitude},
-                     {"longitude", place.longitude}};
-    document["height"] = has_height ? json(place.height) : json(nullptr);
-    print_json(document);
+    print_json({{"line", pixel.line},
+                {"sample", pixel.sample},
+                {"inside", inside},
+                {"latitude", place.latitude_degrees},
+                {"longitude", place.longitude_degrees},
+                {"height", has_height ? json(place.height) : json(nullptr)}});
     return;
   }
   std::printf("line %.6f  sample %.6f  latitude %.9f  longitude %.9f", pixel.line, pixel.sample,
-              place.latitude, place.longitude);
+              place.latitude_degrees, place.longitude_degrees);
   if (has_height) std::printf("  height %.3f", place.height);
-  std::printf("\n");
+  std::printf(inside ? "\n" : "  outside the image\n");
+}
+
+// With --strict a place outside the image is refused.
+void require_inside(const Placement& placement, Pixel pixel) {
+  if (placement.contains(pixel)) return;
+  char text[200];
+  std::snprintf(text, sizeof text,
+                "line %.1f, sample %.1f lies outside the image of %.0f lines and %.0f samples",
+                pixel.line, pixel.sample, placement.lines(), placement.samples());
+  throw gridkit::Error(text);
 }
 
 int locate(const Placement& placement, const Request& request) {
   const auto* radar = placement.radar();
   if (!request.ground.empty()) {
     const Geodetic place = {request.ground[0], request.ground[1], request.ground[2]};
-    print(placement.pixel_of(place), place, true, request.as_json);
+    const Pixel pixel = placement.pixel_of(place);
+    if (request.strict) require_inside(placement, pixel);
+    print(placement, pixel, place, true, request.as_json);
     return 0;
   }
   if (request.height && radar == nullptr) {
     throw gridkit::Error("an image on a map takes no height");
   }
   const Pixel pixel = {*request.line, *request.sample};
+  if (request.strict) require_inside(placement, pixel);
   const double height = request.height.value_or(radar != nullptr ? radar->average_height() : 0);
-  print(pixel, placement.ground_of(pixel, height), radar != nullptr, request.as_json);
+  print(placement, pixel, placement.ground_of(pixel, height), radar != nullptr, request.as_json);
   return 0;
 }
 
-struct CheckedPoint {
-  ScenePoint stated;
-  PointCheck result;
-};
-
-void print_as_json(const std::vector<CheckedPoint>& points, const Placement& placement) {
-  json list = json::array();
-  for (const auto& [stated, result] : points) {
-    json entry = {{"point", stated.name},
-                  {"line", stated.pixel->line},
-                  {"sample", stated.pixel->sample},
-                  {"latitude", stated.latitude},
-                  {"longitude", stated.longitude}};
-    entry["height"] = placement.radar() != nullptr ? json(result.height) : json(nullptr);
-    entry["along"] = result.along;
-    entry["across"] = result.across;
-    entry["atAverageHeight"] = result.at_average_height;
-    list.push_back(entry);
-  }
-  print_json(list);
-}
-
-// For a table of three decimals: what rounds to 0 is shown without a sign.
-double unsigned_zero(double metres) {
-  return std::abs(metres) < 0.0005 ? 0.0 : metres;
-}
-
-void print_as_text(const std::vector<CheckedPoint>& points, const Placement& placement) {
-  const auto* radar = placement.radar();
-  if (radar == nullptr) {
-    std::printf("%-10s %9s %9s %12s %12s %9s %9s\n", "point", "line", "sample", "latitude",
-                "longitude", "north m", "east m");
+int check(const Placed& product, bool as_json) {
+  const auto points = check_scene_points(product.path, product.placement);
+  if (as_json) {
+    print_json(table_as_json(points, product.placement));
   } else {
-    std::printf("scene's average height %.1f m\n", radar->average_height());
-    std::printf("%-10s %9s %9s %12s %12s %9s %9s %9s %17s\n", "point", "line", "sample", "latitude",
-                "longitude", "height m", "along m", "across m", "at average height");
-  }
-  for (const auto& [stated, result] : points) {
-    std::printf("%-10s %9.1f %9.1f %12.6f %12.6f", stated.name.c_str(), stated.pixel->line,
-                stated.pixel->sample, stated.latitude, stated.longitude);
-    if (radar != nullptr) std::printf(" %9.1f", result.height);
-    std::printf(" %9.3f %9.3f", unsigned_zero(result.along), unsigned_zero(result.across));
-    if (radar != nullptr) std::printf(" %15.1f m", result.at_average_height);
-    std::printf("\n");
-  }
-}
-
-int check(const gridkit::Product& product, const Placement& placement, const Request& request) {
-  const std::string schema = check_annotation(product.path()).schema;
-  std::vector<CheckedPoint> points;
-  for (const ScenePoint& stated : read_scene_points(product.path(), schema)) {
-    if (!stated.pixel) continue;
-    const Pixel pixel = {stated.pixel->line, stated.pixel->sample};
-    points.push_back({stated, placement.radar() != nullptr
-                                  ? check_point(*placement.radar(), pixel, stated)
-                                  : check_point(placement, pixel, stated)});
-  }
-  if (points.empty()) {
-    throw gridkit::Error("its centre and corner coordinates name no row and column to check");
-  }
-  if (request.as_json) {
-    print_as_json(points, placement);
-  } else {
-    print_as_text(points, placement);
+    print_table(points, product.placement);
   }
   int status = 0;
-  for (const auto& [stated, result] : points) {
-    if (result.miss() <= largest_miss) continue;
-    std::fflush(stdout);
-    std::fprintf(stderr, "gridkit: %s: %s lies %.1f m from its pixel at any terrain height\n",
-                 product.path().c_str(), stated.name.c_str(), result.miss());
-    status = refused;
+  for (const CheckedPoint& point : points) {
+    for (const std::string& fault : faults_of(point)) {
+      std::fflush(stdout);
+      complain("gridkit", product.path + ": " + fault);
+      status = exit_refused;
+    }
   }
   return status;
 }
 
+int show_rational_model(const Placed& product, const Request& request) {
+  const auto* radar = product.placement.radar();
+  if (radar == nullptr) {
+    throw gridkit::Error("an image on a map has a map and no sensor model to fit");
+  }
+  rmdllib::HeightRange heights;
+  if (!request.heights.empty()) heights = {request.heights[0], request.heights[1]};
+  const auto fitted = rmdllib::fit_rational_model(*radar, heights);
+  if (request.as_json) {
+    print_json(rational_model_as_json(fitted));
+  } else {
+    print_rational_model(fitted);
+  }
+  if (const std::string remark = remark_on(fitted); !remark.empty()) {
+    std::fflush(stdout);
+    warn(product.path + ": " + remark);
+  }
+  return 0;
+}
+
 int run(const Host& host, const Request& request) {
-  const gridkit::Product product = host.open(request.path);
-  const Placement placement(product);
+  const Placed product = place(host, request.path);
   try {
-    return request.check ? check(product, placement, request) : locate(placement, request);
+    if (request.rpc) return show_rational_model(product, request);
+    return request.check ? check(product, request.as_json) : locate(product.placement, request);
   } catch (const gridkit::Error& error) {
-    throw gridkit::Error(product.path() + ": " + error.what());
+    throw gridkit::Error(product.path + ": " + reason_of(error, product.path), {}, error.calls());
+  }
+}
+
+// Wrong use: numbers that are none, and places that the Earth does not have.
+void require_places(const Request& request) {
+  const auto require_finite = [](const char* name, double value) {
+    if (std::isfinite(value)) return;
+    throw CLI::ValidationError(name, "must be a finite number");
+  };
+  require_finite("LINE", request.line.value_or(0));
+  require_finite("SAMPLE", request.sample.value_or(0));
+  require_finite("--height", request.height.value_or(0));
+  for (const double value : request.heights) require_finite("--heights", value);
+  if (!request.heights.empty() && request.heights[0] >= request.heights[1]) {
+    throw CLI::ValidationError("--heights", "the lowest comes first, then the highest");
+  }
+  for (const double value : request.ground) require_finite("--ground", value);
+  if (request.ground.empty()) return;
+  if (std::abs(request.ground[0]) > 90) {
+    throw CLI::ValidationError("--ground", "a latitude lies between -90 and 90 degrees");
+  }
+  if (std::abs(request.ground[1]) > 360) {
+    throw CLI::ValidationError("--ground", "a longitude lies between -360 and 360 degrees");
   }
 }
 
@@ -184,14 +216,28 @@ void add_locate(CLI::App& app, Action& chosen) {
                      ->type_name("LATITUDE LONGITUDE HEIGHT");
   auto* check = command->add_flag("--check", request->check,
                                   "Compare the annotation's centre and corners with the model");
+  auto* strict = command->add_flag("--strict", request->strict,
+                                   "Refuse a pixel or a place that lies outside the image");
+  auto* rpc = command->add_flag("--rpc", request->rpc,
+                                "Fit rational polynomial coefficients to the sensor model");
+  auto* heights =
+      command
+          ->add_option("--heights", request->heights,
+                       "Metres above the ellipsoid that --rpc serves; default -500 9000")
+          ->expected(2)
+          ->type_name("LOWEST HIGHEST");
   command->add_flag("--json", request->as_json, "As JSON on standard output");
   line->needs(sample)->excludes(ground)->excludes(check);
   height->needs(line);
   ground->excludes(check);
+  strict->excludes(check);
+  rpc->excludes(line)->excludes(ground)->excludes(check)->excludes(strict);
+  heights->needs(rpc);
   command->callback([request, &chosen] {
-    if (!request->line && request->ground.empty() && !request->check) {
-      throw CLI::RequiredError("LINE SAMPLE, --ground LATITUDE LONGITUDE HEIGHT, or --check");
+    if (!request->line && request->ground.empty() && !request->check && !request->rpc) {
+      throw CLI::RequiredError("LINE SAMPLE, --ground LATITUDE LONGITUDE HEIGHT, --check or --rpc");
     }
+    require_places(*request);
     chosen = [request](const Host& host) { return run(host, *request); };
   });
 }

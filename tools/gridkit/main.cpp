@@ -1,22 +1,13 @@
-#include <cerrno>
-#include <cstdio>
-#include <exception>
 #include <iostream>
-#include <new>
-#include <string>
-#include <vector>
 
-#include "gridkit/os_error.h"
 #include "tools/command_line/help.h"
+#include "tools/command_line/memory_use.h"
+#include "tools/command_line/program.h"
+#include "tools/command_line/terminal.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/terminal/interruption.h"
-#include "tools/gridkit/terminal/suggestion.h"
-#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
-
-constexpr int refused = 1;
-constexpr int wrong_use = 2;
 
 constexpr const char* description =
     "Opens raster products through format plug-ins: shows what is in them, reads their pixels and "
@@ -37,43 +28,15 @@ Examples:
 Results go to standard output, remarks and errors to standard error. Exit status: 0 done,
 1 the input was refused, 2 wrong use.)";
 
-void complain(const std::string& message) {
-  std::cerr << on_errors("gridkit:", Style::red) << ' ' << message << '\n';
-}
-
-// What is wrong with the command line, and where help is.
-std::string explain(const CLI::App& app, const CLI::ParseError& error) {
-  const auto chosen = app.get_subcommands();
-  if (!chosen.empty()) {
-    const std::string verb = chosen.front()->get_name();
-    return verb + ": " + error.what() + "\nSee `gridkit " + verb + " --help`.";
-  }
-  std::vector<std::string> verbs;
-  for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-    verbs.push_back(verb->get_name());
-  }
-  for (const std::string& word : app.remaining()) {
-    if (word.starts_with('-')) continue;
-    return "no verb \"" + word + '"' + did_you_mean(word, verbs) + "\nSee `gridkit --help`.";
-  }
-  std::string message = app.remaining().empty() ? "a verb is missing; one of" : error.what();
-  if (app.remaining().empty()) {
-    for (const std::string& verb : verbs) message += ' ' + verb;
-  }
-  return message + "\nSee `gridkit --help`.";
-}
-
-// Output that does not arrive, on a full disk for one, is a failure.
-void flush_output() {
-  errno = 0;
-  std::cout.flush();
-  if (std::cout.good() && std::fflush(stdout) == 0) return;
-  throw gridkit::Error("standard output cannot be written: " + gridkit::os_error_in_words(errno));
+// What was called on the way to a refusal, for those who look for what went wrong inside.
+void show_calls(const gridkit::Error& error) {
+  if (!error.calls().empty()) std::cerr << "gridkit: debug: " << error.calls() << '\n';
 }
 
 int run(int argc, char** argv) {
+  settle_memory_use();
   CLI::App app(description, "gridkit");
-  shape_help(app);
+  begin_program(app);
   app.require_subcommand(1);
   app.footer(footer);
   HostOptions options;
@@ -81,35 +44,30 @@ int run(int argc, char** argv) {
       ->type_name("FOLDER");
   app.add_option("--preferences", options.preferences, "File of `group.name = number` lines")
       ->type_name("FILE");
-  app.add_flag("--debug", options.debug, "Show the debug channel on standard error");
+  app.add_flag("--debug", options.debug,
+               "Show the debug channel, and the calls behind a refusal, on standard error");
   Action chosen;
-  for (auto* add : {add_formats, add_info, add_layers, add_read, add_quicklook, add_data,
-                    add_locate, add_report}) {
+  for (auto* add : {add_formats, add_info, add_layers, add_samples, add_read, add_quicklook,
+                    add_data, add_locate, add_report}) {
     add(app, chosen);
   }
   head_verbs(app);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);
-    complain(explain(app, error));
-    return wrong_use;
-  }
-  watch_for_interruption();
-  const int status = chosen(Host(options));
-  flush_output();
-  return status;
+  return run_program(app, argc, argv, [&] {
+    watch_for_interruption();
+    try {
+      return chosen(Host(options));
+    } catch (const Interrupted&) {
+      complain("gridkit", "interrupted; what was not complete has been removed");
+      end_by_signal();
+    } catch (const gridkit::Error& error) {
+      if (options.debug) show_calls(error);
+      throw;
+    }
+  });
 }
 
 }  // namespace
 
-int main(int argc, char** argv) try { return run(argc, argv); } catch (const Interrupted&) {
-  complain("interrupted; what was not complete has been removed");
-  end_by_signal();
-} catch (const std::bad_alloc&) {
-  complain("out of memory");
-  return refused;
-} catch (const std::exception& error) {
-  complain(error.what());
-  return refused;
+int main(int argc, char** argv) try { return run(argc, argv); } catch (...) {
+  return tell_refusal("gridkit");
 }

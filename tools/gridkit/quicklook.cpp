@@ -1,16 +1,19 @@
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "gridkit/whole_file.h"
 #include "tools/command_line/help.h"
+#include "tools/command_line/product_path.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/picture/quicklook.h"
 #include "tools/gridkit/product/image_warning.h"
 #include "tools/gridkit/product/layer_name.h"
 #include "tools/gridkit/read/line_ranges.h"
 #include "tools/gridkit/read/output_file.h"
+#include "tools/gridkit/read/standard_output.h"
 #include "tools/gridkit/terminal/progress.h"
 #include "tools/gridkit/terminal/terminal.h"
 
@@ -51,22 +54,26 @@ std::string chosen_layer(const gridkit::Product& product, const Request& request
 int save_quicklook(const Host& host, const Request& request) {
   const gridkit::Product product = host.open(request.product());
   check_output(request.output(), OutputFormat::png, request.overwrite, product);
-  warn_about_images(product.path());
+  check_images_to_read(product.path());
   const std::string layer = chosen_layer(product, request);
   const Quicklook quicklook = [&] {
     Progress progress(product.open_layer(layer).height(), request.quiet);
     return make_quicklook(product, layer, request.size,
                           [&](std::int32_t lines) { progress.advance(lines); });
   }();
-  gridkit::write_whole_file(request.output(), gridkit::encode_png(quicklook.picture),
-                            request.overwrite);
-  if (!quicklook.spacing) {
-    warn(request.output() + ": has the pixels' own aspect: " + quicklook.why_no_spacing);
+  const auto picture = gridkit::encode_png(quicklook.picture);
+  if (request.output() == standard_output) {
+    write_to_standard_output(picture);
+  } else {
+    gridkit::write_whole_file(request.output(), picture, request.overwrite);
   }
-  if (!quicklook.missing.empty()) {
-    warn(request.output() +
-         ": lines of the image without data, in part or in whole, are transparent: " +
-         lines_as_text(quicklook.missing));
+  if (!quicklook.spacing) {
+    warn(shown_name(request.output()) +
+         ": has the pixels' own aspect: " + quicklook.why_no_spacing);
+  }
+  for (const auto& [reason, lines, key] : unread_lines(quicklook.missing)) {
+    warn(shown_name(request.output()) + ": lines of the image " + reason +
+         ", in part or in whole, are transparent: " + lines);
   }
   return 0;
 }
@@ -78,8 +85,9 @@ void add_quicklook(CLI::App& app, Action& chosen) {
   CLI::App* command = app.add_subcommand("quicklook", "Make a small picture of a layer");
   command->footer(footer);
   command
-      ->add_option("PRODUCT [LAYER] OUT.png", request->names,
-                   "The product, a layer's name (without it the first layer), and the PNG file")
+      ->add_option(
+          "PRODUCT [LAYER] OUT.png", request->names,
+          "The product, a layer's name (without it the first layer), and the PNG file, or -")
       ->required()
       ->expected(2, 3);
   take_range(
@@ -92,6 +100,11 @@ void add_quicklook(CLI::App& app, Action& chosen) {
   command->add_flag("--overwrite", request->overwrite, "Replace an output that exists");
   command->add_flag("-q,--quiet", request->quiet, "No progress bar");
   command->callback([request, &chosen] {
+    const std::string& output = request->output();
+    if (!std::filesystem::path(output).extension().empty() && !has_ending(output, ".png")) {
+      throw CLI::ValidationError(
+          "OUT.png", "the ending of \"" + output + "\" is not .png, and the picture is a PNG file");
+    }
     chosen = [request](const Host& host) { return save_quicklook(host, *request); };
   });
 }

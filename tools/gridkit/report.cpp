@@ -41,7 +41,7 @@ std::int64_t lines_of_all_layers(const gridkit::Product& product) {
 int save_report(const Host& host, const Request& request) {
   const gridkit::Product product = host.open(request.product);
   check_output(request.output, OutputFormat::png, request.overwrite, product);
-  warn_about_images(product.path());
+  check_images_to_read(product.path());
   const std::string page = [&] {
     Progress progress(lines_of_all_layers(product), request.quiet);
     return report::make_page(product, request.size,

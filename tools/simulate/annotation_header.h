@@ -16,7 +16,7 @@ void fill_general_header(const AnnotationSource& source, Header& header) {
     header.set_status("PRELIMINARY");
   }
   header.set_itemName("Level 1B Product");
-  header.set_mission("TSX-1");
+  header.set_mission(source.options().satellite);
   header.set_source("GS");
   header.set_destination("User");
   header.get_generationSystem().set_version(source.options().version_text);

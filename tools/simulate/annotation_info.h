@@ -39,7 +39,7 @@ inline OrbitCount count_orbits(const Utc& time) {
 
 template <class Mission>
 void fill_mission(const AnnotationSource& source, Mission& mission) {
-  mission.set_mission("TSX-1");
+  mission.set_mission(source.options().satellite);
   const OrbitCount orbit = count_orbits(source.scene.epoch);
   mission.set_orbitPhase(1);
   mission.set_orbitCycle(orbit.cycle);
@@ -66,15 +66,18 @@ void fill_mode(const AnnotationSource& source, Specific& specific) {
       return;
     }
     case Mode::scansar: {
+      // Detected images are made of all beams, the files of a complex one hold the bursts of one.
+      const std::int32_t beams = source.scene.is_complex() ? 1 : 4;
+      const std::int32_t bursts = source.scene.is_complex() ? source.options().cosar.bursts : 48;
       auto& scan = specific.get_scanSAR();
-      scan.set_numberOfBeams(4);
-      for (int beam = 3; beam < 7; ++beam) {
+      scan.set_numberOfBeams(beams);
+      for (std::int32_t beam = 3; beam < 3 + beams; ++beam) {
         scan.get_beamList().append_beamID("strip_00" + std::to_string(beam));
       }
       scan.set_azimuthBeamID("boresightAzimuth");
-      scan.set_numberOfBursts(48);
+      scan.set_numberOfBursts(bursts);
       if (source.has_all()) {
-        scan.set_burstIndexLast(48);
+        scan.set_burstIndexLast(bursts);
         scan.set_burstIndexFirst(1);
       }
     }
@@ -88,8 +91,7 @@ void fill_acquisition(const AnnotationSource& source, Acquisition& acquisition) 
   acquisition.append_imagingMode(source.mode_text());
   acquisition.set_lookDirection(source.look_text());
   acquisition.append_antennaReceiveConfiguration("SRA");
-  acquisition.append_polarisationMode(layers.size() == 1 ? "SINGLE"
-                                                         : (layers.size() == 2 ? "DUAL" : "QUAD"));
+  acquisition.append_polarisationMode(source.polarisation_mode());
   for (const std::string& layer : layers) {
     acquisition.get_polarisationList().append_polLayer(layer);
   }
@@ -101,7 +103,7 @@ template <class VariantInfo>
 void fill_variant(const AnnotationSource& source, VariantInfo& info) {
   const bool is_map = source.scene.map.has_value();
   info.set_productType(source.variant_text() + (source.scene.is_complex() ? "____" : "_SE_") +
-                       source.mode_text() + "_S");
+                       source.mode_text() + '_' + source.polarisation_letter());
   info.append_productVariant(source.variant_text());
   info.append_projection(is_map ? "MAP"
                                 : (source.scene.is_complex() ? "SLANTRANGE" : "GROUNDRANGE"));
@@ -152,16 +154,16 @@ void fill_instant(const Utc& utc, Instant& instant) {
 template <class Coordinate>
 void fill_coordinate(const AnnotationSource& source, Pixel pixel, Coordinate& coordinate) {
   const Scene& scene = source.scene;
-  const Geodetic place = scene.to_average_ground(pixel);
-  const RadarPoint seen = to_radar(scene.orbit, place);
+  const Geodetic place = scene.annotated_place(pixel);
+  const RasterTimes times = scene.annotated_times(place);
   if (source.has_optional()) {
     coordinate.set_refRow(static_cast<std::int32_t>(std::lround(pixel.line)) + 1);
     coordinate.set_refColumn(static_cast<std::int32_t>(std::lround(pixel.sample)) + 1);
   }
   coordinate.set_lat(as_float(in_degrees(place.latitude)));
   coordinate.set_lon(as_float(in_degrees(place.longitude)));
-  coordinate.set_azimuthTimeUTC(date_time(scene.utc(seen.time)));
-  coordinate.set_rangeTime(delay_of(seen.range));
+  coordinate.set_azimuthTimeUTC(date_time(scene.utc(times.azimuth)));
+  coordinate.set_rangeTime(times.range);
   coordinate.set_incidenceAngle(in_degrees(scene.incidence_at(place)));
 }
 

@@ -14,14 +14,14 @@ namespace simulate {
 
 namespace {
 
-using binding::member;
-using binding::value_type;
+using binding::Member;
+using binding::ValueType;
 
 constexpr std::uint64_t untouched_lines = 7;  // that recognition reads
 
-const member* find(std::span<const member> members, std::string_view name) {
+const Member* find(std::span<const Member> members, std::string_view name) {
   const auto found =
-      std::find_if(members.begin(), members.end(), [&](const member& m) { return m.name == name; });
+      std::find_if(members.begin(), members.end(), [&](const Member& m) { return m.name == name; });
   return found == members.end() ? nullptr : &*found;
 }
 
@@ -37,16 +37,16 @@ std::string with_exponent(std::string_view text) {
   return buffer.data();
 }
 
-std::string number_text(const member* m, std::string_view text) {
-  if (m != nullptr && m->type == value_type::float64) return with_exponent<double>(text);
-  if (m != nullptr && m->type == value_type::float32) return with_exponent<float>(text);
+std::string number_text(const Member* m, std::string_view text) {
+  if (m != nullptr && m->type == ValueType::float64) return with_exponent<double>(text);
+  if (m != nullptr && m->type == ValueType::float32) return with_exponent<float>(text);
   return std::string(text);
 }
 
 // Goes through the lines; `open_` holds the classes of the elements that are open.
 class Layout {
  public:
-  Layout(const binding::class_description& product, std::uint64_t seed, std::ostream& out)
+  Layout(const binding::ClassDescription& product, std::uint64_t seed, std::ostream& out)
       : product_(product), seed_(seed), out_(out) {}
 
   void add(std::string_view line) {
@@ -69,12 +69,12 @@ class Layout {
     const std::size_t tag_end = element.find('>');
     const std::string_view tag = element.substr(1, tag_end - 1);
     const std::string_view name = tag.substr(0, tag.find(' '));
-    const member* m = open_.back() == nullptr ? nullptr : find(open_.back()->elements, name);
-    const binding::class_description* own = m == nullptr ? nullptr : m->nested;
+    const Member* m = open_.back() == nullptr ? nullptr : find(open_.back()->elements, name);
+    const binding::ClassDescription* own = m == nullptr ? nullptr : m->nested;
     const std::size_t text_end = element.rfind("</");
     std::string laid_out = "<" + std::string(name) + attributes(own, tag.substr(name.size())) + ">";
     if (text_end != std::string_view::npos && text_end > tag_end) {
-      const member* value = own == nullptr ? m : own->text;
+      const Member* value = own == nullptr ? m : own->text;
       laid_out += number_text(value, element.substr(tag_end + 1, text_end - tag_end - 1));
       laid_out += element.substr(text_end);
     } else {
@@ -84,13 +84,13 @@ class Layout {
   }
 
   // Of a tag's rest behind the name; every value stands between double quotes.
-  std::string attributes(const binding::class_description* own, std::string_view rest) const {
+  std::string attributes(const binding::ClassDescription* own, std::string_view rest) const {
     std::vector<std::string> texts;
     while (!rest.empty()) {
       const std::size_t equals = rest.find('=');
       const std::size_t end = rest.find('"', equals + 2);
       const std::string_view name = rest.substr(1, equals - 1);
-      const member* m = own == nullptr ? nullptr : find(own->attributes, name);
+      const Member* m = own == nullptr ? nullptr : find(own->attributes, name);
       const std::string value = number_text(m, rest.substr(equals + 2, end - equals - 2));
       texts.push_back(' ' + std::string(name) + "=\"" + value + '"');
       rest.remove_prefix(end + 1);
@@ -111,17 +111,17 @@ class Layout {
     out_ << std::string(indent, ' ') << element << '\n';
   }
 
-  const binding::class_description& product_;
+  const binding::ClassDescription& product_;
   std::uint64_t seed_;
   std::ostream& out_;
   std::uint64_t number_ = 0;
-  std::vector<const binding::class_description*> open_;
+  std::vector<const binding::ClassDescription*> open_;
 };
 
 }  // namespace
 
 void lay_out_like_ground_segment(std::string_view annotation,
-                                 const binding::class_description& product, std::uint64_t seed,
+                                 const binding::ClassDescription& product, std::uint64_t seed,
                                  std::ostream& out) {
   Layout layout(product, seed, out);
   while (!annotation.empty()) {

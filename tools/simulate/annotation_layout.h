@@ -15,7 +15,7 @@ namespace simulate {
 //
 // `product` describes the root element, level1Product, and tells which numbers are floating.
 void lay_out_like_ground_segment(std::string_view annotation,
-                                 const binding::class_description& product, std::uint64_t seed,
+                                 const binding::ClassDescription& product, std::uint64_t seed,
                                  std::ostream& out);
 
 }  // namespace simulate

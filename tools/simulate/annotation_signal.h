@@ -1,5 +1,8 @@
 #pragma once
 
+#include <numbers>
+#include <string>
+
 #include "tools/simulate/annotation_common.h"
 
 // The part signalDataAnalysis of the branch processing.
@@ -10,6 +13,34 @@ template <class Channels, class Value>
 void fill_channels(Value i, Value q, Channels& channels) {
   channels.set_IChannel(i);
   channels.set_QChannel(q);
+}
+
+// How often each of the sixteen values of a four-bit quantiser occurs among Gaussian samples whose
+// deviation is a quarter of its range; the outermost values take what lies beyond.
+inline std::string quantiser_occurrences(std::int64_t samples) {
+  constexpr int values = 16;
+  const auto share_below = [](int value) {
+    if (value <= 0) return 0.0;
+    if (value >= values) return 1.0;
+    return 0.5 * std::erfc((values / 2 - value) / (values / 4.0) / std::numbers::sqrt2);
+  };
+  std::string text;
+  for (int value = 0; value < values; ++value) {
+    const double share = share_below(value + 1) - share_below(value);
+    text += (value == 0 ? "" : " ") +
+            std::to_string(std::llround(share * static_cast<double>(samples)));
+  }
+  return text;
+}
+
+// As elements, of both channels; products of later versions have them.
+inline std::string quantisation_statistics(std::int64_t samples) {
+  const std::string counts = quantiser_occurrences(samples);
+  std::string text = "<quantisation bits=\"4\">";
+  for (const char* channel : {"I", "Q"}) {
+    text += std::string("<occurrences channel=\"") + channel + "\">" + counts + "</occurrences>";
+  }
+  return text + "</quantisation>";
 }
 
 template <class RawData>
@@ -39,8 +70,8 @@ void fill_raw_data(const AnnotationSource& source, RawData& raw) {
   fill_channels(0.0F, 0.0F, statistics.get_ADCMinSaturation());
   fill_channels(0, 0, statistics.get_bitErrorRate());
   fill_channels(0, 0, statistics.get_totalBitErrorCounter());
-  if (source.has_all()) {
-    statistics.set_quantisationStatistics("<histogram bins=\"4\">1 2 2 1</histogram>");
+  if (source.has_all() || (source.has_optional() && source.options().version_text[0] >= '4')) {
+    statistics.set_quantisationStatistics(quantisation_statistics(samples));
   }
   statistics.append_appliedCorrectionID("ANALYSIS");
 }

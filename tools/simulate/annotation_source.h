@@ -39,6 +39,11 @@ struct AnnotationSource {
     constexpr const char* texts[] = {"StripMap", "SpotLight", "ScanSAR"};
     return texts[static_cast<int>(options().mode)];
   }
+  std::string polarisation_mode() const {
+    const std::size_t layers = options().polarisations.size();
+    return layers == 1 ? "SINGLE" : (layers == 2 ? "DUAL" : "QUAD");
+  }
+  char polarisation_letter() const { return polarisation_mode().front(); }
   std::string look_text() const { return options().look == Look::right ? "RIGHT" : "LEFT"; }
 
   // The time in the middle of the n-th of `count` equal parts of the scene.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstdio>
 #include <fstream>
 #include <memory>
 #include <span>
@@ -111,37 +110,15 @@ void write_previews(const std::string& folder, const Scene& scene, const std::st
   for (const Writer& writer : composites) writer->finish();
 }
 
-void write_georeference(const std::string& path, const Scene& scene) {
-  constexpr int nodes = 11;
-  std::ofstream out = open(path);
-  out << "<geoReference nodes=\"" << nodes << " x " << nodes << "\">\n";
-  for (int row = 0; row < nodes; ++row) {
-    for (int column = 0; column < nodes; ++column) {
-      const Pixel pixel{(scene.options.lines - 1.0) * row / (nodes - 1),
-                        (scene.options.samples - 1.0) * column / (nodes - 1)};
-      const Geodetic place = scene.to_ground(pixel);
-      std::array<char, 256> node{};
-      std::snprintf(node.data(), node.size(),
-                    "  <gridPoint line=\"%.1f\" sample=\"%.1f\" lat=\"%.9f\" lon=\"%.9f\" "
-                    "height=\"%.3f\" inc=\"%.6f\"/>\n",
-                    pixel.line, pixel.sample, place.latitude / degree, place.longitude / degree,
-                    place.height, scene.incidence_at(place) / degree);
-      out << node.data();
-    }
-  }
-  out << "</geoReference>\n";
-  finish(path, out);
-}
-
 void write_mapping_grid(const std::string& path, const Scene& scene) {
   std::ofstream out = open(path);
   for (std::int32_t row = 0; row < grid_size(scene.options.lines); ++row) {
     std::string line;
     for (std::int32_t column = 0; column < grid_size(scene.options.samples); ++column) {
-      const RadarPoint seen = scene.seen_in(
+      const RasterTimes times = scene.times_of(
           {static_cast<double>(row) * grid_step, static_cast<double>(column) * grid_step});
-      append_big_endian(line, seen.time - scene.start);
-      append_big_endian(line, delay_of(seen.range) - scene.near_time);
+      append_big_endian(line, times.azimuth - scene.start);
+      append_big_endian(line, times.range - scene.near_time);
     }
     out << line;
   }

@@ -31,10 +31,7 @@ std::string quicklook_name(const std::string& polarisation, const std::string& b
 void write_previews(const std::string& folder, const Scene& scene, const std::string& beam,
                     const std::vector<Synthesis>& images);
 
-// Places, heights and incidence angles of an even grid of 11 x 11 pixels, as XML.
-void write_georeference(const std::string& path, const Scene& scene);
-
-// Zero-Doppler time since the scene's start and range time since the nearest one of each node, as
+// The raster's time since the scene's start and range time since the nearest one of each node, as
 // pairs of 32-bit floating numbers, most significant byte first, line by line.
 void write_mapping_grid(const std::string& path, const Scene& scene);
 

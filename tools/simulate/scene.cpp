@@ -4,6 +4,8 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "tools/simulate/cosar.h"
+
 namespace simulate {
 
 namespace {
@@ -29,7 +31,8 @@ void lay_out_slant_range(Scene& scene) {
   scene.sample_spacing = 1 / scene.rsf;
   centre_lines(scene, (scene.options.lines - 1) * line_microseconds / 2);
   const double half = (scene.options.samples - 1) * scene.sample_spacing / 2;
-  const double middle = delay_of(to_radar(scene.orbit, scene.centre).range);
+  const double middle =
+      delay_of(to_radar(scene.orbit, scene.centre).range) + scene.options.delays.range();
   scene.near_time = middle - half;
   scene.far_time = middle + half;
 }
@@ -41,6 +44,8 @@ void lay_out_ground_range(Scene& scene) {
   centre_lines(scene, std::round(duration / 2 / microsecond));
   const double extent = (scene.options.samples - 1) * spacing;
   scene.ground_range = fit_ground_range(scene.orbit, {scene.centre, extent});
+  scene.ground_range->reference += scene.options.delays.range();
+  scene.ground_range->last += scene.options.delays.range();
   scene.near_time = scene.ground_range->reference;
   scene.far_time = scene.ground_range->slant_time(extent);
 }
@@ -58,13 +63,16 @@ void lay_out_map(Scene& scene) {
                       {snapped(middle.easting - (scene.options.samples - 1) * spacing / 2),
                        snapped(middle.northing + (scene.options.lines - 1) * spacing / 2)},
                       spacing};
-  scene.near_time = scene.far_time = delay_of(to_radar(scene.orbit, scene.centre).range);
+  scene.near_time = scene.far_time =
+      delay_of(to_radar(scene.orbit, scene.centre).range) + scene.options.delays.range();
   for (const Pixel& corner : corners_of(scene)) {
     const RadarPoint seen = to_radar(scene.orbit, scene.to_average_ground(corner));
-    scene.start = std::min(scene.start, seen.time);
-    scene.stop = std::max(scene.stop, seen.time);
-    scene.near_time = std::min(scene.near_time, delay_of(seen.range));
-    scene.far_time = std::max(scene.far_time, delay_of(seen.range));
+    const double time = seen.time + scene.options.delays.azimuth_shift;
+    const double delay = delay_of(seen.range) + scene.options.delays.range();
+    scene.start = std::min(scene.start, time);
+    scene.stop = std::max(scene.stop, time);
+    scene.near_time = std::min(scene.near_time, delay);
+    scene.far_time = std::max(scene.far_time, delay);
   }
   scene.start = std::floor(scene.start / microsecond) * microsecond;
   scene.stop = std::ceil(scene.stop / microsecond) * microsecond;
@@ -89,10 +97,17 @@ StateTimes state_times(const Scene& scene) {
   return {first, spacing, std::max(usual_count, needed)};
 }
 
+constexpr double eec_relief = 40;  // m, to either side, where an EEC has no terrain model
+
+RadarPoint geometric(RasterTimes times, const SignalDelays& delays) {
+  return {times.azimuth - delays.azimuth_shift, range_of(times.range - delays.range())};
+}
+
+void refuse(bool wrong, const char* text) {
+  if (wrong) throw std::invalid_argument(text);
+}
+
 void check(const Options& options) {
-  const auto refuse = [](bool wrong, const char* text) {
-    if (wrong) throw std::invalid_argument(text);
-  };
   refuse(options.lines < 64 || options.lines > 40000, "lines must be 64 to 40000");
   refuse(options.samples < 64 || options.samples > 40000, "samples must be 64 to 40000");
   refuse(std::abs(options.latitude) > 90 || std::abs(options.longitude) > 180,
@@ -102,13 +117,29 @@ void check(const Options& options) {
          "only an MGD raster can begin with another corner");
   refuse(options.polarisations.empty() || options.polarisations.size() > 4,
          "one to four polarisations, please");
+  refuse(!(options.relief >= 0 && options.relief <= 8000), "relief must be 0 to 8000 metres");
+  refuse(options.relief > 0 && !options.terrain_file.empty(),
+         "a terrain model comes from a file or is made, not both");
+  refuse((options.relief > 0 || !options.terrain_file.empty()) && options.variant == Variant::gec,
+         "a GEC lies on the ellipsoid and has no terrain model");
+  refuse(!(std::abs(options.delays.troposphere) <= 1e-6 &&
+           std::abs(options.delays.ionosphere) <= 1e-6),
+         "delays must be -1000 to 1000 nanoseconds");
+  refuse(!(std::abs(options.delays.azimuth_shift) <= 0.01),
+         "the azimuth shift must be -10000 to 10000 microseconds");
+  refuse(options.variant != Variant::ssc && options.cosar != CosarOptions(),
+         "only SSC images have a sample type, bursts, record padding and an edge taper");
+  refuse(options.cosar.bursts > 1 && options.mode != Mode::scansar,
+         "several bursts need ScanSAR mode");
+  check_cosar(options.cosar, options.lines, options.samples);
 }
 
 }  // namespace
 
 Geodetic Scene::to_ground(Pixel pixel) const {
+  if (!map) return ground_at(times_of(pixel));
   Geodetic place = to_average_ground(pixel);
-  if (map) place.height = terrain_height(place.latitude, place.longitude);
+  place.height = terrain_height(place.latitude, place.longitude);
   return place;
 }
 
@@ -121,14 +152,62 @@ Geodetic Scene::to_average_ground(Pixel pixel) const {
   return simulate::to_ground(orbit, seen_in(pixel), options.height, centre);
 }
 
+Geodetic Scene::annotated_place(Pixel pixel) const {
+  if (map) return to_average_ground(pixel);
+  const RasterTimes times = times_of(pixel);
+  return simulate::to_ground(orbit,
+                             {times.azimuth - options.delays.azimuth_shift, range_of(times.range)},
+                             options.height, centre);
+}
+
+RasterTimes Scene::annotated_times(const Geodetic& place) const {
+  const RadarPoint seen = to_radar(orbit, place);
+  return {seen.time + options.delays.azimuth_shift, delay_of(seen.range)};
+}
+
 RadarPoint Scene::seen_in(Pixel pixel) const {
   if (map) return to_radar(orbit, to_ground(pixel));
+  return geometric(times_of(pixel), options.delays);
+}
+
+RasterTimes Scene::times_of(Pixel pixel) const {
+  if (map) {
+    const RadarPoint seen = seen_in(pixel);
+    return {seen.time + options.delays.azimuth_shift,
+            delay_of(seen.range) + options.delays.range()};
+  }
   const double line = late(options.start_with) ? options.lines - 1 - pixel.line : pixel.line;
   const double sample = far(options.start_with) ? options.samples - 1 - pixel.sample : pixel.sample;
-  const double time = start + line * (stop - start) / (options.lines - 1);
-  const double delay = ground_range ? ground_range->slant_time(sample * sample_spacing)
-                                    : near_time + sample * sample_spacing;
-  return {time, range_of(delay)};
+  return {start + line * (stop - start) / (options.lines - 1),
+          ground_range ? ground_range->slant_time(sample * sample_spacing)
+                       : near_time + sample * sample_spacing};
+}
+
+Geodetic Scene::ground_at(RasterTimes times) const {
+  const RadarPoint seen = geometric(times, options.delays);
+  if (!terrain) {
+    const Geodetic place = simulate::to_ground(orbit, seen, options.height, centre);
+    if (options.variant != Variant::eec) return place;
+  }
+  // Along the arc of one range the terrain lies below the highest place and above the lowest one.
+  const auto [lowest, highest] = height_range();
+  const auto rise_at = [&](double height) {
+    const Geodetic place = simulate::to_ground(orbit, seen, height, centre);
+    return terrain_height(place.latitude, place.longitude) - height;
+  };
+  constexpr double step = 10;     // m; a narrower peak that is seen at several heights is missed
+  constexpr double close = 1e-6;  // m
+  double above = highest + 1;
+  double below = above - step;
+  while (below > lowest && rise_at(below) < 0) {
+    above = below;
+    below -= step;
+  }
+  while (above - below > close) {
+    const double middle = (above + below) / 2;
+    (rise_at(middle) < 0 ? above : below) = middle;
+  }
+  return simulate::to_ground(orbit, seen, (above + below) / 2, centre);
 }
 
 Pixel Scene::to_pixel(const Geodetic& place) const {
@@ -138,17 +217,28 @@ Pixel Scene::to_pixel(const Geodetic& place) const {
             (point.easting - map->upper_left.easting) / map->spacing};
   }
   const RadarPoint seen = to_radar(orbit, place);
-  const double line = (seen.time - start) / (stop - start) * (options.lines - 1);
-  const double delay = delay_of(seen.range);
-  const double sample = ground_range ? ground_range->ground_range(delay) / sample_spacing
-                                     : (delay - near_time) / sample_spacing;
+  return pixel_at(
+      {seen.time + options.delays.azimuth_shift, delay_of(seen.range) + options.delays.range()});
+}
+
+Pixel Scene::pixel_at(RasterTimes times) const {
+  if (map) return to_pixel(ground_at(times));
+  const double line = (times.azimuth - start) / (stop - start) * (options.lines - 1);
+  const double sample = ground_range ? ground_range->ground_range(times.range) / sample_spacing
+                                     : (times.range - near_time) / sample_spacing;
   return {late(options.start_with) ? options.lines - 1 - line : line,
           far(options.start_with) ? options.samples - 1 - sample : sample};
 }
 
 double Scene::terrain_height(double latitude, double longitude) const {
+  if (terrain) return terrain->height_at(latitude, longitude);
   if (options.variant != Variant::eec) return options.height;
-  return options.height + 40 * std::sin(latitude * 9000) * std::cos(longitude * 7000);
+  return options.height + eec_relief * std::sin(latitude * 9000) * std::cos(longitude * 7000);
+}
+
+std::pair<double, double> Scene::height_range() const {
+  if (terrain) return {terrain->lowest(), terrain->highest()};
+  return {options.height - eec_relief, options.height + eec_relief};
 }
 
 double Scene::heading() const {
@@ -167,6 +257,15 @@ Pixel Scene::ground_spacing() const {
   if (!is_complex()) return {line_spacing, sample_spacing};
   return {ground_velocity * line_spacing,
           range_of(sample_spacing) / std::sin(incidence_at(centre))};
+}
+
+TerrainPlan terrain_plan(const Scene& scene) {
+  constexpr double margin = 5000;  // m, for a geolocation grid that reaches beyond the image
+  const Pixel spacing = scene.ground_spacing();
+  const double half_diagonal =
+      std::hypot(spacing.line * scene.options.lines, spacing.sample * scene.options.samples) / 2;
+  // Hills are seen from up to four times their height away, at 15 degrees of incidence.
+  return {scene.centre, scene.options.relief, half_diagonal + 4 * scene.options.relief + margin};
 }
 
 Scene make_scene(const Options& options) {
@@ -189,6 +288,8 @@ Scene make_scene(const Options& options) {
     default:
       lay_out_map(scene);
   }
+  if (options.relief > 0) scene.terrain = make_terrain(terrain_plan(scene));
+  if (!options.terrain_file.empty()) scene.terrain = read_terrain(options.terrain_file);
   scene.epoch = Utc::parse(options.start).after(-scene.start);
   scene.states = state_times(scene);
   return scene;
@@ -197,15 +298,8 @@ Scene make_scene(const Options& options) {
 std::vector<Target> place_targets(const Scene& scene) {
   std::vector<Target> targets;
   const Options& o = scene.options;
-  const auto side = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(o.targets))));
-  for (int i = 0; i < o.targets; ++i) {
-    const int target_row = i / side;
-    const double row = (target_row + 0.5) / side;
-    const double column = (i % side + 0.5) / side;
-    // Off the grid by a part of a pixel that differs from target to target.
-    const Pixel pixel{std::floor(row * o.lines) + 0.37 * (i % 3 - 1),
-                      std::floor(column * o.samples) + 0.29 * ((i + 1) % 3 - 1)};
-    targets.push_back({"P" + std::to_string(i + 1), scene.to_ground(pixel), pixel});
+  for (const Pixel& pixel : target_pixels(o.lines, o.samples, o.targets)) {
+    targets.push_back({"P" + std::to_string(targets.size() + 1), scene.to_ground(pixel), pixel});
   }
   return targets;
 }

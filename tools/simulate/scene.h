@@ -3,29 +3,33 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/simulate/ground_range.h"
 #include "tools/simulate/map_projection.h"
 #include "tools/simulate/options.h"
 #include "tools/simulate/orbit.h"
+#include "tools/simulate/pixel.h"
 #include "tools/simulate/range_doppler.h"
+#include "tools/simulate/terrain.h"
 #include "tools/simulate/utc.h"
 
 namespace simulate {
-
-// A place in an image, at pixel centres: (0, 0) is the first pixel's centre.
-struct Pixel {
-  double line = 0;
-  double sample = 0;
-};
 
 struct MapGrid {
   MapProjection projection;
   MapPoint upper_left;  // centre of the first pixel
   double spacing;       // m
+};
+
+// Times of a raster's line and sample, as an annotation counts them.
+struct RasterTimes {
+  double azimuth = 0;  // s
+  double range = 0;    // s, two-way
 };
 
 // The times at which an annotation tells the orbit's states: whole UTC seconds, the first some 50 s
@@ -58,6 +62,7 @@ struct Scene {
   std::optional<MapGrid> map{};                         // GEC, EEC
   Utc epoch{};
   StateTimes states{};
+  std::shared_ptr<const Terrain> terrain{};  // null where the heights follow no terrain model
 
   Utc utc(double time) const { return epoch.after(time); }
   bool is_complex() const { return options.variant == Variant::ssc; }
@@ -69,11 +74,29 @@ struct Scene {
   // The place that a pixel would show if the terrain lay at the average height everywhere.
   Geodetic to_average_ground(Pixel pixel) const;
 
-  // When and how far away what a pixel shows was seen.
+  // When and how far away what a pixel shows was seen. The raster's own times differ from these by
+  // the signal's delays.
   RadarPoint seen_in(Pixel pixel) const;
 
-  // Height of the terrain: the average everywhere but in terrain-corrected products.
+  // The raster's own time of a line and two-way range time of a sample; of a map-projected image,
+  // those of what the pixel shows.
+  RasterTimes times_of(Pixel pixel) const;
+
+  // The pixel of such times, and the place: the highest one of the terrain that is seen then.
+  Pixel pixel_at(RasterTimes times) const;
+  Geodetic ground_at(RasterTimes times) const;
+
+  // The place that a corner's annotation tells, and when the raster has it: at the average height,
+  // with the azimuth shift but without the delays of range, as the annotations of products do.
+  Geodetic annotated_place(Pixel pixel) const;
+  RasterTimes annotated_times(const Geodetic& place) const;
+
+  // Height of the terrain: that of its model, where there is none the average everywhere but in
+  // terrain-corrected products.
   double terrain_height(double latitude, double longitude) const;
+
+  // Between these the terrain's heights lie.
+  std::pair<double, double> height_range() const;
 
   double incidence_at(const Geodetic& place) const { return incidence_angle(orbit, place); }
 
@@ -91,7 +114,11 @@ struct Target {
   Pixel pixel;
 };
 
-// Lays out a scene. Throws std::invalid_argument for what cannot be.
+// The synthetic terrain of a scene with relief.
+TerrainPlan terrain_plan(const Scene& scene);
+
+// Lays out a scene. Throws std::invalid_argument for what cannot be, and std::exception for a
+// terrain model that cannot be read.
 Scene make_scene(const Options& options);
 
 // Targets on a regular grid inside the image, off the pixel centres; fewer in images too small for

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "tools/simulate/noise.h"
 #include "tools/simulate/random.h"
 
 namespace simulate {
@@ -23,23 +24,6 @@ Sample gaussian(std::uint64_t key) {
           static_cast<float>(radius * std::sin(angle))};
 }
 
-// Smooth noise in [0, 1]: random values on a grid, blended between.
-double noise(double x, double y, std::uint64_t seed) {
-  const double fx = std::floor(x);
-  const double fy = std::floor(y);
-  const auto at = [&](double gx, double gy) {
-    const auto kx = static_cast<std::uint64_t>(static_cast<std::int64_t>(gx));
-    const auto ky = static_cast<std::uint64_t>(static_cast<std::int64_t>(gy));
-    return uniform(random_bits(seed ^ random_bits(kx ^ random_bits(ky))));
-  };
-  const auto ease = [](double t) { return t * t * (3 - 2 * t); };
-  const double u = ease(x - fx);
-  const double v = ease(y - fy);
-  const double top = at(fx, fy) * (1 - u) + at(fx + 1, fy) * u;
-  const double bottom = at(fx, fy + 1) * (1 - u) + at(fx + 1, fy + 1) * u;
-  return top * (1 - v) + bottom * v;
-}
-
 double sinc(double x) {
   const double a = std::numbers::pi * x;
   return std::abs(a) < 1e-9 ? 1 : std::sin(a) / a;
@@ -47,14 +31,22 @@ double sinc(double x) {
 
 }  // namespace
 
-Synthesis::Synthesis(const Scene& scene, std::vector<Target> targets, std::uint64_t seed,
-                     std::int32_t image)
+Synthesis::Synthesis(Pixel spacing, std::vector<Pixel> targets, std::uint64_t seed,
+                     std::int32_t image, std::shared_ptr<const Shading> shading)
     : targets_(std::move(targets)),
       seed_(random_bits(seed ^ random_bits(static_cast<std::uint64_t>(image) + 1))),
-      spacing_(scene.ground_spacing()) {}
+      spacing_(spacing),
+      shading_(std::move(shading)) {}
 
-// A patchwork of fields with a river through it, in metres on ground.
-double Synthesis::backscatter(double along, double across) const {
+// A patchwork of fields with a river through it, in metres on ground. Hills are wooded evenly, so
+// that their slopes show: those towards the satellite are brighter, those away from it darker.
+double Synthesis::backscatter(std::int32_t line, std::size_t sample) const {
+  const double along = line * spacing_.line;
+  const double across = static_cast<double>(sample) * spacing_.sample;
+  if (shading_) {
+    const double woods = 0.8 + 0.4 * noise(along / 60, across / 60, 7);
+    return woods * shading_->at({static_cast<double>(line), static_cast<double>(sample)});
+  }
   const double rolling = 0.6 + 0.8 * noise(along / 400, across / 400, 7);
   const double field = 0.5 + noise(std::floor(along / 220), std::floor(across / 160), 11);
   const double bend = 250 * std::sin(along / 900) + 120 * std::sin(along / 310 + 1);
@@ -64,14 +56,14 @@ double Synthesis::backscatter(double along, double across) const {
 }
 
 void Synthesis::add_targets(std::int32_t line, std::span<Sample> samples) const {
-  for (const Target& target : targets_) {
-    const double dy = line - target.pixel.line;
+  for (const Pixel& target : targets_) {
+    const double dy = line - target.line;
     if (std::abs(dy) > response_reach) continue;
     const auto last = static_cast<std::int32_t>(samples.size()) - 1;
-    const auto from = std::max(0, static_cast<std::int32_t>(target.pixel.sample) - response_reach);
-    const auto to = std::min(last, static_cast<std::int32_t>(target.pixel.sample) + response_reach);
+    const auto from = std::max(0, static_cast<std::int32_t>(target.sample) - response_reach);
+    const auto to = std::min(last, static_cast<std::int32_t>(target.sample) + response_reach);
     for (std::int32_t s = from; s <= to; ++s) {
-      const double response = target_amplitude * sinc(dy) * sinc(s - target.pixel.sample);
+      const double response = target_amplitude * sinc(dy) * sinc(s - target.sample);
       auto& sample = samples[static_cast<std::size_t>(s)];
       sample.i += static_cast<float>(response * 0.8);
       sample.q += static_cast<float>(response * 0.6);
@@ -82,9 +74,7 @@ void Synthesis::add_targets(std::int32_t line, std::span<Sample> samples) const 
 void Synthesis::complex_line(std::int32_t line, std::span<Sample> samples) const {
   const std::uint64_t row = random_bits(seed_ ^ static_cast<std::uint64_t>(line));
   for (std::size_t s = 0; s < samples.size(); ++s) {
-    const double amplitude =
-        mean_amplitude *
-        std::sqrt(backscatter(line * spacing_.line, static_cast<double>(s) * spacing_.sample));
+    const double amplitude = mean_amplitude * std::sqrt(backscatter(line, s));
     const Sample speckle = gaussian(row + s);
     samples[s] = {static_cast<float>(amplitude * speckle.i),
                   static_cast<float>(amplitude * speckle.q)};
@@ -97,9 +87,7 @@ void Synthesis::detected_line(std::int32_t line, std::span<float> amplitudes) co
   add_targets(line, responses);
   const std::uint64_t row = random_bits(seed_ ^ static_cast<std::uint64_t>(line));
   for (std::size_t s = 0; s < amplitudes.size(); ++s) {
-    const double power =
-        mean_amplitude * mean_amplitude *
-        backscatter(line * spacing_.line, static_cast<double>(s) * spacing_.sample);
+    const double power = mean_amplitude * mean_amplitude * backscatter(line, s);
     // A look's power is that of a circular Gaussian: minus the logarithm of an even number.
     double product = 1;
     for (std::uint64_t look = 0; look < looks; ++look) {

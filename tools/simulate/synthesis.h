@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
-#include "tools/simulate/scene.h"
+#include "tools/simulate/pixel.h"
+#include "tools/simulate/shading.h"
 
 namespace simulate {
 
@@ -19,8 +21,10 @@ struct Sample {
 // order and come out the same every time.
 class Synthesis {
  public:
-  Synthesis(const Scene& scene, std::vector<Target> targets, std::uint64_t seed,
-            std::int32_t image);
+  // `spacing` is that of pixels, in metres on the ground, and `targets` are where point targets
+  // appear. Without a shading the ground is even.
+  Synthesis(Pixel spacing, std::vector<Pixel> targets, std::uint64_t seed, std::int32_t image,
+            std::shared_ptr<const Shading> shading = nullptr);
 
   // Complex samples of a line, [samples].
   void complex_line(std::int32_t line, std::span<Sample> samples) const;
@@ -29,12 +33,13 @@ class Synthesis {
   void detected_line(std::int32_t line, std::span<float> amplitudes) const;
 
  private:
-  double backscatter(double along, double across) const;
+  double backscatter(std::int32_t line, std::size_t sample) const;
   void add_targets(std::int32_t line, std::span<Sample> samples) const;
 
-  std::vector<Target> targets_;
+  std::vector<Pixel> targets_;
   std::uint64_t seed_;
   Pixel spacing_;  // m on ground
+  std::shared_ptr<const Shading> shading_;
 };
 
 }  // namespace simulate

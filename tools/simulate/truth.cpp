@@ -1,5 +1,7 @@
 #include "tools/simulate/truth.h"
 
+#include "tools/simulate/cosar.h"
+
 namespace simulate {
 
 namespace {
@@ -22,6 +24,25 @@ json point_as_json(const Scene& scene, Pixel pixel, const Geodetic& place) {
   return point;
 }
 
+json terrain_as_json(const Scene& scene) {
+  if (!scene.terrain) return nullptr;
+  return {{"file", scene.options.relief > 0 ? terrain_name : scene.options.terrain_file},
+          {"lowest", scene.terrain->lowest()},
+          {"highest", scene.terrain->highest()}};
+}
+
+// As the annotation tells it.
+json corner_as_json(const Scene& scene, Pixel pixel) {
+  const Geodetic place = scene.annotated_place(pixel);
+  const RasterTimes times = scene.annotated_times(place);
+  json point = place_as_json(place);
+  point["line"] = pixel.line;
+  point["sample"] = pixel.sample;
+  point["azimuthTime"] = times.azimuth;
+  point["rangeTime"] = times.range;
+  return point;
+}
+
 json orbit_as_json(const Scene& scene) {
   json states = json::array();
   for (std::size_t i = 0; i < scene.states.count; ++i) {
@@ -32,6 +53,26 @@ json orbit_as_json(const Scene& scene) {
                       {"velocity", {s.velocity.x, s.velocity.y, s.velocity.z}}});
   }
   return states;
+}
+
+// Where each burst lies in every image file, and when its first line was seen.
+json cosar_as_json(const Scene& scene) {
+  const Options& o = scene.options;
+  const CosarLayout layout = lay_out_cosar(o.lines, o.samples, o.cosar);
+  json bursts = json::array();
+  for (std::size_t i = 0; i < layout.bursts.size(); ++i) {
+    const Burst& burst = layout.bursts[i];
+    bursts.push_back(
+        {{"index", i + 1},
+         {"offset", layout.offset_of(i)},
+         {"lines", burst.lines},
+         {"firstLine", burst.first_line},
+         {"startTime", scene.times_of({static_cast<double>(burst.first_line), 0}).azimuth}});
+  }
+  return {{"sampleType", o.cosar.sample_type == SampleType::half ? "half" : "int16"},
+          {"recordBytes", layout.record_bytes()},
+          {"edgeTaper", o.cosar.edge_taper},
+          {"bursts", bursts}};
 }
 
 }  // namespace
@@ -51,6 +92,11 @@ json truth_of(const AnnotationSource& source, const std::vector<Target>& targets
                 {"incidence", o.incidence},
                 {"averageHeight", o.height},
                 {"startWith", o.start_with},
+                {"delays",
+                 {{"troposphere", o.delays.troposphere},
+                  {"ionosphere", o.delays.ionosphere},
+                  {"azimuthShift", o.delays.azimuth_shift}}},
+                {"terrain", terrain_as_json(scene)},
                 {"epoch", scene.epoch.text()},
                 {"start", scene.start},
                 {"stop", scene.stop},
@@ -73,6 +119,7 @@ json truth_of(const AnnotationSource& source, const std::vector<Target>& targets
                     {"upperLeftNorthing", scene.map->upper_left.northing},
                     {"spacing", scene.map->spacing}};
   }
+  if (scene.is_complex()) truth["cosar"] = cosar_as_json(scene);
   truth["targets"] = json::array();
   for (const Target& target : targets) {
     json point = {{"name", target.name}};
@@ -81,7 +128,7 @@ json truth_of(const AnnotationSource& source, const std::vector<Target>& targets
   }
   truth["corners"] = json::array();
   for (const Pixel& corner : corners_of(scene)) {
-    truth["corners"].push_back(point_as_json(scene, corner, scene.to_average_ground(corner)));
+    truth["corners"].push_back(corner_as_json(scene, corner));
   }
   truth["orbit"] = orbit_as_json(scene);
   return truth;

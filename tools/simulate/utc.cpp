@@ -33,6 +33,16 @@ std::int64_t floor_div(std::int64_t a, std::int64_t b) {
   return a / b - (a % b < 0 ? 1 : 0);
 }
 
+// The last entry at or before an instant; the first one for those before all.
+const LeapSecond& leap_second_at(std::int64_t microseconds) {
+  const std::int64_t days = floor_div(microseconds, day_seconds * million);
+  const LeapSecond* last = &leap_seconds[0];
+  for (const LeapSecond& entry : leap_seconds) {
+    if (days >= days_to(entry.year, entry.month, 1)) last = &entry;
+  }
+  return *last;
+}
+
 }  // namespace
 
 Utc Utc::parse(const std::string& text) {
@@ -90,12 +100,18 @@ std::string Utc::compact() const {
 }
 
 std::int64_t Utc::gps_seconds() const {
-  int leap = 0;
-  const std::int64_t days = floor_div(microseconds_, day_seconds * million);
-  for (const LeapSecond& entry : leap_seconds) {
-    if (days >= days_to(entry.year, entry.month, 1)) leap = entry.gps_minus_utc;
-  }
-  return floor_div(microseconds_, million) - days_to(1980, 1, 6) * day_seconds + leap;
+  return floor_div(microseconds_, million) - days_to(1980, 1, 6) * day_seconds + gps_minus_utc();
+}
+
+int Utc::gps_minus_utc() const {
+  return leap_second_at(microseconds_).gps_minus_utc;
+}
+
+Utc Utc::last_leap_second() const {
+  const LeapSecond& last = leap_second_at(microseconds_);
+  Utc instant;
+  instant.microseconds_ = days_to(last.year, last.month, 1) * day_seconds * million;
+  return instant;
 }
 
 double Utc::fraction() const {

@@ -30,6 +30,10 @@ class Utc {
   std::int64_t gps_seconds() const;
   double fraction() const;  // of the second, [0, 1)
 
+  // Seconds that the GPS scale is ahead of UTC, and since when.
+  int gps_minus_utc() const;
+  Utc last_leap_second() const;
+
   // Seconds from another instant to this one.
   double since(const Utc& other) const;
 

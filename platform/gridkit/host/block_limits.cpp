@@ -9,33 +9,43 @@ namespace gridkit {
 
 namespace {
 
-// Of the blocks that start above a line and end below it: the lines that they end before, each with
-// the smallest size that ends there.
+// The blocks that start above a line, or with the first one, and end below it, by the line that
+// follows their last one; of several that end there, the smallest size.
 std::map<std::int32_t, std::int32_t> ends_across(std::int32_t line, std::int32_t width,
                                                  std::int32_t height) {
   std::map<std::int32_t, std::int32_t> sizes;
   const std::int32_t largest = std::min({width, height, largest_tried_block});
-  for (std::int32_t size = 2; line > 0 && size <= largest; ++size) {
+  for (std::int32_t size = 2; size <= largest; ++size) {
     const std::int64_t end = (std::int64_t{line} - 1) / size * size + size;
     if (end > line && end <= height) sizes.emplace(static_cast<std::int32_t>(end), size);
   }
   return sizes;
 }
 
-// Blocks across the line where single pixels end tell why they end there.
-std::int32_t find_end(std::int32_t line, std::int32_t width, std::int32_t height,
-                      const BlockProbe& comes) {
+// Single pixels end at this line because the data end there or because no block may start there. A
+// block that starts above the line and ends below it tells the two apart: where the data go on it
+// is delivered, and then the last such block that is delivered shows how far.
+void find_ends(BlockLimits& limits, std::int32_t width, std::int32_t height,
+               const BlockProbe& comes) {
+  const std::int32_t line = limits.line;
+  limits.end = line;
+  if (line == 0 && limits.column == 0) return;  // no block starts anywhere
   const auto sizes = ends_across(line, width, height);
   const auto is_there = [&](auto block) {
     const auto [end, size] = *block;
-    return comes(size, end / size - 1, width / size - 1);
+    return comes(size, end / size - 1, line > 0 ? width / size - 1 : 0);
   };
-  if (sizes.empty() || !is_there(sizes.begin())) return line;
+  if (sizes.empty()) return;
+  if (!is_there(sizes.begin())) {
+    limits.data_end = sizes.begin()->first - 1;
+    return;
+  }
   const auto refused =
       first_refused(1, static_cast<std::int64_t>(sizes.size()),
                     [&](std::int64_t i) { return is_there(std::next(sizes.begin(), i)); });
   const auto next = std::next(sizes.begin(), refused);
-  return next == sizes.end() ? height : next->first - 1;
+  limits.end = next == sizes.end() ? height : next->first - 1;
+  if (next != sizes.end()) limits.data_end = limits.end;
 }
 
 }  // namespace
@@ -45,7 +55,9 @@ BlockLimits find_block_limits(std::int32_t width, std::int32_t height, const Blo
     return comes(1, static_cast<std::int32_t>(i / width), static_cast<std::int32_t>(i % width));
   });
   const auto line = static_cast<std::int32_t>(pixel / width);
-  return {line, static_cast<std::int32_t>(pixel % width), find_end(line, width, height, comes)};
+  BlockLimits limits{line, static_cast<std::int32_t>(pixel % width), line};
+  find_ends(limits, width, height, comes);
+  return limits;
 }
 
 }  // namespace gridkit

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include "gridkit/error.h"
+#include "gridkit/services/plain_locale.h"
 
 namespace gridkit {
 
@@ -14,16 +15,22 @@ void find(const Exports& exports, const std::string& name, Function& function) {
   if (function == nullptr) throw Error("it has no function " + name);
 }
 
+// Why a library was not loaded.
+std::string loader_error() {
+  const PlainLocale plain;
+  return ::dlerror();
+}
+
 }  // namespace
 
-void library_closer::operator()(void* library) const {
+void LibraryCloser::operator()(void* library) const {
   ::dlclose(library);
 }
 
 std::unique_ptr<Exports> find_exports(const std::filesystem::path& library) try {
   auto exports = std::make_unique<Exports>();
   exports->library.reset(::dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL));
-  if (exports->library == nullptr) throw Error(::dlerror());
+  if (exports->library == nullptr) throw Error(loader_error());
   const std::string prefix = library.stem().string();
   Exports& e = *exports;
   find(e, prefix + "InstanceDescriptionGet", e.InstanceDescriptionGet);

@@ -13,12 +13,12 @@ using FileHandle = void*;
 using LayerHandle = void*;
 using MifValue = void*;
 
-struct library_closer {
+struct LibraryCloser {
   void operator()(void* library) const;
 };
 
 struct Exports {
-  std::unique_ptr<void, library_closer> library;
+  std::unique_ptr<void, LibraryCloser> library;
 
   std::int32_t (*InstanceDescriptionGet)(char**);
   std::int32_t (*InstanceTitleListGet)(std::int32_t*, char***);

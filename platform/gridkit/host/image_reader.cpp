@@ -8,6 +8,7 @@
 
 #include "gridkit/host/block_limits.h"
 #include "gridkit/host/first_refused.h"
+#include "gridkit/host/sample_road.h"
 #include "gridkit/host/tail.h"
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
@@ -108,12 +109,14 @@ bool read_block_row(const Layer& layer, const Window& window, std::int32_t row,
 
 // Lines, if any, that lie past the data, or so far above their end that they are not held for
 // another attempt.
-void give_up_lines(std::int32_t width, const LineRange& lines, const MarkedLineSink& sink,
-                   std::vector<LineRange>& missing) {
+void give_up_lines(const Tail& tail, std::int32_t width, const LineRange& lines,
+                   const MarkedLineSink& sink, std::vector<LineRange>& missing) {
   if (lines.first > lines.last) return;
   const std::vector<std::uint16_t> empty(static_cast<std::size_t>(width), 0);
-  for (std::int32_t line = lines.first; line <= lines.last; ++line) sink(empty, 1, false);
-  append(missing, lines);
+  for (std::int32_t line = lines.first; line <= lines.last; ++line) {
+    sink(empty, 1, false);
+    append(missing, {line, line, tail.why(line)});
+  }
 }
 
 // Hands the tail on in runs of lines that are complete or are not.
@@ -249,6 +252,9 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
                                    const Window& window, const MarkedLineSink& sink) {
   const Layer layer = open_with_preferred_blocks(product, layer_name);
   check_window(layer, window);
+  if (const auto road = sample_road_to(product, layer)) {
+    return read_over_samples(*road, window, sink);
+  }
   std::vector<std::uint16_t> block;
   std::vector<std::uint16_t> lines;
   const std::int32_t size = layer.block_width();
@@ -267,9 +273,9 @@ std::vector<LineRange> read_window(const Product& product, const std::string& la
   const Tail tail = read_with_other_blocks(product, layer, rest);
   const std::int32_t held_end = tail.window().line + tail.window().height;
   std::vector<LineRange> missing;
-  give_up_lines(window.width, {next, tail.window().line - 1}, sink, missing);
+  give_up_lines(tail, window.width, {next, tail.window().line - 1}, sink, missing);
   hand_on(tail, sink, missing);
-  give_up_lines(window.width, {held_end, end - 1}, sink, missing);
+  give_up_lines(tail, window.width, {held_end, end - 1}, sink, missing);
   return missing;
 }
 

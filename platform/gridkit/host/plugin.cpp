@@ -32,7 +32,7 @@ FormatDescription describe(const Exports& exports) {
   const auto titles = static_cast<std::int32_t>(format.titles.size());
   unsigned char* flags = nullptr;
   if (exports.InstanceTemplateListGet(&list, &flags) == 0) {
-    const heap_block owned_flags(flags);
+    const HeapBlock owned_flags(flags);
     format.templates = take_texts(list, titles);
   }
   if (exports.InstanceExtListGet(&list) == 0) format.extensions = take_texts(list, titles);
@@ -57,10 +57,15 @@ ReportCollector::~ReportCollector() {
 // Called by the plug-in's printing, so nothing may be thrown.
 void ReportCollector::collect(const gke_Report* report, void* collector) try {
   auto& text = static_cast<ReportCollector*>(collector)->text_;
+  const gke_Report* oldest = report;
   for (; report != nullptr; report = gke_ReportPrevious(report)) {
     if (!text.empty()) text += "; ";
     text += std::string(gke_ReportWord(report)) + ": " + gke_ReportMessage(report);
+    oldest = report;
   }
+  if (oldest == nullptr) return;
+  const std::string message = gke_ReportMessage(oldest);
+  if (!message.ends_with(" failed")) static_cast<ReportCollector*>(collector)->cause_ = message;
 } catch (const std::bad_alloc&) {
   // Short enough to need no memory.
   auto& text = static_cast<ReportCollector*>(collector)->text_;
@@ -100,11 +105,11 @@ Product Plugin::open(const std::string& path, const std::string& mode) {
   const bool registered = pool_FindFileHandleIfOpen(path.c_str(), 0) == record;
   if (record == nullptr || !registered) {
     // Not every operation of the toolkit can report.
-    std::string why = reports.text();
-    if (why.find(scope.refusal()) == std::string::npos) {
-      why += (why.empty() ? "" : "; ") + scope.refusal();
-    }
-    throw Error(path + ": " + (why.empty() ? "the open product is not in the registry" : why));
+    std::string why = scope.refusal();
+    std::string calls = reports.text();
+    if (calls.find(why) == std::string::npos) calls += (calls.empty() ? "" : "; ") + why;
+    if (calls.empty()) why = "the open product is not in the registry";
+    throw Error(path + ": cannot be opened", why.empty() ? reports.cause() : why, calls);
   }
   return Product(shared_from_this(), record, path, title);
 }

@@ -10,6 +10,7 @@
 
 #include "gridkit/dictionary.h"
 #include "gridkit/host/exports.h"
+#include "gridkit/samples.h"
 #include "gridkit/services/host_texts.h"
 
 namespace gridkit {
@@ -21,6 +22,11 @@ struct Record {
   FileHandle handle;
   std::string path;
   std::int32_t title;
+  std::mutex samples_mutex;
+  std::optional<Samples> samples;  // after their first use
+  std::mutex layer_names_mutex;
+  // Asked for once: what a plug-in keeps for a list may stay until the record ends.
+  std::optional<std::vector<std::string>> layer_names;
 
   Record(std::shared_ptr<Plugin> owner, const Exports* functions, FileHandle file, std::string name,
          std::int32_t title_index)
@@ -37,13 +43,13 @@ struct Record {
 namespace {
 
 // The records that are open, by their handles.
-struct open_records {
+struct OpenRecords {
   std::mutex mutex;
   std::map<FileHandle, std::weak_ptr<Record>> by_handle;
 };
 
-open_records& records() {
-  static open_records instance;
+OpenRecords& records() {
+  static OpenRecords instance;
   return instance;
 }
 
@@ -56,15 +62,18 @@ const std::string& entry(const std::vector<std::string>& list, std::int32_t inde
 }
 
 // Ends the dictionaries that plug-ins leave to the toolkit.
-struct dictionary_release {
-  dictionary_release() = default;
-  dictionary_release(const dictionary_release&) = delete;
-  dictionary_release& operator=(const dictionary_release&) = delete;
-  ~dictionary_release() { gkd_ReleaseDictionaries(); }
+struct DictionaryRelease {
+  DictionaryRelease() = default;
+  DictionaryRelease(const DictionaryRelease&) = delete;
+  DictionaryRelease& operator=(const DictionaryRelease&) = delete;
+  ~DictionaryRelease() { gkd_ReleaseDictionaries(); }
 };
 
+// `what` begins with the product's path, which is not told again.
 [[noreturn]] void refuse(const std::string& what, const ReportCollector& reports) {
-  throw Error(reports.text().empty() ? what : what + ": " + reports.text());
+  const std::string lead = what.substr(0, what.find(": ") + 2);
+  const std::string& cause = reports.cause();
+  throw Error(what, cause.starts_with(lead) ? cause.substr(lead.size()) : cause, reports.text());
 }
 
 }  // namespace
@@ -97,13 +106,15 @@ const std::string& Product::title() const {
 }
 
 std::vector<std::string> Product::layer_names() const {
+  const std::lock_guard lock(record_->layer_names_mutex);
+  if (record_->layer_names) return *record_->layer_names;
   const ReportCollector reports;
   std::int32_t count = 0;
   char** names = nullptr;
   if (record_->exports->FileLayerNamesGet(record_->handle, &count, &names) != 0) {
     refuse(path() + ": the layers cannot be listed", reports);
   }
-  return take_texts(names, count);
+  return record_->layer_names.emplace(take_texts(names, count));
 }
 
 std::vector<std::string> Product::data_names() const {
@@ -119,21 +130,28 @@ std::vector<std::string> Product::data_names() const {
 
 std::optional<NonStandardData> Product::read_data(const std::string& name) const {
   const ReportCollector reports;
-  const dictionary_release release;
+  const DictionaryRelease release;
   void* data = nullptr;
   std::int32_t size = 0;
   char* dictionary = nullptr;
   char* type = nullptr;
   const std::int32_t result = record_->exports->FileDataRead(record_->handle, name.c_str(), &data,
                                                              &size, &dictionary, &type);
-  const heap_block owned_data(data);
-  heap_text owned_dictionary(dictionary);
+  const HeapBlock owned_data(data);
+  HeapText owned_dictionary(dictionary);
   NonStandardData read{take_text(type), take_text(owned_dictionary.release()), {}};
   if (result != 0) refuse(path() + ": " + name + " cannot be read", reports);
   if (data == nullptr || size < 0) return std::nullopt;
   const auto* bytes = static_cast<const std::byte*>(data);
   read.bytes.assign(bytes, bytes + size);
   return read;
+}
+
+Samples Product::samples() const {
+  Record& record = *record_;
+  const std::lock_guard lock(record.samples_mutex);
+  if (!record.samples) record.samples = Samples::open(*record.plugin, record.path);
+  return *record.samples;
 }
 
 Layer Product::open_layer(const std::string& name) const {
@@ -219,7 +237,7 @@ std::optional<MapInfo> Layer::map_info() const {
   const std::int32_t result =
       record_->exports->LayerMapInfoRead(handle_, &projection, &x, &y, &width, &height, &units);
   const bool has_map = projection != nullptr;
-  heap_text owned_units(units);
+  HeapText owned_units(units);
   MapInfo info{take_text(projection), {x, y}, {width, height}, take_text(owned_units.release())};
   if (result != 0) refuse(record_->path + ": no map information of " + name_, reports);
   return has_map ? std::optional(info) : std::nullopt;
@@ -233,7 +251,7 @@ std::optional<MapProjection> Layer::map_projection() const {
       handle_, &name, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7]);
   const bool has_map =
       name != nullptr || std::any_of(v.begin(), v.end(), [](MifValue o) { return o != nullptr; });
-  std::array<heap_text, 8> values;
+  std::array<HeapText, 8> values;
   for (std::size_t i = 0; i < v.size(); ++i) values[i].reset(static_cast<char*>(v[i]));
   MapProjection projection{take_text(name), {}};
   for (std::size_t i = 0; i < v.size(); ++i) {

@@ -6,8 +6,8 @@ namespace gridkit {
 
 namespace {
 
-// What takes time, in pixels of a block: a block by itself, and another size, for which all sizes
-// are weighed once more.
+// What reading costs, counted in pixels that a block brings: to ask for a block at all, and to try
+// another block size at all, since then the promise of every size is computed anew.
 constexpr std::int64_t block_cost = 1000;
 constexpr std::int64_t size_cost = 1000000;
 
@@ -16,7 +16,7 @@ constexpr int most_sizes = 16;
 }  // namespace
 
 void append(std::vector<LineRange>& ranges, const LineRange& lines) {
-  if (!ranges.empty() && ranges.back().last == lines.first - 1) {
+  if (!ranges.empty() && ranges.back().last == lines.first - 1 && ranges.back().why == lines.why) {
     ranges.back().last = lines.last;
   } else {
     ranges.push_back(lines);
@@ -162,7 +162,7 @@ std::vector<LineRange> Tail::missing() const {
   for (std::int32_t i = 0; i < lines(); ++i) {
     if (filled_until_[static_cast<std::size_t>(i)] >= right()) continue;
     const std::int32_t line = window_.line + i;
-    append(ranges, {line, line});
+    append(ranges, {line, line, why(line)});
   }
   return ranges;
 }

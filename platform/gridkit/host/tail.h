@@ -16,7 +16,7 @@ namespace gridkit {
 using BlockReader = std::function<bool(std::int32_t size, std::int32_t row, std::int32_t column,
                                        std::vector<std::uint16_t>& block)>;
 
-// Adds lines behind those that are there.
+// Adds lines after those that are there.
 void append(std::vector<LineRange>& ranges, const LineRange& lines);
 
 // The lines at the bottom of a window that did not come with the first block size, and what is
@@ -59,6 +59,11 @@ class Tail {
 
   // The image's lines that are not complete.
   std::vector<LineRange> missing() const;
+
+  // Why a line that did not come did not.
+  Unread why(std::int32_t line) const {
+    return line < limits_.data_end ? Unread::out_of_reach : Unread::no_data;
+  }
 
  private:
   // What blocks of one size may bring, and how many of them it takes.

@@ -1,15 +1,11 @@
 #include "gridkit/layers/gdal_support.h"
 
-#include <malloc.h>
-
-#include <algorithm>
 #include <cerrno>
 #include <initializer_list>
 #include <mutex>
 #include <new>
 #include <system_error>
 
-#include <cpl_conv.h>
 #include <cpl_error.h>
 #include <gdal.h>
 #include <gdal_frmts.h>
@@ -18,35 +14,9 @@
 
 namespace gridkit {
 
-namespace {
-
-// The library has and frees its tiles by the megabyte. The C library would hand such memory back to
-// the system each time, and the next tiles would have to be had page by page; so some is kept.
-void keep_freed_memory() {
-#ifdef __GLIBC__
-  constexpr int kept_bytes = 64 * 1024 * 1024;
-  constexpr int largest_kept_block = 16 * 1024 * 1024;
-  mallopt(M_TRIM_THRESHOLD, kept_bytes);
-  mallopt(M_MMAP_THRESHOLD, largest_kept_block);
-#endif
-}
-
-// The library would keep tiles up to a twentieth of the machine's memory.
-void bound_tile_cache() {
-  constexpr GIntBig most_bytes = GIntBig{128} * 1024 * 1024;
-  const bool is_chosen = CPLGetConfigOption("GDAL_CACHEMAX", nullptr) != nullptr;
-  if (!is_chosen) GDALSetCacheMax64(std::min(GDALGetCacheMax64(), most_bytes));
-}
-
-}  // namespace
-
 void register_geotiff() {
   static std::once_flag once;
-  std::call_once(once, [] {
-    keep_freed_memory();
-    bound_tile_cache();
-    GDALRegister_GTiff();
-  });
+  std::call_once(once, GDALRegister_GTiff);
 }
 
 void register_cog() {
@@ -56,8 +26,8 @@ void register_cog() {
 }
 
 // Called by the library, so nothing may be thrown.
-void gdal_messages::collect(int kind, int, const char* message) {
-  auto* self = static_cast<gdal_messages*>(CPLGetErrorHandlerUserData());
+void GdalMessages::collect(int kind, int, const char* message) {
+  auto* self = static_cast<GdalMessages*>(CPLGetErrorHandlerUserData());
   if (kind < CE_Failure || self->any()) return;
   self->os_error_ = errno;
   try {
@@ -67,22 +37,22 @@ void gdal_messages::collect(int kind, int, const char* message) {
   }
 }
 
-gdal_messages::gdal_messages() {
+GdalMessages::GdalMessages() {
   errno = 0;
   CPLPushErrorHandlerEx(
       [](CPLErr kind, CPLErrorNum number, const char* message) { collect(kind, number, message); },
       this);
 }
 
-gdal_messages::~gdal_messages() {
+GdalMessages::~GdalMessages() {
   CPLPopErrorHandler();
 }
 
-std::string gdal_messages::first_or(const char* otherwise) const {
+std::string GdalMessages::first_or(const char* otherwise) const {
   return first_.empty() ? otherwise : first_;
 }
 
-std::string gdal_messages::reason() const {
+std::string GdalMessages::reason() const {
   for (const int error : {ENOSPC, EDQUOT, EFBIG, EROFS}) {
     const bool is_told = first_.find(std::generic_category().message(error)) != std::string::npos;
     if (is_told || os_error_ == error) return os_error_in_words(error);

@@ -2,21 +2,25 @@
 
 #include <string>
 
+#include "gridkit/services/plain_locale.h"
+
 namespace gridkit {
 
-// Registers GDAL's GeoTIFF driver once for the process.
+// Registers GDAL's GeoTIFF driver once for the process, unless the program has registered it. It is
+// the one driver that reading needs, and stays registered: open files belong to it.
 void register_geotiff();
 
 // Registers the driver that writes Cloud-Optimised GeoTIFF too, once for the process.
 void register_cog();
 
-// While it lives, GDAL's error messages of this thread are collected instead of printed.
-class gdal_messages {
+// Stands around every use of GDAL: while it lives, GDAL's error messages of this thread are
+// collected instead of printed, and are told in the locale "C".
+class GdalMessages {
  public:
-  gdal_messages();
-  gdal_messages(const gdal_messages&) = delete;
-  gdal_messages& operator=(const gdal_messages&) = delete;
-  ~gdal_messages();
+  GdalMessages();
+  GdalMessages(const GdalMessages&) = delete;
+  GdalMessages& operator=(const GdalMessages&) = delete;
+  ~GdalMessages();
 
   // The first error since construction, or `otherwise`.
   std::string first_or(const char* otherwise) const;
@@ -29,6 +33,7 @@ class gdal_messages {
  private:
   static void collect(int kind, int number, const char* message);
 
+  PlainLocale plain_;
   std::string first_;
   int os_error_ = 0;  // the system's last error when the first came
 };

@@ -23,12 +23,12 @@
 
 namespace {
 
-using gridkit::dataset;
+using gridkit::Dataset;
 
-struct list_deleter {
+struct ListDeleter {
   void operator()(gks_StringList* list) const { gks_StringListDelete(list, nullptr); }
 };
-using string_list = std::unique_ptr<gks_StringList, list_deleter>;
+using StringList = std::unique_ptr<gks_StringList, ListDeleter>;
 
 // Why a path is not opened at all; empty when it may be tried.
 std::string refusal_of(const char* path) {
@@ -47,13 +47,13 @@ std::string plain_path(std::string_view path) {
 
 // Opens a GeoTIFF by itself: files that lie beside it have no say in its pixels nor
 // in where they lie.
-dataset open_geotiff(const char* file) {
+Dataset open_geotiff(const char* file) {
   gridkit::register_geotiff();
   const std::string path = plain_path(file);
   constexpr const char* drivers[] = {"GTiff", nullptr};
   constexpr const char* options[] = {"GEOREF_SOURCES=INTERNAL", nullptr};
   constexpr const char* siblings[] = {nullptr};
-  return dataset(
+  return Dataset(
       GDALOpenEx(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, drivers, options, siblings));
 }
 
@@ -75,19 +75,19 @@ std::int64_t piece_bytes(GDALDatasetH file, GDALRasterBandH band) {
 
 constexpr std::int64_t most_piece_bytes = std::int64_t{1} << 30;
 
-struct layer_name {
+struct LayerName {
   int band;
   const char* path;
 };
 
-std::optional<layer_name> parse(const char* name) {
+std::optional<LayerName> parse(const char* name) {
   const char* end = name + std::strlen(name);
   int band = 0;
   const auto number = std::from_chars(name, end, band);
   if (number.ec != std::errc() || number.ptr == end || *number.ptr != ':' || band < 1) {
     return std::nullopt;
   }
-  return layer_name{band, number.ptr + 1};
+  return LayerName{band, number.ptr + 1};
 }
 
 std::optional<GDALDataType> gdal_type(int32_t pixelType) {
@@ -108,11 +108,11 @@ std::optional<GDALDataType> gdal_type(int32_t pixelType) {
 }
 
 // The part of [first, first + count) that lies in [0, size): its start, and how much there is.
-struct overlap {
+struct Overlap {
   std::int64_t begin;
   std::int64_t count;
 };
-overlap clip(std::int64_t first, std::int64_t count, std::int64_t size) {
+Overlap clip(std::int64_t first, std::int64_t count, std::int64_t size) {
   const std::int64_t begin = std::clamp<std::int64_t>(first, 0, size);
   const std::int64_t end = std::clamp<std::int64_t>(first + count, 0, size);
   return {begin, std::max<std::int64_t>(end - begin, 0)};
@@ -192,13 +192,13 @@ gks_StringList* gkl_LayerGetNames(const char* path, gki_Instance* token, gke_Rep
     gridkit::fail(err, word, {refusal});
     return nullptr;
   }
-  const gridkit::gdal_messages messages;
-  const dataset file = open_geotiff(path);
+  const gridkit::GdalMessages messages;
+  const Dataset file = open_geotiff(path);
   if (file == nullptr) {
     gridkit::fail(err, word, {path, ": ", messages.first_or("not a GeoTIFF file")});
     return nullptr;
   }
-  string_list names;
+  StringList names;
   const int bands = GDALGetRasterCount(file.get());
   for (int band = 1; band <= bands; ++band) {
     const std::string name = std::to_string(band) + ':' + path;
@@ -236,8 +236,8 @@ gkl_Layer* gkl_LayerOpen(const char* name, gki_Instance* token, gke_Report** err
     gridkit::fail(err, word, {refusal});
     return nullptr;
   }
-  const gridkit::gdal_messages messages;
-  dataset file = open_geotiff(parsed->path);
+  const gridkit::GdalMessages messages;
+  Dataset file = open_geotiff(parsed->path);
   GDALRasterBandH band = file == nullptr || parsed->band > GDALGetRasterCount(file.get())
                              ? nullptr
                              : GDALGetRasterBand(file.get(), parsed->band);
@@ -264,7 +264,7 @@ void gkl_LayerClose(gkl_Layer* layer, gke_Report** err) {
     gridkit::fail(err, "gkl_LayerClose", {"no layer"});
     return;
   }
-  const gridkit::gdal_messages messages;
+  const gridkit::GdalMessages messages;
   delete layer;
 }
 
@@ -280,8 +280,8 @@ void gkl_LayerRead(gkl_Layer* layer, int32_t firstColumn, int32_t firstLine, int
     gridkit::fail(err, word, {"the window does not fit the rectangle"});
     return;
   }
-  const overlap columns = clip(firstColumn, width, layer->width);
-  const overlap lines = clip(firstLine, height, layer->height);
+  const Overlap columns = clip(firstColumn, width, layer->width);
+  const Overlap lines = clip(firstLine, height, layer->height);
   if (columns.count < width || lines.count < height) clear(*rect, width, height);
   if (columns.count == 0 || lines.count == 0) return;
 
@@ -289,7 +289,7 @@ void gkl_LayerRead(gkl_Layer* layer, int32_t firstColumn, int32_t firstLine, int
                   static_cast<int>(columns.count), static_cast<int>(lines.count),
                   static_cast<char*>(rect->data) + rect->rowStride * (lines.begin - firstLine) +
                       rect->columnStride * (columns.begin - firstColumn)};
-  const gridkit::gdal_messages messages;
+  const gridkit::GdalMessages messages;
   if (!read(layer->band, part, *rect, *type)) {
     gridkit::fail(err, word, {messages.first_or("the image cannot be read")});
   }

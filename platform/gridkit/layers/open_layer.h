@@ -9,16 +9,16 @@
 
 namespace gridkit {
 
-struct dataset_closer {
+struct DatasetCloser {
   void operator()(void* dataset) const { GDALClose(dataset); }
 };
-using dataset = std::unique_ptr<void, dataset_closer>;
+using Dataset = std::unique_ptr<void, DatasetCloser>;
 
 }  // namespace gridkit
 
 // An open layer: one band of its file.
 struct gkl_Layer {
-  gridkit::dataset file;
+  gridkit::Dataset file;
   GDALRasterBandH band;
   int32_t width;
   int32_t height;

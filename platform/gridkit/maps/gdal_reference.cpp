@@ -7,7 +7,7 @@
 namespace gridkit {
 
 OGRSpatialReference reference_of(const Georeference& georeference) {
-  const gdal_messages messages;
+  const GdalMessages messages;
   if (georeference.projection) {
     OGRSpatialReference reference = reference_of(form_of(*georeference.projection));
     reference.AutoIdentifyEPSG();  // a name for other tools; without a code it stays as it is

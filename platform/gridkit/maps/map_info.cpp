@@ -19,7 +19,7 @@ namespace {
 // Coefficients as GDAL tells them, at pixel corners: x = t[0] + column * t[1] + line * t[2],
 // y = t[3] + column * t[4] + line * t[5].
 std::array<double, 6> upright_grid(const gkl_Layer& layer) {
-  const gdal_messages messages;
+  const GdalMessages messages;
   std::array<double, 6> t{};
   if (GDALGetGeoTransform(layer.file.get(), t.data()) != CE_None) {
     throw Error("the image tells no place on its map");

@@ -14,15 +14,15 @@ namespace gridkit {
 
 namespace {
 
-using transformation = std::unique_ptr<OGRCoordinateTransformation>;
+using Transformation = std::unique_ptr<OGRCoordinateTransformation>;
 
-transformation transformation_between(const OGRSpatialReference& from,
+Transformation transformation_between(const OGRSpatialReference& from,
                                       const OGRSpatialReference& to, const std::string& datum) {
-  const gdal_messages messages;
+  const GdalMessages messages;
   OGRCoordinateTransformationOptions options;
   // Better no answer than one that leaves a shift of datum out.
   options.SetBallparkAllowed(false);
-  transformation made(OGRCreateCoordinateTransformation(&from, &to, options));
+  Transformation made(OGRCreateCoordinateTransformation(&from, &to, options));
   if (made == nullptr) {
     throw Error("no transformation between the datum \"" + datum +
                 "\" and WGS 84: " + messages.first_or("none is known"));
@@ -30,13 +30,13 @@ transformation transformation_between(const OGRSpatialReference& from,
   return made;
 }
 
-struct xy {
+struct Xy {
   double x;
   double y;
 };
 
-xy transform(OGRCoordinateTransformation& path, xy point, const char* what) {
-  const gdal_messages messages;
+Xy transform(OGRCoordinateTransformation& path, Xy point, const char* what) {
+  const GdalMessages messages;
   int reached = 0;
   const bool finite = std::isfinite(point.x) && std::isfinite(point.y);
   const bool done =
@@ -51,8 +51,8 @@ xy transform(OGRCoordinateTransformation& path, xy point, const char* what) {
 
 struct MapTransform::Path {
   MapInfo grid;
-  transformation to_ground;
-  transformation to_map;
+  Transformation to_ground;
+  Transformation to_map;
 };
 
 MapTransform::MapTransform(const MapInfo& info, const MapProjection& projection)
@@ -77,9 +77,9 @@ MapTransform::~MapTransform() = default;
 
 GeographicPoint MapTransform::to_ground(const ImagePoint& point) const {
   const MapInfo& grid = path_->grid;
-  const xy map{grid.upper_left[0] + (point.sample + 0.5) * grid.pixel_size[0],
+  const Xy map{grid.upper_left[0] + (point.sample + 0.5) * grid.pixel_size[0],
                grid.upper_left[1] + (point.line + 0.5) * grid.pixel_size[1]};
-  const xy ground = transform(*path_->to_ground, map, "the image point");
+  const Xy ground = transform(*path_->to_ground, map, "the image point");
   return {ground.y, ground.x};
 }
 
@@ -88,7 +88,7 @@ ImagePoint MapTransform::to_image(const GeographicPoint& point) const {
     throw Error("the ground point's latitude is not in -90 to 90 degrees");
   }
   const MapInfo& grid = path_->grid;
-  const xy map = transform(*path_->to_map, {point.longitude_degrees, point.latitude_degrees},
+  const Xy map = transform(*path_->to_map, {point.longitude_degrees, point.latitude_degrees},
                            "the ground point");
   return {(map.x - grid.upper_left[0]) / grid.pixel_size[0] - 0.5,
           (map.y - grid.upper_left[1]) / grid.pixel_size[1] - 0.5};

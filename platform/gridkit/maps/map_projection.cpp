@@ -56,7 +56,7 @@ MapProjection whole_mif_of(const OGRSpatialReference& reference) {
 }
 
 std::unique_ptr<gkj_Projection> projection_of(const OGRSpatialReference& reference) {
-  const gdal_messages messages;
+  const GdalMessages messages;
   auto projection = std::make_unique<gkj_Projection>();
   try {
     projection->mif = whole_mif_of(reference);
@@ -68,7 +68,7 @@ std::unique_ptr<gkj_Projection> projection_of(const OGRSpatialReference& referen
 }
 
 std::unique_ptr<gkj_Projection> projection_of(const MapProjection& mif) {
-  const gdal_messages messages;
+  const GdalMessages messages;
   const ProjectionForm form = form_of(mif);
   auto projection = std::make_unique<gkj_Projection>();
   projection->mif = mif_of(form);
@@ -77,10 +77,10 @@ std::unique_ptr<gkj_Projection> projection_of(const MapProjection& mif) {
 }
 
 constexpr std::size_t value_count = 8;
-using value_addresses = std::array<gkj_MifValue*, value_count>;
+using ValueAddresses = std::array<gkj_MifValue*, value_count>;
 
 // Copies of all nine texts through the addresses. Throws std::bad_alloc and leaves nulls.
-void hand_out(const MapProjection& mif, char** name, const value_addresses& values) {
+void hand_out(const MapProjection& mif, char** name, const ValueAddresses& values) {
   *name = gks_Duplicate(mif.name.c_str());
   bool complete = *name != nullptr;
   for (std::size_t i = 0; i < value_count; ++i) {
@@ -132,8 +132,8 @@ void gkj_ProjectionConvertToMIF(const gkj_Projection* projection, char** project
                                 gkj_MifValue* mifValue6, gkj_MifValue* mifValue7,
                                 gkj_MifValue* mifValue8, gkj_MifValue* mifValue9,
                                 gke_Report** err) try {
-  const gridkit::value_addresses values{mifValue2, mifValue3, mifValue4, mifValue5,
-                                        mifValue6, mifValue7, mifValue8, mifValue9};
+  const gridkit::ValueAddresses values{mifValue2, mifValue3, mifValue4, mifValue5,
+                                       mifValue6, mifValue7, mifValue8, mifValue9};
   bool complete = projectionName != nullptr;
   for (const gkj_MifValue* value : values) complete = complete && value != nullptr;
   if (!complete) throw gridkit::Error("no address for one of the values");

@@ -8,7 +8,7 @@
 namespace gridkit {
 
 OGRSpatialReference map_reference(const gkl_Layer& layer) {
-  const gdal_messages messages;
+  const GdalMessages messages;
   const auto stated = GDALGetSpatialRef(layer.file.get());
   if (stated == nullptr) throw Error("the image has no map projection");
   OGRSpatialReference reference(*OGRSpatialReference::FromHandle(stated));

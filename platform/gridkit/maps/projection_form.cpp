@@ -65,7 +65,7 @@ std::optional<ProjectionForm> polar_stereographic_of(const OGRSpatialReference& 
   return latitude == 0 || scaled_twice ? std::nullopt : std::optional(form);
 }
 
-struct crs_list_deleter {
+struct CrsListDeleter {
   void operator()(OSRCRSInfo** list) const { OSRDestroyCRSInfoList(list); }
 };
 
@@ -73,7 +73,7 @@ struct crs_list_deleter {
 // all authorities for null; empty when there is none.
 std::string code_of(const std::string& name, const char* authority) {
   int count = 0;
-  const std::unique_ptr<OSRCRSInfo*, crs_list_deleter> list(
+  const std::unique_ptr<OSRCRSInfo*, CrsListDeleter> list(
       OSRGetCRSInfoListFromDatabase(authority, nullptr, &count));
   const std::span entries(list.get(), static_cast<std::size_t>(list == nullptr ? 0 : count));
   const auto found = std::find_if(entries.begin(), entries.end(), [&](const OSRCRSInfo* entry) {
@@ -139,7 +139,7 @@ std::optional<ProjectionForm> form_of(const OGRSpatialReference& reference) {
 }
 
 OGRSpatialReference datum_of(const std::string& name) {
-  const gdal_messages messages;
+  const GdalMessages messages;
   require_proj_database();
   const std::string code = code_of(name);
   OGRSpatialReference datum;
@@ -151,7 +151,7 @@ OGRSpatialReference datum_of(const std::string& name) {
 
 OGRSpatialReference reference_of(const ProjectionForm& form) {
   const OGRSpatialReference datum = datum_of(form.datum);
-  const gdal_messages messages;
+  const GdalMessages messages;
   OGRSpatialReference reference;
   reference.SetProjCS(name_of(form.method));
   bool made = reference.CopyGeogCSFrom(&datum) == OGRERR_NONE;
@@ -171,7 +171,7 @@ OGRSpatialReference reference_of(const ProjectionForm& form) {
 }
 
 void require_proj_database() {
-  const gdal_messages messages;
+  const GdalMessages messages;
   OGRSpatialReference wgs84;
   if (wgs84.importFromEPSG(4326) == OGRERR_NONE) return;
   throw Error("the PROJ database cannot be read (is PROJ_LIB the folder of proj.db?): " +

@@ -56,9 +56,9 @@ std::string text_of(double value) {
 }
 
 // Reads the values of one projection; each refusal names the value.
-class value_reader {
+class ValueReader {
  public:
-  value_reader(const MapProjection& mif, ProjectionForm::Method method)
+  ValueReader(const MapProjection& mif, ProjectionForm::Method method)
       : mif_(mif), method_(method) {}
 
   [[noreturn]] void refuse(std::size_t number, const std::string& what) const {
@@ -154,7 +154,7 @@ ProjectionForm form_of(const MapProjection& mif) {
   require_short_texts(mif);
   ProjectionForm form;
   form.method = method_of(mif.name);
-  const value_reader read(mif, form.method);
+  const ValueReader read(mif, form.method);
   form.datum = read.text(2);
   if (read.text(3) != "metre") read.refuse(3, "is \"" + read.text(3) + "\", not \"metre\"");
   form.south = read.is_second(5, "N", "S");

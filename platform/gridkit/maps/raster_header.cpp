@@ -34,15 +34,15 @@ class Slot {
   gke_Report* report_ = nullptr;
 };
 
-struct layer_closer {
+struct LayerCloser {
   void operator()(gkl_Layer* layer) const { gkl_LayerClose(layer, nullptr); }
 };
-using open_layer = std::unique_ptr<gkl_Layer, layer_closer>;
+using OpenLayer = std::unique_ptr<gkl_Layer, LayerCloser>;
 
-open_layer open(const std::string& path) {
+OpenLayer open(const std::string& path) {
   Slot slot;
   const std::string name = "1:" + path;
-  open_layer layer(gkl_LayerOpen(name.c_str(), gki_GetInit(nullptr), slot.address(), 0));
+  OpenLayer layer(gkl_LayerOpen(name.c_str(), gki_GetInit(nullptr), slot.address(), 0));
   if (layer == nullptr) throw Error(slot.message());
   return layer;
 }
@@ -126,8 +126,8 @@ void read_projection(gkl_Layer* layer, RasterHeader& header) {
 }  // namespace
 
 RasterHeader read_raster_header(const std::string& path) {
-  const open_layer layer = open(path);
-  const gdal_messages messages;
+  const OpenLayer layer = open(path);
+  const GdalMessages messages;
   RasterHeader header;
   header.width = layer->width;
   header.height = layer->height;

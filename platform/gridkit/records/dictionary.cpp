@@ -23,14 +23,14 @@ using gridkit::RecordField;
 
 namespace {
 
-// What stands behind each gkd_Design.
-struct owned_design : gkd_Design {
-  owned_design(RecordDesign design, gkd_Dictionary* dictionary)
+// What each gkd_Design really is.
+struct OwnedDesign : gkd_Design {
+  OwnedDesign(RecordDesign design, gkd_Dictionary* dictionary)
       : gkd_Design{nullptr}, model(std::move(design)), owner(dictionary) {
     name = model.name.c_str();
   }
-  owned_design(const owned_design&) = delete;
-  owned_design& operator=(const owned_design&) = delete;
+  OwnedDesign(const OwnedDesign&) = delete;
+  OwnedDesign& operator=(const OwnedDesign&) = delete;
 
   const RecordDesign model;
   gkd_Dictionary* const owner;
@@ -39,7 +39,7 @@ struct owned_design : gkd_Design {
 }  // namespace
 
 struct gkd_Dictionary {
-  std::vector<std::unique_ptr<owned_design>> designs;
+  std::vector<std::unique_ptr<OwnedDesign>> designs;
   std::vector<const RecordDesign*> registered;  // in the order in which they were added
 };
 
@@ -69,7 +69,7 @@ void require(const void* argument, const char* message) {
 }
 
 const RecordDesign& model_of(const gkd_Design* design) {
-  return static_cast<const owned_design*>(design)->model;
+  return static_cast<const OwnedDesign*>(design)->model;
 }
 
 std::string name_argument(std::va_list& arguments) {
@@ -140,7 +140,7 @@ gkd_Design* gkd_DesignCreate(gkd_Dictionary* dictionary, const char* name, gke_R
     require(dictionary, "no dictionary was given");
     require(name, "no name was given");
     dictionary->designs.push_back(
-        std::make_unique<owned_design>(design_argument(name, arguments), dictionary));
+        std::make_unique<OwnedDesign>(design_argument(name, arguments), dictionary));
     return dictionary->designs.back().get();
   });
   va_end(arguments);
@@ -151,7 +151,7 @@ void gkd_DictionaryAddDesign(gkd_Dictionary* dictionary, gkd_Design* design, gke
   reporting(err, "gkd_DictionaryAddDesign", false, [&] {
     require(dictionary, "no dictionary was given");
     require(design, "no design was given");
-    auto& added = *static_cast<owned_design*>(design);
+    auto& added = *static_cast<OwnedDesign*>(design);
     const std::string& name = added.model.name;
     if (added.owner != dictionary) {
       throw Error("design " + quoted(name) + " belongs to another dictionary");
@@ -199,7 +199,7 @@ void gkd_ConvertToMIF(int32_t, const void* object, const gkd_Design* design, voi
 
 void gkd_DesignDestroy(gkd_Design* design) {
   if (design == nullptr) return;
-  auto* owned = static_cast<owned_design*>(design);
+  auto* owned = static_cast<OwnedDesign*>(design);
   gkd_Dictionary& owner = *owned->owner;
   std::erase(owner.registered, &owned->model);
   std::erase_if(owner.designs, [owned](const auto& known) { return known.get() == owned; });

@@ -73,9 +73,9 @@ std::vector<std::string_view> words_of(std::string_view line) {
   }
 }
 
-class parser {
+class Parser {
  public:
-  explicit parser(std::string_view text) : rest_(text) {}
+  explicit Parser(std::string_view text) : rest_(text) {}
 
   std::vector<RecordDesign> parse() {
     try {
@@ -88,7 +88,7 @@ class parser {
       throw Error("dictionary line " + std::to_string(line_) + ": " + error.what());
     }
     if (!rest_.empty()) {
-      throw Error("dictionary line " + std::to_string(line_ + 1) + ": expected nothing behind " +
+      throw Error("dictionary line " + std::to_string(line_ + 1) + ": expected nothing after " +
                   quoted(last_line));
     }
     return std::move(designs_);
@@ -114,9 +114,9 @@ class parser {
     std::optional<RecordField> field = field_of(words[0]);
     if (!field) throw Error("expected a field's type, \"design\" or \"end\"");
     if (designs_.empty()) throw Error("expected \"design\" before the first field");
-    if (words.size() < 2) throw Error("expected a field's name behind its type");
+    if (words.size() < 2) throw Error("expected a field's name after its type");
     if (field->type != gkd_Enumeration && words.size() > 2) {
-      throw Error("expected nothing behind the field's name");
+      throw Error("expected nothing after the field's name");
     }
     field->name = words[1];
     field->items.assign(words.begin() + 2, words.end());
@@ -125,7 +125,7 @@ class parser {
 
   void begin_design(const std::vector<std::string_view>& words) {
     end_design();
-    if (words.size() != 2) throw Error("expected one name behind \"design\"");
+    if (words.size() != 2) throw Error("expected one name after \"design\"");
     if (designs_.size() == most_designs) {
       throw Error("a dictionary has at most " + std::to_string(most_designs) + " designs");
     }
@@ -170,7 +170,7 @@ std::vector<RecordDesign> parse_dictionary(std::string_view text) {
     throw Error("the dictionary has " + std::to_string(text.size()) + " bytes, at most " +
                 std::to_string(longest_dictionary) + " are allowed");
   }
-  return parser(text).parse();
+  return Parser(text).parse();
 }
 
 }  // namespace gridkit

@@ -22,9 +22,9 @@ RecordDesign find_design(std::string_view dictionary, std::string_view type) {
 
 using Value = decltype(DecodedField::value);
 
-class decoder {
+class Decoder {
  public:
-  explicit decoder(std::span<const std::byte> bytes) : bytes_(bytes) {}
+  explicit Decoder(std::span<const std::byte> bytes) : bytes_(bytes) {}
 
   Value decode(const RecordField& field) {
     field_ = &field;
@@ -101,7 +101,7 @@ class decoder {
   const RecordField* field_ = nullptr;
 };
 
-class encoder {
+class Encoder {
  public:
   void encode(const RecordField& field, const DecodedField& given) {
     field_ = &field;
@@ -192,7 +192,7 @@ std::vector<DecodedField> decode_record(std::string_view dictionary, std::string
                                         std::span<const std::byte> bytes) {
   const RecordDesign design = find_design(dictionary, type);
   return naming(design, [&] {
-    decoder decoder(bytes);
+    Decoder decoder(bytes);
     std::vector<DecodedField> fields;
     for (const RecordField& field : design.fields) {
       fields.push_back({field.name, decoder.decode(field)});
@@ -210,7 +210,7 @@ std::vector<std::byte> encode_record(std::string_view dictionary, std::string_vi
       throw Error(std::to_string(fields.size()) + " fields are given for " +
                   std::to_string(design.fields.size()));
     }
-    encoder encoder;
+    Encoder encoder;
     for (std::size_t i = 0; i < fields.size(); ++i) {
       if (fields[i].name != design.fields[i].name) {
         throw Error("expected the field " + quoted(design.fields[i].name) + ", not " +

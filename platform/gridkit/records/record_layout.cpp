@@ -4,17 +4,17 @@ namespace gridkit {
 
 namespace {
 
-struct extent {
+struct Extent {
   std::size_t size;
   std::size_t alignment;
 };
 
 template <class Type>
-constexpr extent extent_of(std::size_t count = 1) {
+constexpr Extent extent_of(std::size_t count = 1) {
   return {sizeof(Type) * count, alignof(Type)};
 }
 
-extent extent_of(const RecordField& field) {
+Extent extent_of(const RecordField& field) {
   switch (field.type) {
     case gkd_Enumeration:
     case gkd_Integer:
@@ -38,7 +38,7 @@ std::vector<std::size_t> field_offsets(const RecordDesign& design) {
   offsets.reserve(design.fields.size());
   std::size_t end = 0;
   for (const RecordField& field : design.fields) {
-    const extent extent = extent_of(field);
+    const Extent extent = extent_of(field);
     const std::size_t offset = (end + extent.alignment - 1) / extent.alignment * extent.alignment;
     offsets.push_back(offset);
     end = offset + extent.size;

@@ -16,7 +16,7 @@
 
 namespace {
 
-struct closer {
+struct Closer {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
@@ -31,7 +31,7 @@ bool is_mode(std::string_view mode) {
 }  // namespace
 
 struct gkf_File {
-  std::unique_ptr<std::FILE, closer> file;
+  std::unique_ptr<std::FILE, Closer> file;
 };
 
 int32_t gkf_FileExists(const char* path, gke_Report**) {
@@ -49,7 +49,7 @@ gkf_File* gkf_Open(const char* path, const char* mode, gke_Report** err, int32_t
     return nullptr;
   }
   const bool for_writing = std::strcmp(mode, "r") != 0 && std::strcmp(mode, "rb") != 0;
-  gridkit::descriptor opened = gridkit::open_regular_file(path, for_writing);
+  gridkit::Descriptor opened = gridkit::open_regular_file(path, for_writing);
   if (!opened.is_open()) {
     const int reason = errno;
     gridkit::fail(err, word, {gridkit::shown_path(path), ": ", gridkit::os_error_in_words(reason)});

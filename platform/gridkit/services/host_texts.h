@@ -12,15 +12,15 @@
 namespace gridkit {
 
 // What a plug-in handed out, owned until it is copied.
-struct heap_deleter {
+struct HeapDeleter {
   void operator()(void* block) const { gkm_HeapFree(block); }
 };
-using heap_block = std::unique_ptr<void, heap_deleter>;
-using heap_text = std::unique_ptr<char, heap_deleter>;
+using HeapBlock = std::unique_ptr<void, HeapDeleter>;
+using HeapText = std::unique_ptr<char, HeapDeleter>;
 
 // Takes over a text that a plug-in handed out: an empty one for null.
 inline std::string take_text(char* text) {
-  const heap_text owned(text);
+  const HeapText owned(text);
   return text == nullptr ? "" : text;
 }
 

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "gridkit/services/plain_locale.h"
+
 namespace gridkit {
 
 std::string os_error_in_words(int error) {
@@ -26,8 +28,10 @@ std::string os_error_in_words(int error) {
       return "a part of its path is no folder";
     case EROFS:
       return "the file system is read-only";
-    default:
+    default: {
+      const PlainLocale plain;
       return std::generic_category().message(error);
+    }
   }
 }
 

@@ -67,7 +67,7 @@ class PageCache {
   std::vector<Slot> slots_;           // empty until memory was had
   std::vector<std::uint32_t> heads_;  // by bucket: the first slot of a chain
   std::vector<std::uint32_t> spent_;
-  std::uint32_t in_use_ = 0;  // slots behind these were never in use
+  std::uint32_t in_use_ = 0;  // slots after these were never in use
   std::uint32_t sweep_ = 0;
   std::uint32_t last_ = 0;
 };

@@ -27,13 +27,13 @@ class PartialStream {
   void remove_target() noexcept { file_.remove_target(); }
 
  private:
-  struct closer {
+  struct Closer {
     void operator()(std::FILE* file) const { std::fclose(file); }
   };
 
   std::string target_;
   PartialFile file_;
-  std::unique_ptr<std::FILE, closer> stream_;
+  std::unique_ptr<std::FILE, Closer> stream_;
 };
 
 }  // namespace gridkit

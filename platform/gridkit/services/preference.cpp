@@ -22,24 +22,24 @@ namespace {
 
 constexpr const char* load_word = "gkp_LoadPreferences";
 
-using key = std::pair<std::string, std::string>;
-using key_view = std::pair<std::string_view, std::string_view>;
+using Key = std::pair<std::string, std::string>;
+using KeyView = std::pair<std::string_view, std::string_view>;
 
 // Orders keys and views of keys alike, so that looking one up needs no memory.
-struct key_order {
+struct KeyOrder {
   using is_transparent = void;
-  bool operator()(key_view a, key_view b) const { return a < b; }
+  bool operator()(KeyView a, KeyView b) const { return a < b; }
 };
-using number_map = std::map<key, double, key_order>;
+using NumberMap = std::map<Key, double, KeyOrder>;
 
-struct preferences {
+struct Preferences {
   std::mutex mutex;
-  number_map numbers;
+  NumberMap numbers;
 };
 
 // The store is the process's own by the nature of the service.
-preferences& store() {
-  static preferences instance;
+Preferences& store() {
+  static Preferences instance;
   return instance;
 }
 
@@ -57,7 +57,7 @@ std::optional<double> number_in(std::string_view text) {
 }
 
 // `group.name = number` as an entry; nothing when the line is not of that form.
-std::optional<std::pair<key, double>> entry_in(std::string_view line) {
+std::optional<std::pair<Key, double>> entry_in(std::string_view line) {
   const auto equals = line.find('=');
   if (equals == std::string_view::npos) return std::nullopt;
   const std::string_view name = trimmed(line.substr(0, equals));
@@ -66,12 +66,12 @@ std::optional<std::pair<key, double>> entry_in(std::string_view line) {
   if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size() || !value) {
     return std::nullopt;
   }
-  return std::pair{key{name.substr(0, dot), name.substr(dot + 1)}, *value};
+  return std::pair{Key{name.substr(0, dot), name.substr(dot + 1)}, *value};
 }
 
 // The whole of a file of at most `limit` bytes; nothing, and a report, where that cannot be had.
 std::optional<std::string> small_text(const char* path, std::size_t limit, gke_Report** err) {
-  const gridkit::descriptor file = gridkit::open_regular_file(path, false);
+  const gridkit::Descriptor file = gridkit::open_regular_file(path, false);
   std::string text(limit + 1, '\0');
   std::size_t got = 0;
   ssize_t n = file.is_open() ? 1 : -1;
@@ -96,7 +96,7 @@ int32_t load(const char* path, gke_Report** err) {
   constexpr std::size_t largest = 1 << 20;
   const std::optional<std::string> text = small_text(path, largest, err);
   if (!text) return -1;
-  number_map read;
+  NumberMap read;
   std::size_t number = 0;
   for (std::string_view rest = *text; !rest.empty();) {
     const auto end = std::min(rest.find('\n'), rest.size());
@@ -126,7 +126,7 @@ double gkp_GetNumberPreference(const char* group, const char* name, double defau
                                gke_Report**) {
   if (group == nullptr || name == nullptr) return defaultValue;
   const std::lock_guard lock(store().mutex);
-  const auto found = store().numbers.find(key_view{group, name});
+  const auto found = store().numbers.find(KeyView{group, name});
   return found == store().numbers.end() ? defaultValue : found->second;
 }
 
@@ -138,11 +138,11 @@ int32_t gkp_SetNumberPreference(const char* group, const char* name, double valu
   }
   const std::lock_guard lock(store().mutex);
   // A number that is set already is set anew without memory.
-  const auto found = store().numbers.find(key_view{group, name});
+  const auto found = store().numbers.find(KeyView{group, name});
   if (found != store().numbers.end()) {
     found->second = value;
   } else {
-    store().numbers.emplace(key{group, name}, value);
+    store().numbers.emplace(Key{group, name}, value);
   }
   return 0;
 } catch (const std::bad_alloc&) {

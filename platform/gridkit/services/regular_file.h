@@ -7,15 +7,15 @@
 namespace gridkit {
 
 // A descriptor of a regular file, closed with its owner.
-class descriptor {
+class Descriptor {
  public:
-  explicit descriptor(int number = -1) : number_(number) {}
-  descriptor(descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-  descriptor& operator=(descriptor&& other) noexcept {
+  explicit Descriptor(int number = -1) : number_(number) {}
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
     std::swap(number_, other.number_);
     return *this;
   }
-  ~descriptor() { close(); }
+  ~Descriptor() { close(); }
 
   bool is_open() const { return number_ >= 0; }
   int get() const { return number_; }
@@ -36,6 +36,6 @@ class descriptor {
 // Opens a regular file for reading, or for reading and writing, without creating or emptying it. On
 // failure the result is not open and errno tells why; anything but a regular file is EISDIR or
 // EINVAL. Never waits for the other end of a pipe.
-descriptor open_regular_file(const char* path, bool for_writing) noexcept;
+Descriptor open_regular_file(const char* path, bool for_writing) noexcept;
 
 }  // namespace gridkit

@@ -82,7 +82,7 @@ struct gkf_Stream {
   std::size_t read(std::byte* buffer, std::size_t wanted);
   void seek(std::int64_t offset);
 
-  gridkit::descriptor file;
+  gridkit::Descriptor file;
   std::int64_t position = 0;
   bool at_end = false;
   std::uint64_t bytes_read = 0;

@@ -9,6 +9,7 @@
 
 #include "gridkit/memory.h"
 #include "gridkit/services/fail.h"
+#include "gridkit/services/plain_locale.h"
 
 namespace {
 
@@ -41,6 +42,7 @@ char* gks_Sprintf(char* buffer, const char* format, gke_Report** err, ...) {
     gridkit::fail(err, "gks_Sprintf", {"no format was given"});
     return nullptr;
   }
+  const gridkit::PlainLocale plain;
   std::va_list arguments;
   va_start(arguments, err);
   char* text = buffer;

@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -8,29 +9,48 @@
 #include "gridkit/layers/gdal_support.h"
 #include "gridkit/partial_file.h"
 #include "gridkit/raster_writer.h"
+#include "gridkit/writers/compression.h"
+#include "gridkit/writers/thread_count.h"
 
 namespace gridkit {
 
 namespace {
 
-struct closer {
+struct Closer {
   void operator()(void* dataset) const {
-    const gdal_messages unheard;
+    const GdalMessages unheard;
     GDALClose(dataset);
   }
 };
-using dataset = std::unique_ptr<void, closer>;
+using Dataset = std::unique_ptr<void, Closer>;
 
 // The library would fill a part of all memory with blocks; 64 MiB hold the tiles of a row.
-class block_cache_limit {
+class BlockCacheLimit {
  public:
-  block_cache_limit() : before_(GDALGetCacheMax64()) { GDALSetCacheMax64(64 << 20); }
-  block_cache_limit(const block_cache_limit&) = delete;
-  block_cache_limit& operator=(const block_cache_limit&) = delete;
-  ~block_cache_limit() { GDALSetCacheMax64(before_); }
+  BlockCacheLimit() : before_(GDALGetCacheMax64()) { GDALSetCacheMax64(64 << 20); }
+  BlockCacheLimit(const BlockCacheLimit&) = delete;
+  BlockCacheLimit& operator=(const BlockCacheLimit&) = delete;
+  ~BlockCacheLimit() { GDALSetCacheMax64(before_); }
 
  private:
   GIntBig before_;
+};
+
+// How many threads of the library make overviews that are asked for on this thread.
+class ThreadSetting {
+ public:
+  explicit ThreadSetting(const std::string& threads) {
+    const char* const before = CPLGetThreadLocalConfigOption(key, nullptr);
+    if (before != nullptr) before_ = before;
+    CPLSetThreadLocalConfigOption(key, threads.c_str());
+  }
+  ThreadSetting(const ThreadSetting&) = delete;
+  ThreadSetting& operator=(const ThreadSetting&) = delete;
+  ~ThreadSetting() { CPLSetThreadLocalConfigOption(key, before_ ? before_->c_str() : nullptr); }
+
+ private:
+  static constexpr const char* key = "GDAL_NUM_THREADS";
+  std::optional<std::string> before_;
 };
 
 const char* resampling(Overview overview) {
@@ -58,12 +78,16 @@ class CogWriter final : public RasterWriter {
       : file_(path, options.existing),
         draft_(std::make_unique<PartialFile>(path)),
         target_(path),
+        type_(options.type),
+        compression_(options.compression.value_or(Compression::deflate)),
+        threads_(std::to_string(thread_count(options.threads))),
         overview_(options.overview),
         progress_(options.progress) {
     register_cog();
     RasterOptions of_draft = options;
     of_draft.existing = Existing::replace;
     of_draft.shown_path = path;
+    of_draft.compression = Compression::none;
     writer_ = create_geotiff(draft_->path(), width, height, of_draft);
   }
 
@@ -84,18 +108,21 @@ class CogWriter final : public RasterWriter {
 
  private:
   void copy_draft() {
-    const gdal_messages messages;
-    const block_cache_limit limit;
+    const GdalMessages messages;
+    const BlockCacheLimit limit;
+    const ThreadSetting of_overviews(threads_);
     const char* const drivers[] = {"GTiff", nullptr};
-    const dataset draft(GDALOpenEx(draft_->path().c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY,
+    const Dataset draft(GDALOpenEx(draft_->path().c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY,
                                    drivers, nullptr, nullptr));
     if (draft == nullptr) refuse(messages);
     CPLStringList settings;
-    settings.SetNameValue("COMPRESS", "DEFLATE");
-    settings.SetNameValue("PREDICTOR", "YES");
+    settings.SetNameValue("COMPRESS", gdal_name(compression_));
+    const bool has_differences = compression_ != Compression::none && has_predictor(type_);
+    settings.SetNameValue("PREDICTOR", has_differences ? "YES" : "NO");
+    settings.SetNameValue("NUM_THREADS", threads_.c_str());
     settings.SetNameValue("BIGTIFF", "IF_SAFER");
     settings.SetNameValue("OVERVIEW_RESAMPLING", resampling(overview_));
-    dataset copy(GDALCreateCopy(GDALGetDriverByName("COG"), file_.path().c_str(), draft.get(),
+    Dataset copy(GDALCreateCopy(GDALGetDriverByName("COG"), file_.path().c_str(), draft.get(),
                                 FALSE, settings.List(),
                                 progress_ ? &tell_progress : &GDALDummyProgress, &progress_));
     if (copy == nullptr) refuse(messages);
@@ -103,13 +130,16 @@ class CogWriter final : public RasterWriter {
     if (messages.any()) refuse(messages);
   }
 
-  [[noreturn]] void refuse(const gdal_messages& messages) {
+  [[noreturn]] void refuse(const GdalMessages& messages) {
     throw Error(target_ + ": cannot be written: " + messages.reason());
   }
 
   PartialFile file_;
   std::unique_ptr<PartialFile> draft_;  // never completed: it goes when the copy is made
   std::string target_;
+  SampleType type_;
+  Compression compression_;
+  std::string threads_;  // how many, as the library takes it
   Overview overview_;
   std::function<bool(double)> progress_;
   std::unique_ptr<RasterWriter> writer_;

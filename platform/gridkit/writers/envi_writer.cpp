@@ -1,6 +1,8 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <locale>
 #include <span>
 #include <sstream>
 #include <string>
@@ -12,6 +14,7 @@
 #include "gridkit/maps/gdal_reference.h"
 #include "gridkit/raster_writer.h"
 #include "gridkit/services/partial_stream.h"
+#include "gridkit/services/plain_locale.h"
 #include "gridkit/writers/line_count.h"
 
 namespace gridkit {
@@ -27,6 +30,9 @@ int envi_type(SampleType type) {
       return 2;
     case SampleType::f32:
       return 4;
+    case SampleType::cs16:  // stored as floats
+    case SampleType::cf32:
+      return 6;
     case SampleType::u16:
       return 12;
   }
@@ -35,6 +41,7 @@ int envi_type(SampleType type) {
 
 std::string number(double value) {
   char text[32];
+  const PlainLocale plain;
   std::snprintf(text, sizeof text, "%.17g", value);
   return text;
 }
@@ -64,7 +71,7 @@ std::string map_entries(const Georeference& georeference) {
   if (zone > 0) map += ", " + std::to_string(zone) + (north != 0 ? ", North" : ", South");
   if (zone > 0 && is_wgs84) map += ", WGS-84";
   map += ", units=Meters";
-  const gdal_messages messages;
+  const GdalMessages messages;
   char* text = nullptr;
   const char* const form[] = {"FORMAT=WKT1_ESRI", nullptr};
   const bool told = system.exportToWkt(&text, form) == OGRERR_NONE;
@@ -73,19 +80,64 @@ std::string map_entries(const Georeference& georeference) {
   return "map info = {" + map + "}\ncoordinate system string = {" + wkt + "}\n";
 }
 
+class EnviSamples final : public RasterWriter {
+ public:
+  // `name` is how messages call the image.
+  EnviSamples(ByteSink sink, std::string name, std::int32_t width, std::int32_t height,
+              SampleType type)
+      : lines_(name, width, height, sample_size(type)),
+        type_(type),
+        sink_(std::move(sink)),
+        name_(std::move(name)) {}
+
+  void write_lines(std::span<const std::byte> samples, std::int32_t lines) override {
+    lines_.add(lines, samples.size());
+    if (type_ != SampleType::cs16) return sink_(samples);
+    for (; !samples.empty(); samples = samples.subspan(lines_.line_bytes())) {
+      write_as_floats(samples.first(lines_.line_bytes()));
+    }
+  }
+
+  void add_metadata(const std::string&, const std::string&) override {}
+  void set_no_data(double) override {}
+
+  void finish() override {
+    if (!lines_.is_complete()) throw Error(name_ + ": lines are missing");
+  }
+
+ private:
+  // Of one line, so that what is held of the widened samples stays small.
+  void write_as_floats(std::span<const std::byte> integers) {
+    floats_.resize(integers.size() / sizeof(std::int16_t));
+    for (std::size_t i = 0; i < floats_.size(); ++i) {
+      std::int16_t value = 0;
+      std::memcpy(&value, &integers[i * sizeof value], sizeof value);
+      floats_[i] = value;
+    }
+    sink_(std::as_bytes(std::span<const float>(floats_)));
+  }
+
+  LineCount lines_;
+  SampleType type_;
+  ByteSink sink_;
+  std::string name_;
+  std::vector<float> floats_;  // a line of complex integers, widened
+};
+
 class EnviWriter final : public RasterWriter {
  public:
   EnviWriter(const std::string& path, std::int32_t width, std::int32_t height,
              RasterOptions options)
-      : lines_(path, width, height, sample_size(options.type)),
+      : width_(width),
+        height_(height),
         options_(std::move(options)),
         file_(path, options_.existing),
         header_(path + ".hdr", options_.existing),
-        target_(path) {}
+        samples_([this](std::span<const std::byte> bytes) { file_.write(bytes); }, path, width,
+                 height, options_.type) {}
 
   void write_lines(std::span<const std::byte> samples, std::int32_t lines) override {
-    lines_.add(lines, samples.size());
-    file_.write(samples);
+    samples_.write_lines(samples, lines);
   }
 
   void add_metadata(const std::string& key, const std::string& value) override {
@@ -95,7 +147,7 @@ class EnviWriter final : public RasterWriter {
   void set_no_data(double value) override { options_.no_data = value; }
 
   void finish() override {
-    if (!lines_.is_complete()) throw Error(target_ + ": lines are missing");
+    samples_.finish();
     file_.close();
     const std::string header = header_text();
     header_.write(std::as_bytes(std::span(header)));
@@ -114,12 +166,13 @@ class EnviWriter final : public RasterWriter {
  private:
   std::string header_text() const {
     std::ostringstream text;
+    text.imbue(std::locale::classic());
     text << "ENVI\ndescription = {";
     for (std::size_t i = 0; i < metadata_.size(); ++i) {
       const auto& [key, value] = metadata_[i];
       text << (i == 0 ? "\n  " : ",\n  ") << key << ": " << without_braces(value);
     }
-    text << "}\nsamples = " << lines_.width() << "\nlines = " << lines_.height()
+    text << "}\nsamples = " << width_ << "\nlines = " << height_
          << "\nbands = 1\nheader offset = 0\nfile type = ENVI Standard\ndata type = "
          << envi_type(options_.type) << "\ninterleave = bsq\nbyte order = "
          << (std::endian::native == std::endian::little ? 0 : 1) << '\n';
@@ -131,15 +184,22 @@ class EnviWriter final : public RasterWriter {
     return text.str();
   }
 
-  LineCount lines_;
+  std::int32_t width_;
+  std::int32_t height_;
   RasterOptions options_;
   PartialStream file_;
   PartialStream header_;
-  std::string target_;
+  EnviSamples samples_;
   std::vector<std::pair<std::string, std::string>> metadata_;
 };
 
 }  // namespace
+
+std::unique_ptr<RasterWriter> stream_envi(ByteSink sink, const std::string& name,
+                                          std::int32_t width, std::int32_t height,
+                                          const RasterOptions& options) {
+  return std::make_unique<EnviSamples>(std::move(sink), name, width, height, options.type);
+}
 
 std::unique_ptr<RasterWriter> create_envi(const std::string& path, std::int32_t width,
                                           std::int32_t height, const RasterOptions& options) {

@@ -1,25 +1,16 @@
 #include "gridkit/indexed_png.h"
 
 #include <algorithm>
+#include <new>
 #include <span>
 
-#include "gridkit/writers/png_support.h"
+#include <zlib.h>
+
+#include "gridkit/writers/png_parts.h"
 
 namespace gridkit {
 
 namespace {
-
-[[noreturn]] void refuse(png_structp, png_const_charp message) {
-  throw Error(std::string("a picture cannot be encoded: ") + message);
-}
-
-void append(png_structp png, png_bytep data, png_size_t count) {
-  auto& bytes = *static_cast<std::vector<std::byte>*>(png_get_io_ptr(png));
-  const auto added = std::as_bytes(std::span(data, count));
-  bytes.insert(bytes.end(), added.begin(), added.end());
-}
-
-void flush_nothing(png_structp) {}
 
 void check(const IndexedPicture& picture) {
   constexpr std::size_t most_colours = 256;
@@ -34,16 +25,32 @@ void check(const IndexedPicture& picture) {
   }
 }
 
-void set_palette(const PngHandles& handles, const std::vector<Colour>& palette) {
-  std::vector<png_color> colours;
-  std::vector<png_byte> alphas;
+void add_palette(PngParts& parts, const std::vector<Colour>& palette) {
+  std::vector<std::uint8_t> colours;
+  std::vector<std::uint8_t> alphas;
   for (const Colour& colour : palette) {
-    colours.push_back({colour.red, colour.green, colour.blue});
+    colours.insert(colours.end(), {colour.red, colour.green, colour.blue});
     alphas.push_back(colour.alpha);
   }
-  const auto count = static_cast<int>(palette.size());
-  png_set_PLTE(handles.png, handles.info, colours.data(), count);
-  png_set_tRNS(handles.png, handles.info, alphas.data(), count, nullptr);
+  parts.chunk("PLTE", std::as_bytes(std::span(colours)));
+  parts.chunk("tRNS", std::as_bytes(std::span(alphas)));
+}
+
+// Each line led by 0: stored as it is, which serves numbers of a palette best.
+std::vector<std::byte> compressed_lines(const IndexedPicture& picture) {
+  const auto width = static_cast<std::ptrdiff_t>(picture.width);
+  std::vector<std::uint8_t> lines;
+  lines.reserve(picture.pixels.size() + static_cast<std::size_t>(picture.height));
+  for (auto line = picture.pixels.begin(); line != picture.pixels.end(); line += width) {
+    lines.push_back(0);
+    lines.insert(lines.end(), line, line + width);
+  }
+  uLongf size = compressBound(lines.size());
+  std::vector<std::byte> result(size);
+  auto* const bytes = reinterpret_cast<Bytef*>(result.data());
+  if (::compress(bytes, &size, lines.data(), lines.size()) != Z_OK) throw std::bad_alloc();
+  result.resize(size);
+  return result;
 }
 
 }  // namespace
@@ -51,19 +58,14 @@ void set_palette(const PngHandles& handles, const std::vector<Colour>& palette) 
 std::vector<std::byte> encode_png(const IndexedPicture& picture) {
   check(picture);
   std::vector<std::byte> bytes;
-  PngHandles handles(nullptr, refuse);
-  png_set_write_fn(handles.png, &bytes, append, flush_nothing);
-  png_set_IHDR(handles.png, handles.info, static_cast<png_uint_32>(picture.width),
-               static_cast<png_uint_32>(picture.height), 8, PNG_COLOR_TYPE_PALETTE,
-               PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-  set_palette(handles, picture.palette);
-  for (const auto& [key, value] : picture.texts) handles.add_text(key, value);
-  png_write_info(handles.png, handles.info);
-  const auto width = static_cast<std::size_t>(picture.width);
-  for (std::size_t at = 0; at < picture.pixels.size(); at += width) {
-    png_write_row(handles.png, &picture.pixels[at]);
-  }
-  png_write_end(handles.png, handles.info);
+  PngParts parts([&](std::span<const std::byte> part) {
+    bytes.insert(bytes.end(), part.begin(), part.end());
+  });
+  parts.header(picture.width, picture.height, 8, PngColour::palette);
+  add_palette(parts, picture.palette);
+  for (const auto& [key, value] : picture.texts) parts.text(key, value);
+  parts.chunk("IDAT", compressed_lines(picture));
+  parts.chunk("IEND", {});
   return bytes;
 }
 

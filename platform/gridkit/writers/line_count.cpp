@@ -15,7 +15,10 @@ std::size_t sample_size(SampleType type) {
     case SampleType::s16:
       return 2;
     case SampleType::f32:
+    case SampleType::cs16:
       return 4;
+    case SampleType::cf32:
+      return 8;
   }
   throw Error("a sample of an unknown type");
 }

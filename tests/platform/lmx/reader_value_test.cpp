@@ -111,7 +111,7 @@ TEST(InnerMarkup, OfAnElementThatClosesItselfEndsThere) {
   EXPECT_EQ(value, "");
   EXPECT_TRUE(no_value);
   reader.get_element_event(nullptr, &error, &reader.current_name);
-  EXPECT_EQ(reader.current_name, "b") << "and the read goes on behind it";
+  EXPECT_EQ(reader.current_name, "b") << "and the read goes on after it";
 }
 
 TEST(InnerMarkup, ComesFromAnyDocumentWhoseBytesAreUtf8) {

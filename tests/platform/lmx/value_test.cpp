@@ -2,16 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <clocale>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <random>
 #include <sstream>
 
 #include "lmx/list_tokeniser.h"
+#include "tests/support/made_locale.h"
 
 namespace {
 
@@ -166,33 +168,9 @@ TEST(ValidDouble, OfAnyDecimalIsTheLibrarysToTheBit) {
   }
 }
 
-// A locale of the test's own making, whose decimal point is a comma. Its folder's name has no
-// colon, which would part the list that LOCPATH is.
-class CommaLocale : public testing::Test {
- protected:
-  void SetUp() override {
-    folder = std::filesystem::temp_directory_path() / "tsx_locale_XXXXXX";
-    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
-    // localedef warns by its exit status; whether there is a locale shows below.
-    const std::string command =
-        "localedef -c -i de_DE -f UTF-8 " + folder + "/de_DE.UTF-8 >/dev/null 2>&1";
-    tried = std::system(command.c_str());
-    ::setenv("LOCPATH", folder.c_str(), 1);
-    std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
-    if (*std::localeconv()->decimal_point != ',') {
-      GTEST_SKIP() << "localedef made no locale with a comma, status " << tried;
-    }
-  }
-  void TearDown() override {
-    ::unsetenv("LOCPATH");
-    std::setlocale(LC_NUMERIC, "C");
-    std::filesystem::remove_all(folder);
-  }
-  std::string folder;
-  int tried = 0;
-};
-
-TEST_F(CommaLocale, ChangesNoNumber) {
+TEST(Locale, WithACommaChangesNoNumber) {
+  const MadeLocale german("de_DE");
+  ASSERT_STREQ(std::localeconv()->decimal_point, ",");
   EXPECT_EQ(to_double("1.5"), 1.5);
   EXPECT_EQ(to_double("+1.25"), 1.25);
   EXPECT_EQ(to_double("1.5e999"), std::numeric_limits<double>::infinity());
@@ -210,6 +188,35 @@ TEST(Writing, GivesNumbersThatReadBackToTheBit) {
   EXPECT_EQ(written(-std::numeric_limits<float>::infinity()), "-INF");
   EXPECT_EQ(written(std::nan("")), "NaN");
   EXPECT_EQ(written(true), "true");
+}
+
+// Reading rounds to double and then to float. A text within half a step of double of the middle
+// between two floats goes to that middle first, and from there to the even one of the two.
+TEST(Writing, GivesFloatsThatReadBackToTheBitAlthoughTheyAreReadAsDoubles) {
+  const auto expect_back = [](std::uint32_t bits) {
+    const auto value = std::bit_cast<float>(bits);
+    const auto read = static_cast<float>(to_double(written(value)));
+    ASSERT_EQ(std::bit_cast<std::uint32_t>(read), bits) << written(value);
+  };
+  // The one float whose shortest text, 7.038531e-26, does so: prove-floats goes through them all.
+  expect_back(std::bit_cast<std::uint32_t>(0x1.5c87fap-84F));
+  expect_back(std::bit_cast<std::uint32_t>(-0x1.5c87fap-84F));
+  EXPECT_EQ(written(0x1.5c87fap-84F), "7.03853069e-26");
+  // Its neighbours, and the floats with its digits at every other power of two.
+  constexpr std::uint32_t one_power = std::uint32_t{1} << 23;
+  constexpr std::uint32_t last = 0xFE;
+  for (std::uint32_t power = 0; power <= last; ++power) {
+    const std::uint32_t digits = std::bit_cast<std::uint32_t>(0x1.5c87fap0F) % one_power;
+    for (std::uint32_t near = digits - 500; near <= digits + 500; ++near) {
+      expect_back(power * one_power + near);
+    }
+    // The ends of the power of two, and steps between them that share no factor with it.
+    for (std::uint32_t step = 0; step < 200; ++step) {
+      expect_back(power * one_power + step);
+      expect_back(power * one_power + one_power - 1 - step);
+      expect_back(power * one_power + step * 41'941);
+    }
+  }
 }
 
 TEST(Writing, EscapesMarkupAndLineBreaks) {

@@ -23,7 +23,7 @@ struct State {
 };
 
 // The truth: an ellipse about the Earth by Kepler's equation, perigee at time 0 and 40 degrees
-// behind the node, seen from the turning Earth.
+// past the node, seen from the turning Earth.
 State truth(double time) {
   constexpr double mu = 3.986004418e14;  // m^3/s^2
   constexpr double earth_rate = 7.292115e-5;
@@ -143,9 +143,9 @@ Residuals measured(Record& record, const std::string& what) {
 
 TEST(ModelEphemeris, TruthIsAnOrbit) {
   // Velocity is the rate of position.
-  const State before = truth(999.99), now = truth(1000), behind = truth(1000.01);
+  const State before = truth(999.99), now = truth(1000), after = truth(1000.01);
   for (std::size_t axis = 0; axis < 3; ++axis) {
-    EXPECT_NEAR((behind.position[axis] - before.position[axis]) / 0.02, now.velocity[axis], 1e-4);
+    EXPECT_NEAR((after.position[axis] - before.position[axis]) / 0.02, now.velocity[axis], 1e-4);
   }
 }
 
@@ -204,10 +204,10 @@ TEST(ModelEphemeris, IsDefinedForASceneOfOneLine) {
   EXPECT_LT(worst.position, 0.001);
   EXPECT_LT(worst.velocity, 0.0002);
   // The quadratic term is half the acceleration, here by differences of the true velocity.
-  const State before = truth(1052), behind = truth(1053);
+  const State before = truth(1052), after = truth(1053);
   for (std::size_t axis = 0; axis < 3; ++axis) {
     EXPECT_NEAR(2 * record.model.rs_coeffs[3 * axis + 2],
-                behind.velocity[axis] - before.velocity[axis], 1e-3);
+                after.velocity[axis] - before.velocity[axis], 1e-3);
   }
 }
 
@@ -229,7 +229,7 @@ TEST(ModelEphemeris, GivesTheTermsAxisByAxisAboutTheMiddleOfTheScene) {
 }
 
 TEST(ModelEphemeris, GivesTheSameTermsForASceneOutsideOfTheVectors) {
-  // Its middle is 1000 s behind the first vector's 60 s; the same parabola about that time.
+  // Its middle is 1000 s after the first vector's 60 s; the same parabola about that time.
   Record record(60, 10, 10, 1055, 10, quadratic);
   ASSERT_EQ(record.run(), "");
   const State far = quadratic(1060);
@@ -244,7 +244,7 @@ TEST(ModelEphemeris, ReadsTheFormOfTheDayBefore) {
   // The vectors begin at -50 s, told as 70; the scene is from 0 to 10 s.
   Record record(-50, 10, 12, 0, 10);
   record.model.first_pt_secs_of_day = 70;
-  EXPECT_LT(measured(record, "10 s scene behind midnight").position, 0.5);
+  EXPECT_LT(measured(record, "10 s scene after midnight").position, 0.5);
 }
 
 TEST(ModelEphemeris, TakesANegativeDurationBackwards) {

@@ -41,6 +41,7 @@ TEST(CosarHeader, TellsTheWordsOfABurst) {
   EXPECT_EQ(only.lines, 3U);
   EXPECT_EQ(only.record_bytes, 48U);
   EXPECT_EQ(only.records, 7U);
+  EXPECT_EQ(only.version, 1U);
   EXPECT_EQ(only.bytes(), 336U);
   EXPECT_EQ(header.mark, "CSAR");
   EXPECT_EQ(header.end, 336U);

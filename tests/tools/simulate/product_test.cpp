@@ -319,21 +319,6 @@ TEST_F(Product, AnnotatesCornersThatItsGeometrySees) {
   }
 }
 
-TEST_F(Product, MakesImagesForAnAnnotationThatExists) {
-  options.polarisations = {"HH", "VV"};
-  write();
-  const auto size = fs::file_size(image("IMAGE_VV_SRA_strip_005.cos"));
-  fs::remove_all(annotation.parent_path() / "IMAGEDATA");
-  EXPECT_EQ(fs::path(write_images_for(annotation, "")), fs::absolute(annotation));
-  EXPECT_EQ(fs::file_size(image("IMAGE_VV_SRA_strip_005.cos")), size);
-  const fs::path elsewhere = folder / "elsewhere";
-  const fs::path copy = write_images_for(annotation, elsewhere);
-  EXPECT_TRUE(fs::exists(elsewhere / "IMAGEDATA" / "IMAGE_HH_SRA_strip_005.cos"));
-  EXPECT_EQ(copy.filename(), annotation.filename());
-  std::ofstream(annotation) << "<level1Product/>";
-  EXPECT_THROW(write_images_for(annotation, ""), std::runtime_error);
-}
-
 TEST_F(Product, RefusesAVersionTextThatNoSchemaServes) {
   options.version_text = "2.0";
   EXPECT_THROW(write(), std::invalid_argument);

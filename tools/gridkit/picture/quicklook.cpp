@@ -8,6 +8,7 @@
 
 #include "tools/gridkit/picture/colour_map.h"
 #include "tools/gridkit/picture/ground_spacing.h"
+#include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/line_ranges.h"
 
 namespace {
@@ -37,14 +38,16 @@ std::string aspect_as_text(const Quicklook& quicklook) {
 }
 
 std::vector<std::pair<std::string, std::string>> texts_of(const Quicklook& quicklook,
-                                                          const std::string& source) {
-  std::vector<std::pair<std::string, std::string>> texts = {{"Source", source},
+                                                          const gridkit::Product& product) {
+  std::vector<std::pair<std::string, std::string>> texts = {{"Source", product.path()},
                                                             {"Layer", quicklook.layer},
                                                             {"Shows", meaning_as_text(quicklook)},
                                                             {"Aspect", aspect_as_text(quicklook)}};
-  if (!quicklook.missing.empty()) {
-    texts.emplace_back("Lines without data", lines_as_text(quicklook.missing));
+  for (const auto& [reason, lines, key] : unread_lines(quicklook.missing)) {
+    texts.emplace_back("Lines " + reason, lines);
   }
+  for (auto& text : product_metadata(product, polarisation_of_layer(product, quicklook.layer)))
+    texts.push_back(std::move(text));
   return texts;
 }
 
@@ -65,7 +68,7 @@ Quicklook make_quicklook(const gridkit::Product& product, const std::string& lay
   try {
     result.spacing = ground_spacing(product, result.image);
   } catch (const gridkit::Error& error) {
-    result.why_no_spacing = error.what();
+    result.why_no_spacing = error.sentence();
   }
   const PictureSize size =
       fitting_size(result.image, result.spacing.value_or(GroundSpacing{}), longest);
@@ -89,6 +92,6 @@ Quicklook make_quicklook(const gridkit::Product& product, const std::string& lay
     result.picture.pixels = stretch_values(reduced.values, result.stretch);
     result.picture.palette = grey_map();
   }
-  result.picture.texts = texts_of(result, product.path());
+  result.picture.texts = texts_of(result, product);
   return result;
 }

@@ -22,7 +22,7 @@ struct Quicklook {
   gridkit::IndexedPicture picture;          // number 0 is no data, black and transparent
   Stretch stretch;                          // digital numbers of the darkest and brightest grey
   std::vector<std::uint64_t> counts;        // of every 16-bit value among all pixels of the layer
-  std::vector<gridkit::LineRange> missing;  // lines of the layer without data
+  std::vector<gridkit::LineRange> missing;  // lines of the layer that did not come
 };
 
 inline constexpr std::int32_t smallest_picture = 16;

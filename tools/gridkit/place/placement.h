@@ -13,10 +13,21 @@ class Placement {
   // Throws gridkit::Error for a product that has neither.
   explicit Placement(const gridkit::Product& product);
 
+  // From a sensor model by itself. Throws gridkit::Error for one that gives no geometry.
+  explicit Placement(const gridkit::NonStandardData& model);
+
   // The sensor model's geometry, null for an image on a map.
   const rmdllib::RadarGeometry* radar() const {
     return std::get_if<rmdllib::RadarGeometry>(&place_);
   }
+
+  // The image's size.
+  double lines() const;
+  double samples() const;
+
+  // Whether a place lies on the image: up to half a pixel beyond the centres of its outermost
+  // pixels.
+  bool contains(rmdllib::Pixel pixel) const;
 
   // The place at a pixel, at a height in metres above the ellipsoid, which a map takes no notice
   // of. Throws gridkit::Error where there is none.
@@ -26,5 +37,14 @@ class Placement {
   rmdllib::Pixel pixel_of(const rmdllib::Geodetic& place) const;
 
  private:
-  std::variant<rmdllib::RadarGeometry, gridkit::MapTransform> place_;
+  struct Map {
+    gridkit::MapTransform transform;
+    double lines;
+    double samples;
+  };
+  using Place = std::variant<rmdllib::RadarGeometry, Map>;
+
+  static Place place_of(const gridkit::Product& product);
+
+  Place place_;
 };

@@ -37,7 +37,8 @@ double PointCheck::miss() const {
 PointCheck check_point(const rmdllib::RadarGeometry& geometry, rmdllib::Pixel pixel,
                        const ScenePoint& stated) {
   const Geodetic start = {stated.latitude, stated.longitude, geometry.average_height()};
-  const Vector3 velocity = geometry.orbit().at(geometry.radar_of(pixel).time).velocity;
+  const rmdllib::RadarPoint seen = geometry.radar_of(pixel);
+  const Vector3 velocity = geometry.orbit().at(seen.time).velocity;
   const double speed_east = dot(velocity, Ellipsoid::east(start));
   const double speed_north = dot(velocity, Ellipsoid::north(start));
   const double speed = std::hypot(speed_east, speed_north);
@@ -62,12 +63,17 @@ PointCheck check_point(const rmdllib::RadarGeometry& geometry, rmdllib::Pixel pi
     height = std::clamp(next, lowest_terrain, highest_terrain);
   }
   const Offset rest = miss_at(geometry, pixel, stated, height);
-  return {height, along(rest), across(rest),
-          miss_at(geometry, pixel, stated, geometry.average_height()).length()};
+  constexpr double day = 86400;  // s
+  return {height,
+          along(rest),
+          across(rest),
+          miss_at(geometry, pixel, stated, geometry.average_height()).length(),
+          std::remainder(seen.time - stated.azimuth_time, day),
+          seen.range - stated.slant_range};
 }
 
 PointCheck check_point(const Placement& map, rmdllib::Pixel pixel, const ScenePoint& stated) {
   const Geodetic place = {stated.latitude, stated.longitude, 0};
   const Offset rest = offset(Ellipsoid::wgs84(), place, map.ground_of(pixel, 0));
-  return {0, rest.north, rest.east, rest.length()};
+  return {0, rest.north, rest.east, rest.length(), 0, 0};
 }

@@ -5,11 +5,13 @@
 #include <vector>
 
 // A place that the annotation itself states: latitude and longitude in degrees, single precision in
-// the schema.
+// the schema, and when and how far away it is seen.
 struct ScenePoint {
   std::string name;  // "centre", "corner 1" to "corner 4"
   double latitude = 0;
   double longitude = 0;
+  double azimuth_time = 0;  // seconds of the UTC day, in single precision below the minute
+  double slant_range = 0;   // metres, half the way of light in the annotated range time
   struct Reference {
     double line;    // from 0
     double sample;  // from 0

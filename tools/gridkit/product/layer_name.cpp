@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tools/gridkit/terminal/suggestion.h"
+#include "tools/command_line/suggestion.h"
 
 std::string unknown_layer(const gridkit::Product& product, const std::string& name) {
   const auto names = product.layer_names();

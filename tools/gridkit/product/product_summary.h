@@ -1,25 +1,19 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
-// What a reader wants to know of a product at a glance, from its annotation.
+#include "tools/gridkit/product/product_facts.h"
+
+// What a reader wants to know of a product at a glance, in words.
 
 struct SummaryRow {
   std::string label;  // "mode"
-  std::string text;   // "StripMap (SM), beam strip_005"
+  std::string text;   // "StripMap (SM), beam strip_005, looking right"
 };
 
-// The rows in reading order; none for a file that is no valid annotation, whose product another
-// plug-in opened.
-std::vector<SummaryRow> summary_of(const std::string& annotation);
+// The rows in reading order. What has an order of axes has lines before samples.
+std::vector<SummaryRow> summary_of(const ProductFacts& facts);
 
-// What one image of the product is calibrated with: digital numbers to radar brightness.
-struct ImageCalibration {
-  std::string polarisation;
-  std::vector<double> factors;  // that the annotation states for it, one a beam; each value once
-};
-
-// One entry an image, in the order of the annotation; none for a file as above.
-std::vector<ImageCalibration> calibrations_of(const std::string& annotation);
+// "HH 1.05957369e-05", of a beam of several "HH 1.05e-05 or 1.06e-05 by beam": one text an image.
+std::string calibration_in_words(const ImageCalibration& image);

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 #include <variant>
+#include <vector>
 
 #include "gridkit/error.h"
 #include "gridkit/record_decoder.h"
-#include "tools/gridkit/product/product_summary.h"
+#include "tools/gridkit/product/layer_image.h"
+#include "tools/gridkit/product/product_facts.h"
 
 namespace {
 
@@ -27,19 +28,15 @@ double published_factor(const gridkit::Product& product) {
   throw gridkit::Error(product.path() + ": publishes no calibration factor (" + data_name + ")");
 }
 
-// The layers of an image follow each other, as many for each image.
 double factor_of_layer(const gridkit::Product& product, const std::string& layer) {
   const double published = published_factor(product);
-  const auto images = calibrations_of(product.path());
-  const auto layers = product.layer_names();
-  const auto position = std::find(layers.begin(), layers.end(), layer) - layers.begin();
-  if (images.empty() || layers.size() % images.size() != 0) return published;
-  const std::size_t layers_an_image = layers.size() / images.size();
-  const std::size_t image = static_cast<std::size_t>(position) / layers_an_image;
-  if (image >= images.size() || images[image].factors.empty()) return published;
-  const auto& own = images[image].factors;
+  const auto facts = read_facts(product.path());
+  const auto images = facts ? facts->calibration : std::vector<ImageCalibration>();
+  const auto image = image_of_layer(product, layer, images.size());
+  if (!image || images[*image].factors.empty()) return published;
+  const auto& own = images[*image].factors;
   if (own.size() == 1) return own.front();
-  throw gridkit::Error(product.path() + ": the beams of " + images[image].polarisation +
+  throw gridkit::Error(product.path() + ": the beams of " + images[*image].polarisation +
                        " have calibration factors of their own, and pixels do not tell their beam");
 }
 
@@ -54,9 +51,13 @@ std::string Calibration::formula() const {
   return in_decibels_ ? "beta0 = 10 * log10(calFactor * DN^2)" : "beta0 = calFactor * DN^2";
 }
 
+bool has_brightness(const gridkit::Layer& layer) {
+  return layer.pixel_type() == "u16";
+}
+
 Calibration calibration_of(const gridkit::Product& product, const gridkit::Layer& layer,
                            bool in_decibels) {
-  if (layer.pixel_type() != "u16") {
+  if (!has_brightness(layer)) {
     throw gridkit::Error(layer.name() +
                          ": holds phases, which have no brightness; calibrate a magnitude layer");
   }

@@ -28,6 +28,9 @@ class Calibration {
   bool in_decibels_;
 };
 
+// Whether the layer holds magnitudes, which can be calibrated, and no phases.
+bool has_brightness(const gridkit::Layer& layer);
+
 // The calibration of a layer, by the factor that the product publishes. That one is of the
 // annotation's first image: where the annotation states another for the layer's own polarisation,
 // its own is taken. Throws gridkit::Error for a layer of phases, a product that publishes no

@@ -29,7 +29,7 @@ std::vector<gridkit::ControlPoint> grid_of(const Placement& placement, double he
       const double y = static_cast<double>(window.height) * row / steps;
       const rmdllib::Geodetic place =
           placement.ground_of({window.line + y - 0.5, window.column + x - 0.5}, height);
-      points.push_back({x, y, place.longitude, place.latitude, height});
+      points.push_back({x, y, place.longitude_degrees, place.latitude_degrees, height});
     }
   }
   return points;
@@ -63,7 +63,7 @@ ImagePlace place_of(const gridkit::Product& product, const gridkit::Layer& layer
     join_longitudes(result.control_points);
   } catch (const gridkit::Error& error) {
     result.control_points.clear();
-    result.not_known = error.what();
+    result.not_known = error.sentence();
   }
   return result;
 }

@@ -18,7 +18,7 @@ struct ImagePlace {
 
 // Control points stand on the outer corners and edges of the window and evenly between, so many a
 // side, at the scene's average height.
-inline constexpr int control_points_a_side = 10;
+inline constexpr int control_points_a_side = 15;
 
 ImagePlace place_of(const gridkit::Product& product, const gridkit::Layer& layer,
                     const gridkit::Window& window);

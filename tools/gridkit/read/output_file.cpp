@@ -4,11 +4,15 @@
 #include <cctype>
 #include <filesystem>
 #include <iterator>
+#include <span>
 #include <system_error>
 #include <vector>
 
+#include <unistd.h>
+
 #include "gridkit/error.h"
 #include "tools/command_line/existing_output.h"
+#include "tools/gridkit/read/standard_output.h"
 
 namespace {
 
@@ -26,6 +30,11 @@ const std::vector<FormatEntry>& entries() {
                                                 {"PNG", OutputFormat::png, {".png"}},
                                                 {"ENVI", OutputFormat::envi, {".img", ".envi"}}};
   return list;
+}
+
+// Of the output that is no file.
+gridkit::ByteSink into_standard_output() {
+  return [](std::span<const std::byte> bytes) { write_to_standard_output(bytes); };
 }
 
 // Whether this process has the file open, as it has those of the product. The standard streams are
@@ -74,8 +83,33 @@ std::optional<OutputFormat> output_format(const std::string& name, const std::st
   return std::nullopt;
 }
 
+std::string output_ending(OutputFormat format) {
+  switch (format) {
+    case OutputFormat::png:
+      return ".png";
+    case OutputFormat::envi:
+      return ".img";
+    case OutputFormat::geotiff:
+    case OutputFormat::cog:
+      break;
+  }
+  return ".tif";
+}
+
+bool can_stream(OutputFormat format) {
+  return format == OutputFormat::png || format == OutputFormat::envi;
+}
+
+std::string shown_name(const std::string& path) {
+  return path == standard_output ? "standard output" : path;
+}
+
 void check_output(const std::string& path, OutputFormat format, bool overwrite,
                   const gridkit::Product& product) {
+  if (path == standard_output) {
+    if (::isatty(STDOUT_FILENO) == 0) return;
+    throw gridkit::Error("standard output is a terminal, which shows no pixels; name a file");
+  }
   check_file(path, overwrite, product);
   if (format == OutputFormat::envi) check_file(path + ".hdr", overwrite, product);
 }
@@ -83,6 +117,10 @@ void check_output(const std::string& path, OutputFormat format, bool overwrite,
 std::unique_ptr<gridkit::RasterWriter> create_output(OutputFormat format, const std::string& path,
                                                      std::int32_t width, std::int32_t height,
                                                      const gridkit::RasterOptions& options) {
+  if (path == standard_output) {
+    const auto stream = format == OutputFormat::png ? gridkit::stream_png : gridkit::stream_envi;
+    return stream(into_standard_output(), shown_name(path), width, height, options);
+  }
   switch (format) {
     case OutputFormat::cog:
       return gridkit::create_cog(path, width, height, options);

@@ -19,8 +19,20 @@ const std::vector<std::string>& output_format_names();
 // for another ending.
 std::optional<OutputFormat> output_format(const std::string& name, const std::string& path);
 
-// Throws gridkit::Error for a file that is there already, unless it is to be overwritten; and in
-// any case for one that the product is being read from.
+// The ending that files of the format get: ".tif", ".png" or ".img".
+std::string output_ending(OutputFormat format);
+
+// The name of the output that is no file but the program's standard output.
+inline constexpr const char* standard_output = "-";
+
+// Whether the format can be written there: byte after byte, in a single stream.
+bool can_stream(OutputFormat format);
+
+// The output as messages call it.
+std::string shown_name(const std::string& path);
+
+// Throws gridkit::Error for standard output that is a terminal, for a file that is there already,
+// unless it is to be overwritten; and in any case for one that the product is being read from.
 void check_output(const std::string& path, OutputFormat format, bool overwrite,
                   const gridkit::Product& product);
 

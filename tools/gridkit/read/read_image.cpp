@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/calibration.h"
 #include "tools/gridkit/read/image_place.h"
 #include "tools/gridkit/read/line_ranges.h"
@@ -39,8 +40,9 @@ Plan plan_of(const gridkit::Product& product, const ImageRequest& request) {
   plan.window = request.window.value_or(gridkit::Window{0, 0, layer.width(), layer.height()});
   gridkit::check_window(layer, plan.window);
   plan.is_phase = layer.pixel_type() == "s16";
-  // A PNG has no room for its place.
-  if (request.format != OutputFormat::png) plan.place = place_of(product, layer, plan.window);
+  // A PNG has no room for its place, nor have samples alone.
+  const bool has_room = request.format != OutputFormat::png && request.output != standard_output;
+  if (has_room) plan.place = place_of(product, layer, plan.window);
   switch (request.kind) {
     case PixelKind::own:
       plan.form = own_values(plan.is_phase);
@@ -73,11 +75,17 @@ gridkit::RasterOptions options_of(const Plan& plan, const ImageRequest& request)
   options.control_points = plan.place.control_points;
   options.no_data = plan.form->no_data(plan.is_mapped(), false);
   options.overview = overview_of(plan, request.kind);
+  options.compression = request.compression;
+  options.threads = request.threads;
   return options;
 }
 
 void describe(gridkit::RasterWriter& writer, const gridkit::Product& product, const Plan& plan,
               const ImageRequest& request) {
+  for (const auto& [key, value] :
+       product_metadata(product, polarisation_of_layer(product, request.layer))) {
+    writer.add_metadata(key, value);
+  }
   writer.add_metadata("SOURCE", product.path());
   writer.add_metadata("LAYER", request.layer);
   writer.add_metadata("FIRST_COLUMN_AND_LINE",
@@ -124,7 +132,9 @@ void read_image(const gridkit::Product& product, const ImageRequest& request) {
         writer->write_lines((*plan.form)(pixels, complete), lines);
       });
   if (!missing.empty()) {
-    writer->add_metadata("LINES_WITHOUT_DATA", lines_as_text(missing));
+    for (const auto& [reason, lines, key] : unread_lines(missing)) {
+      writer->add_metadata(key, lines);
+    }
     if (const auto value = plan.form->no_data(plan.is_mapped(), true)) writer->set_no_data(*value);
   }
   try {
@@ -135,10 +145,10 @@ void read_image(const gridkit::Product& product, const ImageRequest& request) {
   }
   progress.clear();
   if (!plan.place.not_known.empty()) {
-    warn(request.output + ": is not placed on Earth: " + plan.place.not_known);
+    warn(shown_name(request.output) + ": is not placed on Earth: " + plan.place.not_known);
   }
-  if (!missing.empty()) {
-    warn(request.output +
-         ": lines of the image without data, in part or in whole: " + lines_as_text(missing));
+  for (const auto& [reason, lines, key] : unread_lines(missing)) {
+    warn(shown_name(request.output) + ": lines of the image " + reason +
+         ", in part or in whole: " + lines);
   }
 }

@@ -12,12 +12,19 @@
 
 enum class PixelKind { own, stretched, beta0, beta0_decibels };
 
+// Whether pixels become radar brightness.
+constexpr bool is_calibrated(PixelKind kind) {
+  return kind == PixelKind::beta0 || kind == PixelKind::beta0_decibels;
+}
+
 struct ImageRequest {
   std::string layer;
-  std::string output;
+  std::string output;  // a file's path, or standard_output
   OutputFormat format = OutputFormat::geotiff;
   std::optional<gridkit::Window> window;  // nothing: the whole layer
   PixelKind kind = PixelKind::own;
+  std::optional<gridkit::Compression> compression;  // of GTiff and COG; nothing: the format's own
+  int threads = 0;                                  // that compress; 0: one on each processor
   bool overwrite = false;
   bool quiet = false;
 };

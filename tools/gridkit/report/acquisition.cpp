@@ -8,6 +8,8 @@
 
 #include "lmx/datetime.h"
 #include "tools/annotation/annotation_file.h"
+#include "tools/gridkit/product/product_facts.h"
+#include "tools/gridkit/product/product_summary.h"
 #include "tools/gridkit/product/words.h"
 #include "tools/gridkit/report/html.h"
 
@@ -223,6 +225,15 @@ void add_facts(const Product& product, Acquisition& result) {
                   {"Copyright", info.get_generationInfo().get_copyrightInfo()}};
 }
 
+void add_calibration(const std::string& path, Acquisition& result) {
+  const auto known = read_facts(path);
+  if (!known || known->calibration.empty()) return;
+  const auto& images = known->calibration;
+  result.facts.push_back({"Calibration factor", joined(images.size(), [&](std::size_t i) {
+                            return calibration_in_words(images[i]);
+                          })});
+}
+
 }  // namespace
 
 double Polynomial::value(double at) const {
@@ -240,6 +251,7 @@ Acquisition read_acquisition(const std::string& path, const std::string& schema)
     const auto& start = product.get_productInfo().get_sceneInfo().get_start().get_timeUTC();
     Acquisition result;
     add_facts(product, result);
+    add_calibration(path, result);
     add_orbit(product, start, result);
     add_doppler(product, start, result);
     add_noise(product, start, result);

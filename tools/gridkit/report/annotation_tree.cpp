@@ -45,7 +45,7 @@ class Walk {
   };
 
   [[noreturn]] void refuse(lmx::elmx_error error) const {
-    const lmx::diagnostic* fault = reader_.diagnostic();
+    const lmx::Diagnostic* fault = reader_.diagnostic();
     throw gridkit::Error(path_ + ": " +
                          (fault != nullptr ? fault->message() : lmx::meaning(error)));
   }

@@ -21,7 +21,7 @@ constexpr double inner_width = LocalMap::width - LocalMap::left - LocalMap::righ
 constexpr double inner_height = LocalMap::height - LocalMap::top - LocalMap::bottom;
 
 Geodetic at_sea_level(const Geodetic& place) {
-  return {place.latitude, place.longitude, 0};
+  return {place.latitude_degrees, place.longitude_degrees, 0};
 }
 
 // The mean direction of all places, so that no date line or pole matters.
@@ -112,12 +112,12 @@ LocalMap::Graticule LocalMap::graticule() const {
   // How far lines must be drawn to reach the frame's corners.
   const double reach = std::hypot(inner_width, inner_height) / 2 * degrees_per_unit +
                        std::hypot(shift_east_, shift_north_) / metres_per_degree;
-  const double south = std::max(-90.0, middle_.latitude - reach);
-  const double north = std::min(90.0, middle_.latitude + reach);
+  const double south = std::max(-90.0, middle_.latitude_degrees - reach);
+  const double north = std::min(90.0, middle_.latitude_degrees + reach);
   const double shortest = std::cos(std::max(std::abs(south), std::abs(north)) * degree);
   const double turn = shortest * 180 <= reach ? 180 : reach / shortest;
-  const double west = middle_.longitude - turn;
-  const double east = middle_.longitude + turn;
+  const double west = middle_.longitude_degrees - turn;
+  const double east = middle_.longitude_degrees + turn;
   Graticule result;
   const RoundStep up = round_step(inner_height * degrees_per_unit, parallels);
   for (const double latitude : up.multiples(south, north)) {
@@ -129,7 +129,7 @@ LocalMap::Graticule LocalMap::graticule() const {
                              degrees_in_words(latitude, up.decimals, " N", " S")});
   }
   const double width_in_degrees =
-      inner_width * degrees_per_unit / std::max(0.01, std::cos(middle_.latitude * degree));
+      inner_width * degrees_per_unit / std::max(0.01, std::cos(middle_.latitude_degrees * degree));
   const RoundStep across = round_step(std::min(width_in_degrees, 180.0), meridians);
   for (const double longitude : across.multiples(west, east)) {
     const Line drawn = line(longitude, false, south, north);

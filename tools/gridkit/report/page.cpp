@@ -61,9 +61,8 @@ std::string caption(const Quicklook& quicklook) {
 
 std::string picture(Quicklook quicklook, std::size_t index) {
   std::string words = caption(quicklook);
-  if (!quicklook.missing.empty()) {
-    words += " <strong>Lines without data, in part or in whole: " +
-             escape(lines_as_text(quicklook.missing)) + ".</strong>";
+  for (const auto& [reason, lines, key] : unread_lines(quicklook.missing)) {
+    words += " <strong>Lines " + reason + ", in part or in whole: " + escape(lines) + ".</strong>";
   }
   quicklook.picture.texts.clear();
   const std::string id = "picture" + std::to_string(index);
@@ -77,7 +76,13 @@ std::string picture(Quicklook quicklook, std::size_t index) {
 struct Layers {
   std::string pictures;
   std::string histograms;
+  std::string histogram_note;
 };
+
+constexpr const char* phase_note =
+    "<p>A complex sample with I or Q equal to 0 has phase 0, whatever its direction: hence the "
+    "peak "
+    "of the phases at 0°.</p>";
 
 Layers draw_layers(const gridkit::Product& product, std::int32_t picture_size,
                    const std::function<void(std::int32_t)>& advance) {
@@ -86,6 +91,7 @@ Layers draw_layers(const gridkit::Product& product, std::int32_t picture_size,
   for (const std::string& layer : product.layer_names()) {
     Quicklook quicklook = make_quicklook(product, layer, picture_size, advance);
     result.histograms += draw(histogram(quicklook));
+    if (quicklook.meaning == PixelMeaning::phase) result.histogram_note = phase_note;
     result.pictures += picture(std::move(quicklook), index++);
   }
   return result;
@@ -112,7 +118,7 @@ std::string maps(const gridkit::Product& product, const Acquisition& acquisition
       footprint.corners.push_back(placement.ground_of(pixel, height));
     }
   } catch (const gridkit::Error& error) {
-    return "<p class=\"none\">" + escape(error.what()) + "</p>";
+    return "<p class=\"none\">" + escape(error.sentence()) + "</p>";
   }
   return draw_scene_map(footprint) + draw_overview(footprint);
 }
@@ -173,6 +179,7 @@ std::string make_page(const gridkit::Product& product, std::int32_t picture_size
                                   {"pictures", layers.pictures},
                                   {"facts", facts(acquisition)},
                                   {"maps", maps(product, acquisition, schema)},
+                                  {"histogram_note", layers.histogram_note},
                                   {"histograms", layers.histograms},
                                   {"doppler", doppler},
                                   {"noise", noise},

@@ -2,14 +2,9 @@
 
 #include <string>
 
-// How a command talks to somebody at a terminal.
-
-enum class Style { bold, red, yellow };
-
-// The text in that style where the stream is a terminal whose user has not set NO_COLOR; as it is
-// elsewhere.
-std::string on_output(const std::string& text, Style style);
-std::string on_errors(const std::string& text, Style style);
+#include "tools/command_line/terminal.h"
 
 // One line on standard error: "gridkit: warning: MESSAGE".
-void warn(const std::string& message);
+inline void warn(const std::string& message) {
+  warn("gridkit", message);
+}

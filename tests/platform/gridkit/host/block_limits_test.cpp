@@ -124,10 +124,45 @@ TEST(BlockLimits, EveryLineOfAFileThatWasCutComes) {
       for (const std::int32_t columns : {0, 1, width / 2, width - 1}) {
         const std::int32_t first = lines / 64 * 64;  // as the rows of blocks above have come
         const auto missing = missing_of(cut(all, lines, columns), first);
-        ASSERT_EQ(missing.size(), 1U) << width << ' ' << lines << ' ' << columns;
-        EXPECT_EQ(missing[0].first, lines) << width << ' ' << lines << ' ' << columns;
-        EXPECT_EQ(missing[0].last, 139);
+        std::int32_t next = lines;
+        for (const auto& range : missing) {
+          EXPECT_EQ(range.first, next) << width << ' ' << lines << ' ' << columns;
+          next = range.last + 1;
+        }
+        EXPECT_EQ(next, 140) << width << ' ' << lines << ' ' << columns;
       }
+    }
+  }
+}
+
+TEST(BlockLimits, TellWhereTheDataEndIfBlocksTellIt) {
+  EXPECT_EQ(cut(whole(20, 30, 7), 15, 0).limits().data_end, 15);
+  EXPECT_EQ(cut(whole(20, 30, 7), 15, 11).limits().data_end, 15);
+  // Within the first line nothing above it tells: the block of 2 x 2 pixels from the first one on
+  // is refused, which ends in line 1.
+  EXPECT_EQ(cut(whole(20, 30, 7), 0, 11).limits().data_end, 1);
+  // In the last lines no block may start, and no refused one ends past the data.
+  EXPECT_GT(whole(20, 30, 7).limits().data_end, 30);
+  EXPECT_GT(whole(20, 4, 4).limits().data_end, 4);
+}
+
+TEST(BlockLimits, NoLineThatTheFileHoldsIsCalledWithoutData) {
+  for (const std::int32_t height : {41, 120, 127, 131}) {
+    for (const std::int32_t width : {30, 60, 73, 200}) {
+      for (std::int32_t lines = 1; lines <= height; ++lines) {
+        for (const auto& range : missing_of(cut(whole(width, height, 9), lines, 0), 0)) {
+          if (range.why != gridkit::Unread::no_data) continue;
+          EXPECT_GE(range.first, lines) << width << " x " << height;
+        }
+      }
+    }
+  }
+}
+
+TEST(BlockLimits, NoMissingLineOfAWholeFileIsCalledWithoutData) {
+  for (std::int32_t height = 10; height < 200; ++height) {
+    for (const auto& range : missing_of(whole(60, height, 9), 0)) {
+      EXPECT_EQ(range.why, gridkit::Unread::out_of_reach) << height << ": " << range.first;
     }
   }
 }

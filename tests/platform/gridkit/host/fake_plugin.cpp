@@ -1,8 +1,8 @@
 // A format plug-in for the host's tests. A file named *.fake is its own; what else stands in the
 // name chooses how it behaves: "late" hands out an unfinished record, "early" none with a report,
 // "throw" throws, "files", "streams" and "layers" open "../outside.tif" beside the file's folder.
-// Images are 10 wide and H high, H being the number behind "h" in the name; pixel = line number
-// + 1. Blocks that start at or behind line H - 7 are refused, and those that reach past the last
+// Images are 10 wide and H high, H being the number after "h" in the name; pixel = line number
+// + 1. Blocks that start at or after line H - 7 are refused, and those that reach past the last
 // line or, with the last line, past the right edge.
 
 #include <cstdint>

@@ -111,12 +111,12 @@ TEST_F(Host, ALayerKeepsItsProductOpen) {
 
 TEST_F(Host, NeverUsesAnUnfinishedRecord) {
   const int before = closes();
-  EXPECT_EQ(refusal("late h40.fake"), "late h40.fake: fake: broken late");
+  EXPECT_EQ(refusal("late h40.fake"), "late h40.fake: cannot be opened: fake: broken late");
   EXPECT_EQ(closes(), before);
 }
 
 TEST_F(Host, TellsWhyAnOpenFailed) {
-  EXPECT_EQ(refusal("early h40.fake"), "early h40.fake: fake: no record at all");
+  EXPECT_EQ(refusal("early h40.fake"), "early h40.fake: cannot be opened: fake: no record at all");
   EXPECT_EQ(refusal("a.real"), "a.real: not a file of the format Fake");
   EXPECT_EQ(refusal("throw h40.fake"), "throw h40.fake: the plug-in gave up: std::bad_alloc");
 }
@@ -143,9 +143,11 @@ class OutsideFile : public Host {
 };
 
 TEST_F(OutsideFile, IsNotOpenedForAProduct) {
-  EXPECT_EQ(refusal(product("files")), product("files") + ": gkf_Open: " + words);
-  EXPECT_EQ(refusal(product("layers")), product("layers") + ": gkl_LayerGetNames: " + words);
-  EXPECT_EQ(refusal(product("streams")), product("streams") + ": fake: no stream; " + words)
+  EXPECT_EQ(refusal(product("files")), product("files") + ": cannot be opened: gkf_Open: " + words);
+  EXPECT_EQ(refusal(product("layers")),
+            product("layers") + ": cannot be opened: gkl_LayerGetNames: " + words);
+  EXPECT_EQ(refusal(product("streams")),
+            product("streams") + ": cannot be opened: fake: no stream; " + words)
       << "a stream cannot report by itself";
 }
 
@@ -153,8 +155,9 @@ TEST_F(OutsideFile, IsOpenedWhereThePreferenceAllowsIt) {
   gkp_SetNumberPreference("gridkit", "allow_outside_files", 1, nullptr);
   EXPECT_EQ(refusal(product("files")), "");
   EXPECT_EQ(refusal(product("streams")), "");
-  EXPECT_EQ(refusal(product("layers")),
-            product("layers") + ": gkl_LayerGetNames: " + outside() + ": not a GeoTIFF file");
+  EXPECT_EQ(refusal(product("layers")), product("layers") +
+                                            ": cannot be opened: gkl_LayerGetNames: " + outside() +
+                                            ": not a GeoTIFF file");
 }
 
 // The refusal belongs to the host's open: whoever calls the operations or the exports is free.

@@ -75,7 +75,7 @@ TEST_F(RasterHeaders, TellADepthBetweenTheTypes) {
 }
 
 TEST_F(RasterHeaders, TellWhereTheStoredPixelsEnd) {
-  // Strips are stored one behind the other, and 40 x 30 samples of two bytes are 2400 bytes.
+  // Strips are stored one after the other, and 40 x 30 samples of two bytes are 2400 bytes.
   const gridkit::RasterHeader whole = read({});
   EXPECT_LE(whole.pixels_end, fs::file_size(path));
   EXPECT_GE(whole.pixels_end, 2400U);

@@ -238,7 +238,7 @@ TEST_F(Dictionary, RefusesWhatIsEmpty) {
 // --- Encoded records, their bytes by hand --------------------------------------------------------
 
 TEST_F(Dictionary, EncodesEveryTypeWithoutGapsAndLittleEndian) {
-  // The compiler's own layout, with gaps of 3 bytes behind c, 3 behind k and 4 behind i.
+  // The compiler's own layout, with gaps of 3 bytes after c, 3 after k and 4 after i.
   struct {
     char c;
     int32_t i;
@@ -284,7 +284,7 @@ struct Vector {
   int32_t count;
   const double* elements;
 };
-// The vector starts at a multiple of 8, behind a gap of 4 bytes.
+// The vector starts at a multiple of 8, after a gap of 4 bytes.
 struct NestedRecord {
   int32_t before;
   Vector vector;

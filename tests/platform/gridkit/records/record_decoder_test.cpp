@@ -59,7 +59,7 @@ std::string refusal(std::string_view dictionary, std::string_view type,
   return "";
 }
 
-// What is wrong with a record of one field of the type, behind an int.
+// What is wrong with a record of one field of the type, after an int.
 std::string field_refusal(const std::string& field, const std::vector<std::byte>& record) {
   const std::string text =
       refusal("gridkit-dictionary 1\ndesign T\nint i\n" + field + "\nend\n", "T", record);
@@ -206,13 +206,13 @@ const Damage damages[] = {
      "line 1: expected a line feed alone, without carriage return"},
     {"gridkit-dictionary 1\n", "line 2: the text stops before \"end\""},
     {"gridkit-dictionary 1\nend", "line 2: expected a line feed at the line's end"},
-    {"gridkit-dictionary 1\nend\n\n", "line 3: expected nothing behind \"end\""},
+    {"gridkit-dictionary 1\nend\n\n", "line 3: expected nothing after \"end\""},
     {"gridkit-dictionary 1\nend \n", "line 2: " + no_type},
     {"gridkit-dictionary 1\n\nend\n", "line 2: " + no_type},
     {"gridkit-dictionary 1\nint i\nend\n", "line 2: expected \"design\" before the first field"},
-    {"gridkit-dictionary 1\ndesign\nint i\nend\n", "line 2: expected one name behind \"design\""},
+    {"gridkit-dictionary 1\ndesign\nint i\nend\n", "line 2: expected one name after \"design\""},
     {"gridkit-dictionary 1\ndesign T U\nint i\nend\n",
-     "line 2: expected one name behind \"design\""},
+     "line 2: expected one name after \"design\""},
     {"gridkit-dictionary 1\ndesign T-1\nint i\nend\n", "line 2: \"T-1\"" + no_name},
     {"gridkit-dictionary 1\ndesign T\nend\n", "line 3: expected a field of the design \"T\""},
     {"gridkit-dictionary 1\ndesign T\ndesign U\nint i\nend\n",
@@ -221,11 +221,11 @@ const Damage damages[] = {
      "line 4: there is a design \"T\" already"},
     {"gridkit-dictionary 1\ndesign T\nint i\n", "line 4: the text stops before \"end\""},
     {"gridkit-dictionary 1\ndesign T\nint\nend\n",
-     "line 3: expected a field's name behind its type"},
+     "line 3: expected a field's name after its type"},
     {"gridkit-dictionary 1\ndesign T\nint  i\nend\n",
-     "line 3: expected nothing behind the field's name"},
+     "line 3: expected nothing after the field's name"},
     {"gridkit-dictionary 1\ndesign T\nint i \nend\n",
-     "line 3: expected nothing behind the field's name"},
+     "line 3: expected nothing after the field's name"},
     {"gridkit-dictionary 1\ndesign T\nint \nend\n", "line 3: \"\"" + no_name},
     {"gridkit-dictionary 1\ndesign T\nint i\nchar i\nend\n",
      "line 4: there is a field \"i\" already"},

@@ -73,7 +73,7 @@ TEST_F(Streams, ReadAtAnyPlace) {
   EXPECT_EQ(gkf_fread(buffer, 2, 3, stream), 3U);
   EXPECT_STREQ(buffer, "second");
   EXPECT_EQ(gkf_fread(buffer, 1, 1, stream), 1U);
-  EXPECT_EQ(buffer[0], ' ') << "behind the last read";
+  EXPECT_EQ(buffer[0], ' ') << "after the last read";
   EXPECT_FALSE(at_end());
   EXPECT_EQ(gkf_fseeko(stream, 19, 0), 0);
   EXPECT_EQ(gkf_fread(buffer, 2, 4, stream), 1U) << "three bytes are one whole item";
@@ -143,7 +143,7 @@ TEST_F(Streams, GiveWhatTheFileHoldsWithEveryCacheSize) {
   }
 }
 
-// Blocks of 64 x 64 samples of 4 bytes, the samples of a line behind 8 bytes of head.
+// Blocks of 64 x 64 samples of 4 bytes, the samples of a line after 8 bytes of head.
 class Sweeps : public Streams {
  protected:
   static constexpr std::int64_t lines = 640;

@@ -31,6 +31,12 @@ TEST(IndexedPng, HoldsTheSizeThePaletteAndTheTexts) {
   EXPECT_NE(std::string::npos, file.find("tEXtSource\0here"s));
 }
 
+TEST(IndexedPng, EndsWithItsEmptyLastPart) {
+  using namespace std::string_literals;
+  // Its checksum, of the four letters alone, is the same in every PNG file.
+  EXPECT_TRUE(encoded(small()).ends_with("\0\0\0\0IEND\xae\x42\x60\x82"s));
+}
+
 TEST(IndexedPng, TellsTextsBeyondAsciiAsUtf8) {
   IndexedPicture picture = small();
   picture.texts = {{"Source", "Köln"}};

@@ -116,10 +116,14 @@ TEST_F(Writer, PngAndEnviNeedAllTheirLines) {
   }
 }
 
-TEST_F(Writer, APngHoldsNoFloatingPoint) {
-  gridkit::RasterOptions options;
-  options.type = gridkit::SampleType::f32;
-  EXPECT_THROW(gridkit::create_png((folder / "x").string(), 3, 1, options), gridkit::Error);
+TEST_F(Writer, APngHoldsWholeRealNumbersAlone) {
+  const std::string path = (folder / "x").string();
+  const auto refusal_of = [&](gridkit::SampleType type) {
+    return refusal([&] { gridkit::create_png(path, 3, 1, {.type = type}); });
+  };
+  EXPECT_EQ(path + ": a PNG holds no floating-point samples", refusal_of(gridkit::SampleType::f32));
+  EXPECT_EQ(path + ": a PNG holds no complex samples", refusal_of(gridkit::SampleType::cs16));
+  EXPECT_EQ(path + ": a PNG holds no complex samples", refusal_of(gridkit::SampleType::cf32));
   EXPECT_TRUE(fs::is_empty(folder));
 }
 
@@ -192,6 +196,50 @@ TEST_F(Writer, ACogIsGivenUpWhenItsProgressIsRefused) {
   }
   EXPECT_GT(calls, 1);
   EXPECT_TRUE(fs::is_empty(folder));
+}
+
+TEST_F(Writer, AStreamGetsTheBytesOfTheFile) {
+  struct {
+    decltype(&gridkit::create_png) create;
+    decltype(&gridkit::stream_png) stream;
+  } const ways[] = {{gridkit::create_png, gridkit::stream_png},
+                    {gridkit::create_envi, gridkit::stream_envi}};
+  for (const auto& [create, stream] : ways) {
+    const auto file = create((folder / "x").string(), 3, 1, {});
+    std::string streamed;
+    const auto sink = [&](std::span<const std::byte> bytes) {
+      streamed.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    };
+    const auto other = stream(sink, "the stream", 3, 1, {});
+    for (const auto& writer : {file.get(), other.get()}) {
+      writer->add_metadata("KEY", "value");
+      writer->write_lines(line(), 1);
+      writer->finish();
+    }
+    EXPECT_EQ(text_of(folder / "x"), streamed);
+  }
+}
+
+TEST_F(Writer, AStreamEndsWithWhatItsSinkThrows) {
+  for (auto* stream : {gridkit::stream_png, gridkit::stream_envi}) {
+    int calls = 0;
+    const auto sink = [&](std::span<const std::byte>) {
+      if (++calls > 1) throw gridkit::Error("full");
+    };
+    EXPECT_EQ("full", refusal([&] {
+                const auto writer = stream(sink, "the stream", 3, 2, {});
+                for (int i = 0; i < 2; ++i) writer->write_lines(line(), 1);
+                writer->finish();
+              }));
+  }
+}
+
+TEST_F(Writer, AStreamIsCalledByItsName) {
+  const auto sink = [](std::span<const std::byte>) {};
+  for (auto* stream : {gridkit::stream_png, gridkit::stream_envi}) {
+    const auto writer = stream(sink, "the stream", 3, 2, {});
+    EXPECT_EQ("the stream: lines are missing", refusal([&] { writer->finish(); }));
+  }
 }
 
 TEST_F(Writer, AnEnviFileIsItsSamplesAndAHeader) {

@@ -134,6 +134,20 @@ TEST_F(Placing, RefusesPlacesThatTheRadarDoesNotSee) {
             }),
             "that place lies on the side that the radar does not look to");
   EXPECT_EQ(refusal([&] {
+              placement.pixel_of({-48, -169, 600});
+            }),
+            "that place lies on the far side of the Earth");
+  // A sixth of the way around the Earth to the right of the track: the horizon of an orbit 510 km
+  // high is 22 degrees away.
+  const rmdllib::RadarGeometry& geometry = *placement.radar();
+  const auto satellite = geometry.orbit().at(geometry.radar_of({50, 50}).time);
+  const rmdllib::Vector3 up = unit(satellite.position);
+  const rmdllib::Vector3 right = unit(cross(satellite.velocity, up));
+  const Geodetic beyond = geometry.earth().to_geodetic(
+      6.371e6 * (std::cos(M_PI / 3) * up + std::sin(M_PI / 3) * right));
+  EXPECT_EQ(refusal([&] { placement.pixel_of(beyond); }),
+            "that place lies beyond the satellite's horizon");
+  EXPECT_EQ(refusal([&] {
               placement.pixel_of({-30, 11, 600});
             }),
             "the satellite does not come abeam of that place within its state vectors");
@@ -141,6 +155,31 @@ TEST_F(Placing, RefusesPlacesThatTheRadarDoesNotSee) {
               placement.ground_of({50, -400000}, 600);
             }),
             "the slant range does not reach that height");
+}
+
+TEST_F(Placing, TellsThePlacesOnTheImageFromThoseOutside) {
+  for (const Variant variant : {Variant::ssc, Variant::mgd, Variant::gec}) {
+    simulate::Options o;
+    o.variant = variant;
+    o.lines = 80;
+    o.samples = 100;
+    o.empty_images = true;
+    const Placement placement(plugin()->open(simulate::write_product_folder(o, scratch.path())));
+    // A map's size is the simulator's choice.
+    const double lines = placement.lines();
+    const double samples = placement.samples();
+    if (variant != Variant::gec) {
+      EXPECT_EQ(lines, 80);
+      EXPECT_EQ(samples, 100);
+    }
+    EXPECT_TRUE(placement.contains({-0.5, -0.5}));
+    EXPECT_TRUE(placement.contains({lines - 0.5, samples - 0.5}));
+    EXPECT_FALSE(placement.contains({-0.51, 10}));
+    EXPECT_FALSE(placement.contains({10, -0.51}));
+    EXPECT_FALSE(placement.contains({lines - 0.49, 10}));
+    EXPECT_FALSE(placement.contains({10, samples - 0.49}));
+    EXPECT_FALSE(placement.contains({std::nan(""), 10}));
+  }
 }
 
 }  // namespace

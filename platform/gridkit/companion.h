@@ -1,0 +1,166 @@
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// The companion of a format plug-in: an optional second contract, beside the plug-in's exports. It
+// hands out data as they are: samples of any window of an image, in their own type, into the
+// caller's memory, on any number of threads. What is made of them is the host's business.
+//
+// A companion is a library of its own. That of the plug-in FOLDER/NAME.so is
+// FOLDER/companions/NAME.so; hosts find it there, and it exports one function, gkc_GetCompanion,
+// which gives its table. A plug-in without one works as before.
+//
+// Versions. Tables and structs only ever grow at their end, and each begins with its size as the
+// side that made it knows it. What lies past the size that one side gives is not there for the
+// other: a host looks whether the table is large enough for a function before it calls it
+// (GKC_HAS), and a companion fills no more of a struct than its size allows. `version` changes when
+// something of another meaning takes the place of what was there; hosts refuse a version that they
+// do not know.
+//
+// Threads. Any number of threads may use one open product at once, except that gkc_Companion.close
+// must be the last call. Nothing that reads or converts waits for another thread.
+//
+// Errors. Every function that can fail gives 0 for success, else a gkc_ErrorCode, and then tells
+// what happened in the gkc_Error that the caller handed in (null: nobody asks). There is no other
+// place where errors are kept. No exception leaves a companion.
+
+#define GKC_VERSION 1
+
+// Whether a table or struct, by the size at its begin, has the member.
+#define GKC_HAS(object, type, member) \
+  ((object)->size >= offsetof(type, member) + sizeof(((const type*)0)->member))
+
+enum gkc_ErrorCode {
+  gkc_NoError = 0,
+  gkc_WrongUse = 1,        // arguments that mean nothing, such as a window outside the image
+  gkc_NotRecognised = 2,   // no file of the format
+  gkc_BadDescription = 3,  // the product's description is at fault; see element and text_line
+  gkc_BadImage = 4,        // an image file is missing, or its own header is at fault
+  gkc_CutShort = 5,        // an image file ends before the window does
+  gkc_CannotRead = 6,      // the system refused to read
+  gkc_NoMemory = 7,
+  gkc_OurFault = 8  // should not happen: an error of the companion itself
+};
+
+// What happened. The caller makes it, sets `size`, and owns it; all else is filled in on failure.
+// Texts end with a zero and are cut where they are longer.
+typedef struct gkc_Error {
+  size_t size;
+  int32_t code;        // gkc_ErrorCode
+  int32_t reserved;    // 0
+  int64_t text_line;   // of the description, from 1; 0 where it is no matter of a line
+  int64_t image_line;  // the first line of the image that did not come whole, from 0; else -1
+  char path[1024];     // the file concerned, else empty
+  char element[512];   // of the description, such as "/a/b", else empty
+  char message[2048];  // all of it in one sentence, path and place included
+} gkc_Error;
+
+enum gkc_SampleType {
+  gkc_ComplexInt16 = 1,  // pairs of int16_t, I then Q: 4 bytes
+  gkc_ComplexHalf = 2,   // pairs of IEEE 754 half-precision numbers, I then Q: 4 bytes
+  gkc_Uint16 = 3         // detected amplitudes, uint16_t: 2 bytes
+};
+
+// What there is to know of an image before any of it is read. The caller sets `size`. Texts live as
+// long as the product.
+typedef struct gkc_Image {
+  size_t size;
+  const char* name;            // unique in its product, such as "HH", or "HH_B2" for a burst
+  const char* polarisation;    // such as "HH"
+  const char* file;            // path of the image file
+  int64_t lines;               // at least 1
+  int64_t samples;             // of a line, at least 1
+  int32_t sample_type;         // gkc_SampleType
+  int32_t burst;               // number of the burst in its file, from 1; 0: the file is one image
+  const char* first_line_utc;  // when the first line was seen, as in XML Schema's dateTime; empty
+                               // where it is not known
+  double calibration_factor;   // from powers to radar brightness; 0 where none is told or several
+  int32_t magnitude_layer;     // place in the plug-in's list of layers, from 0, of the one that is
+                               // made of the moduli of exactly these samples; -1: there is none,
+                               // because the file does not lie as the plug-in supposes
+  int32_t phase_layer;         // the same for their phases
+  int32_t image_file;          // number of the image file in the product, from 0
+} gkc_Image;
+
+// A window of an image and where it goes. Line `l` and sample `s` of the window, counted from 0,
+// are line `first_line + l * line_step` and sample `first_sample + s * sample_step` of the image,
+// and go to `target + l * line_stride + s * sample_stride` bytes. Strides may be anything, negative
+// too; samples that are written must not overlap.
+typedef struct gkc_Window {
+  size_t size;
+  int64_t first_line;
+  int64_t first_sample;
+  int64_t lines;        // at least 1
+  int64_t samples;      // at least 1
+  int64_t line_step;    // at least 1; 1 takes every line
+  int64_t sample_step;  // at least 1
+  void* target;
+  int64_t line_stride;    // bytes
+  int64_t sample_stride;  // bytes
+} gkc_Window;
+
+// How far a read came. The caller sets `size`.
+typedef struct gkc_Delivered {
+  size_t size;
+  int64_t lines;    // of the window that are there whole, from its first on
+  int64_t samples;  // of the line after them
+} gkc_Delivered;
+
+// For each line of an image the samples that the processor marked as valid, counted from 0.
+// Where first > last the line has none.
+typedef struct gkc_ValidSamples {
+  int64_t first;
+  int64_t last;
+} gkc_ValidSamples;
+
+typedef struct gkc_Product gkc_Product;
+
+typedef struct gkc_OpenOptions {
+  size_t size;
+} gkc_OpenOptions;
+
+typedef struct gkc_Companion {
+  size_t size;
+  int32_t version;   // GKC_VERSION
+  int32_t reserved;  // 0
+
+  // Opens a product by its description, and all of its image files. `options` may be null. On
+  // success `*product` is the caller's to close, else null.
+  int32_t (*open)(const char* path, const gkc_OpenOptions* options, gkc_Product** product,
+                  gkc_Error* error);
+
+  // Ends a product; null is nothing.
+  void (*close)(gkc_Product* product);
+
+  // How many images there are: those of the first file first, its bursts in their order.
+  int32_t (*image_count)(const gkc_Product* product);
+
+  // Describes the image of that number, from 0.
+  int32_t (*describe_image)(const gkc_Product* product, int32_t image, gkc_Image* description,
+                            gkc_Error* error);
+
+  // Reads a window. All of it lies in the image, else nothing is read. Where the file ends early or
+  // cannot be read, the lines and samples before stay delivered, as `*delivered` tells (null:
+  // nobody asks), and the rest of the target stays as it was: no sample is made up.
+  int32_t (*read)(const gkc_Product* product, int32_t image, const gkc_Window* window,
+                  gkc_Delivered* delivered, gkc_Error* error);
+
+  // The valid samples of `lines` lines. An image whose file has no such marks has all its samples
+  // valid. On failure what came before stays, as `*delivered` tells of the lines.
+  int32_t (*read_valid_samples)(const gkc_Product* product, int32_t image, int64_t first_line,
+                                int64_t lines, gkc_ValidSamples* valid, gkc_Delivered* delivered,
+                                gkc_Error* error);
+} gkc_Companion;
+
+// What a companion exports. The table lives as long as the library is loaded.
+typedef const gkc_Companion* (*gkc_GetCompanionFunction)(void);
+#define GKC_ENTRY "gkc_GetCompanion"
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,167 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "gridkit/companion.h"
+#include "gridkit/error.h"
+#include "gridkit/export.h"
+#include "gridkit/plugin.h"
+
+// Samples of images as they are, and what they are converted to: any window, into the caller's
+// memory, on any number of threads. They come from the plug-in's companion (gridkit/companion.h).
+
+namespace gridkit {
+
+// A window of an image, which it lies in: `lines` lines of `samples` samples each, `line_step` and
+// `sample_step` apart. Counted from 0.
+struct SampleWindow {
+  std::int64_t line = 0;
+  std::int64_t sample = 0;
+  std::int64_t lines = 0;
+  std::int64_t samples = 0;
+  std::int64_t line_step = 1;
+  std::int64_t sample_step = 1;
+};
+
+// How far a read came: lines of the window that are there whole, and samples of the line after
+// them.
+struct Delivered {
+  std::int64_t lines = 0;
+  std::int64_t samples = 0;
+};
+
+// A failure that a companion told, with the place that it is about.
+class GRIDKIT_API SampleError : public Error {
+ public:
+  SampleError(const gkc_Error& error, const Delivered& delivered);
+
+  gkc_ErrorCode code() const { return code_; }
+  const std::string& path() const { return path_; }        // of the file, may be empty
+  const std::string& element() const { return element_; }  // of the description, may be empty
+  std::int64_t text_line() const { return text_line_; }    // of the description, from 1; 0: none
+  std::int64_t image_line() const { return image_line_; }  // that did not come whole; -1: none
+  const Delivered& delivered() const { return delivered_; }
+
+ private:
+  gkc_ErrorCode code_;
+  std::string path_;
+  std::string element_;
+  std::int64_t text_line_;
+  std::int64_t image_line_;
+  Delivered delivered_;
+};
+
+// What samples are in their file.
+enum class NativeType {
+  complex_int16,  // pairs of 16-bit integers, I then Q
+  complex_half,   // pairs of half-precision numbers, I then Q
+  uint16          // detected amplitudes
+};
+
+struct SampleImage {
+  std::string name;  // unique in its product, such as "HH", or "HH_B2" for a burst
+  std::string polarisation;
+  std::string file;
+  std::int64_t lines = 0;
+  std::int64_t samples = 0;
+  NativeType type = NativeType::complex_int16;
+  std::optional<std::int32_t> burst;  // its number in the file, from 1
+  std::string first_line_utc;         // empty where it is not known
+  double calibration_factor = 0;      // from powers to radar brightness; 0 where there is no one
+  // Places in the plug-in's list of layers, of those that are made of exactly these samples: of
+  // their moduli, and of their phases. Nothing where the plug-in supposes the file to lie
+  // otherwise.
+  std::optional<std::int32_t> magnitude_layer;
+  std::optional<std::int32_t> phase_layer;
+  std::int32_t image_file = 0;  // number of the file in the product, from 0
+
+  bool is_complex() const { return type != NativeType::uint16; }
+};
+
+// What a read gives for each sample. I and Q are the sample's parts; of a detected image the
+// amplitude stands for their modulus.
+enum class SampleForm {
+  native,         // as NativeType says, in this machine's byte order: 4 or 2 bytes
+  complex_float,  // I and Q as 32-bit floats; complex images only
+  magnitude,      // sqrt(I^2 + Q^2), squares, sum and root as 32-bit floats
+  phase,        // atan2(Q, I) in radians as a 32-bit float, of (0, 0) it is 0; complex images only
+  power,        // factor * (I^2 + Q^2), computed in 64 bits, as a 32-bit float
+  decibels,     // 10 log10 of that, minus infinity for 0, as a 32-bit float
+  magnitude16,  // uint16_t: the modulus truncated, as plug-ins' magnitude layers have it
+  phase16       // int16_t: 65536 make a turn, 0 on the axes, as plug-ins' phase layers have it
+};
+
+// Bytes of a sample in that form.
+GRIDKIT_API std::size_t form_bytes(SampleForm form, NativeType type);
+
+struct Conversion {
+  SampleForm form = SampleForm::native;
+  double factor = 1;  // of power and decibels: with the calibration factor they are radar
+                      // brightness (beta nought), with 1 intensity
+};
+
+// Where samples go: that of line l and sample s of the window to data + l * line_stride + s *
+// sample_stride bytes. A stride of 0 stands for that of an array without gaps.
+struct SampleTarget {
+  void* data = nullptr;
+  std::int64_t line_stride = 0;
+  std::int64_t sample_stride = 0;
+};
+
+// Where a plug-in's companion would lie.
+GRIDKIT_API std::filesystem::path companion_path(const Plugin& plugin);
+
+// The samples of a product. Copies share the open product, which the last of them closes. All
+// operations may be called on any number of threads at once; reads wait for nobody.
+class GRIDKIT_API Samples {
+ public:
+  // Opens the product at that path through the companion of the plug-in. Throws Error where there
+  // is no companion or it does not load, SampleError for what it tells of the product. As with
+  // Plugin::open, no files outside the product's folder are opened.
+  static Samples open(const Plugin& plugin, const std::string& path);
+
+  // In the product's order.
+  const std::vector<SampleImage>& images() const;
+
+  // The number of the image of that name. Throws Error that names those there are.
+  std::size_t find(const std::string& name) const;
+
+  // Reads a window of the image of that number. Throws Error where the image has no such form, and
+  // SampleError: with gkc_WrongUse for a window outside the image, and where the file ends early or
+  // cannot be read. What came before stays delivered, as the error tells, and the rest of the
+  // target stays as it was. Memory: below 1 MiB.
+  void read(std::size_t image, const SampleWindow& window, const Conversion& conversion,
+            const SampleTarget& target) const;
+
+  // The samples marked as valid of lines of an image. Throws SampleError.
+  std::vector<gkc_ValidSamples> read_valid_samples(std::size_t image, std::int64_t first_line,
+                                                   std::int64_t lines) const;
+
+ private:
+  struct Open;
+  explicit Samples(std::shared_ptr<const Open> open);
+
+  std::shared_ptr<const Open> open_;
+};
+
+// Takes lines of a window in order, [lines][samples of the window] in a form, without gaps. Where
+// not all came, `complete` is false and zeros stand for what did not.
+using SampleLineSink =
+    std::function<void(std::span<const std::byte> samples, std::int64_t lines, bool complete)>;
+
+// Reads a window on every core and hands its lines to the sink on the calling thread. Gives the
+// number of lines that came whole: fewer than the window has where the file ends early. Throws as
+// Samples::read does for all else, and what the sink throws. Memory: 2 MiB and two lines a core.
+GRIDKIT_API std::int64_t read_in_order(const Samples& samples, std::size_t image,
+                                       const SampleWindow& window, const Conversion& conversion,
+                                       const SampleLineSink& sink);
+
+}  // namespace gridkit

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "rmdllib/rational_model.h"
+
+// A rational model by GDAL's names: the offsets and scales of line, sample (pixels), latitude,
+// longitude (degrees) and height (metres above the ellipsoid), four times twenty coefficients, the
+// largest errors ERR_LINE and ERR_SAMP (pixels), and the heights it was fitted over.
+nlohmann::ordered_json rational_model_as_json(const rmdllib::FittedRationalModel& fitted);
+
+// The same on standard output, a number a line as "NAME: NUMBER": the form that GDAL reads beside
+// IMAGE.tif as IMAGE_RPC.TXT. Numbers read back bit for bit.
+void print_rational_model(const rmdllib::FittedRationalModel& fitted);
+
+// What a user must be told of a model that misses its goal; empty for one that keeps it.
+std::string remark_on(const rmdllib::FittedRationalModel& fitted);

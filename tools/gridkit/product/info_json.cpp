@@ -1,0 +1,122 @@
+#include "tools/gridkit/product/info_json.h"
+
+#include <optional>
+
+#include "tools/gridkit/product/layer_map.h"
+#include "tools/gridkit/product/product_facts.h"
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+json map_as_json(const std::optional<gridkit::MapInfo>& map) {
+  if (!map) return nullptr;
+  return {{"projection", map->projection},
+          {"upperLeft", {map->upper_left[0], map->upper_left[1]}},
+          {"pixelSize", {map->pixel_size[0], map->pixel_size[1]}},
+          {"units", map->units}};
+}
+
+json layer_as_json(const gridkit::Layer& layer) {
+  return {{"name", layer.name()},
+          {"pixelType", layer.pixel_type()},
+          {"layerType", layer.layer_type()},
+          {"width", layer.width()},
+          {"height", layer.height()},
+          {"blockWidth", layer.block_width()},
+          {"blockHeight", layer.block_height()},
+          {"mapInfo", map_as_json(map_of(layer).info)}};
+}
+
+json place_as_json(const ProductFacts::Place& place) {
+  return {{"latitude", place.latitude}, {"longitude", place.longitude}};
+}
+
+json text_or_null(const std::string& text) {
+  return text.empty() ? json(nullptr) : json(text);
+}
+
+json extent_as_json(const ProductFacts& facts) {
+  if (!facts.extent) return nullptr;
+  json corners = json::array();
+  for (const ProductFacts::Place& corner : facts.corners) corners.push_back(place_as_json(corner));
+  return {{"lines", facts.extent->lines_metres},
+          {"samples", facts.extent->samples_metres},
+          {"corners", corners}};
+}
+
+json spacing_as_json(const ProductFacts& facts) {
+  if (!facts.raster) return nullptr;
+  const ProductFacts::Raster& raster = *facts.raster;
+  const auto& ground = raster.ground_spacing_metres;
+  return {{"line", raster.line_spacing_metres},
+          {"sample", raster.sample_spacing_metres},
+          {"plane", facts.is_on_map ? "map"
+                    : ground        ? "slant range"
+                                    : "ground range"},
+          {"sampleOnGround", ground ? json({(*ground)[0], (*ground)[1]}) : json(nullptr)}};
+}
+
+json resolution_as_json(const ProductFacts& facts) {
+  if (!facts.raster) return nullptr;
+  return {{"azimuth", facts.raster->azimuth_resolution_metres},
+          {"groundRange", facts.raster->ground_range_resolution_metres}};
+}
+
+json calibration_as_json(const ProductFacts& facts) {
+  json list = json::array();
+  for (const ImageCalibration& image : facts.calibration) {
+    list.push_back({{"polarisation", image.polarisation}, {"factors", image.factors}});
+  }
+  return list;
+}
+
+// What the annotation says; null where another plug-in's product has none.
+void add_facts(const std::optional<ProductFacts>& facts, json& info) {
+  if (!facts) {
+    for (const char* name : {"product", "mode", "polarisations", "satellite", "times", "centre",
+                             "extent", "spacing", "resolution", "heights", "calibration"}) {
+      info[name] = nullptr;
+    }
+    return;
+  }
+  info["product"] = {{"name", facts->name},
+                     {"variant", facts->variant},
+                     {"resolutionVariant", text_or_null(facts->resolution_variant)},
+                     {"type", facts->type}};
+  info["mode"] = {{"imaging", facts->imaging_mode},
+                  {"polarisation", facts->polarisation_mode},
+                  {"beam", facts->beam},
+                  {"look", facts->look}};
+  info["polarisations"] = facts->polarisations;
+  info["satellite"] = {{"mission", facts->mission},
+                       {"orbit", facts->orbit},
+                       {"relativeOrbit", facts->relative_orbit},
+                       {"cycle", facts->orbit_cycle},
+                       {"pass", facts->pass}};
+  info["times"] = {{"start", facts->start}, {"stop", facts->stop}};
+  info["centre"] = place_as_json(facts->centre);
+  info["centre"]["incidence"] = facts->incidence_degrees;
+  info["extent"] = extent_as_json(*facts);
+  info["spacing"] = spacing_as_json(*facts);
+  info["resolution"] = resolution_as_json(*facts);
+  info["heights"] = {{"average", facts->average_height_metres}};
+  info["calibration"] = calibration_as_json(*facts);
+}
+
+}  // namespace
+
+json info_as_json(const gridkit::Product& product, const std::vector<std::string>& warnings) {
+  json layers = json::array();
+  for (const std::string& name : product.layer_names()) {
+    layers.push_back(layer_as_json(product.open_layer(name)));
+  }
+  json info = {{"format", product.title()},
+               {"description", product.plugin().format().description},
+               {"file", product.path()},
+               {"layers", layers},
+               {"data", product.data_names()}};
+  add_facts(read_facts(product.path()), info);
+  info["warnings"] = warnings;
+  return info;
+}

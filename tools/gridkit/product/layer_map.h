@@ -1,0 +1,14 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "gridkit/product.h"
+
+// A layer's place on a map, as far as it can be told: pixels are read all the same where it cannot.
+struct LayerMap {
+  std::optional<gridkit::MapInfo> info;  // none where the layer lies on no map, or
+  std::string not_known;                 // where it should: why it is not known, one sentence
+};
+
+LayerMap map_of(const gridkit::Layer& layer);
