@@ -186,7 +186,7 @@ class Bytes(unittest.TestCase):
             target.rmdir() if target.is_dir() and not target.is_symlink() else target.unlink()
 
     def test_what_an_image_must_not_be(self):
-        for variant, word in (("SSC", "gkf_fopen failed"), ("GEC", "gkl_LayerGetNames failed")):
+        for variant in ("SSC", "GEC"):
             annotation = product("images" + variant, variant)
             image = image_of(annotation)
             image.unlink()
@@ -198,7 +198,6 @@ class Bytes(unittest.TestCase):
                 make()
                 ended = attempt(GRIDKIT, "info", annotation)
                 self.assertEqual(1, ended.status)
-                self.assertIn(word, ended.message)
                 self.assertIn(f"{image}: {words}", ended.message)
                 image.rmdir() if image.is_dir() and not image.is_symlink() else image.unlink()
 
