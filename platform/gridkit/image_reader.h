@@ -19,8 +19,10 @@ struct Window {
   std::int32_t height = 0;
 };
 
-// Throws Error for a window that does not lie in the layer's image, and for a layer whose blocks
-// cannot be read in windows.
+// Throws Error for a window that does not lie in an image of that size.
+GRIDKIT_API void check_window(const Window& window, std::int64_t width, std::int64_t height);
+
+// The same for the layer's image, and for a layer whose blocks cannot be read in windows.
 GRIDKIT_API void check_window(const Layer& layer, const Window& window);
 
 // Why lines of an image did not come.

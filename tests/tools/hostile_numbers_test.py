@@ -57,7 +57,7 @@ class Numbers(unittest.TestCase):
             file = spoiled(annotation, "TSX1_layers.xml", with_value(annotation.read_text(), "numberOfLayers", count))
             ended = attempt(GRIDKIT, "info", file)
             self.assertEqual(1, ended.status)
-            self.assertIn(f"numberOfLayers is {count}, but productComponents names 1 image files",
+            self.assertIn(f"numberOfLayers is {count}, but productComponents names 1 image file",
                           ended.message)
 
     def test_state_vectors_beyond_a_day(self):

@@ -88,10 +88,12 @@ class WithoutImages(unittest.TestCase):
                 calls = ((100, 90), (100, 90, "--height", 123), ("--check",),
                          ("--ground", -33.5, -70.25, 700))
                 before = [locate(annotation, *call) for call in calls]
-                for image in (annotation.parent / "IMAGEDATA").iterdir():
-                    image.unlink()
+                [image] = (annotation.parent / "IMAGEDATA").iterdir()
+                image.unlink()
                 for product in (annotation, annotation.parent):
                     self.assertEqual(before, [locate(product, *call) for call in calls])
+                self.assertEqual(f"gridkit: warning: {image}: no such image file; placing does without\n",
+                                 run(GRIDKIT, "locate", annotation, 100, 90).stderr.decode())
 
     def test_an_image_on_a_map_cannot_be_placed(self):
         annotation = simulate("mapless", "--variant", "GEC")

@@ -67,7 +67,9 @@ class Formats(unittest.TestCase):
                        (2147483647, 0, 2147483647, 5)):
             message = complaint(GRIDKIT, "read", self.product, "X_HH_MAGNITUDE_1", FOLDER / "no.tif",
                                 "--window", *window)
-            self.assertIn(f"does not lie in the image of {SAMPLES} x {LINES}", message)
+            column, line, width, height = window
+            self.assertEqual(f"gridkit: {self.product}: the window {width} x {height} at column {column}, line {line} "
+                             f"does not lie in the image of {SAMPLES} x {LINES}\n", message)
         self.assertFalse((FOLDER / "no.tif").exists())
 
     def test_the_file_tells_where_it_comes_from(self):
@@ -267,7 +269,7 @@ class Calibrated(unittest.TestCase):
 
     def test_phases_are_refused(self):
         product = simulate("phases", lines=64, samples=64)
-        self.assertEqual("gridkit: X_HH_PHASE_2: holds phases, which have no brightness; calibrate a "
+        self.assertEqual(f"gridkit: {product}: X_HH_PHASE_2: holds phases, which have no brightness; calibrate a "
                          "magnitude layer\n",
                          complaint(GRIDKIT, "read", product, "X_HH_PHASE_2", FOLDER / "no.tif",
                                    "--calibrate", "beta0"))

@@ -174,9 +174,10 @@ class Refusals(unittest.TestCase):
     def test_are_in_words(self):
         annotation = simulate("refused", lines=100, samples=90)
         output = FOLDER / "refused.tif"
-        self.assertEqual("gridkit: the window 50 x 60 at column 41, line 0 does not lie in the image of 90 x 100\n",
+        self.assertEqual(f"gridkit: {annotation}: the window 50 x 60 at column 41, line 0 does not lie in the image "
+                         "of 90 x 100\n",
                          complaint(GRIDKIT, "read", annotation, "HH", output, "--window", 41, 0, 50, 60))
-        self.assertEqual("gridkit: samples are not stretched for the eye; read a layer\n",
+        self.assertEqual(f"gridkit: {annotation}: samples are not stretched for the eye; read a layer\n",
                          complaint(GRIDKIT, "read", annotation, "HH", output, "--stretch"))
         self.assertFalse(output.exists())
         run(GRIDKIT, "read", annotation, "HH", FOLDER / "refused.png", status=1)

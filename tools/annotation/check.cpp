@@ -99,7 +99,8 @@ std::vector<std::string> image_faults(const std::string& path, const std::string
     const std::int32_t wanted = root.numberOfLayers();
     if (wanted > 0 && static_cast<std::uint32_t>(wanted) > named) {
       faults.push_back(path + ": numberOfLayers is " + std::to_string(wanted) +
-                       ", but productComponents names " + std::to_string(named) + " image files");
+                       ", but productComponents names " + std::to_string(named) +
+                       (named == 1 ? " image file" : " image files"));
     }
     constexpr std::size_t most_images = 4;
     const std::string folder = path.substr(0, path.rfind('/') + 1);

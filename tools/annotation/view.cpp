@@ -53,6 +53,21 @@ Counts count_elements(const Product& product) {
   return counts;
 }
 
+// Every calibration constant, of which the product view has the first one's factor alone.
+template <class Calibration>
+json calibration_factors(const Calibration& calibration) {
+  json factors = json::array();
+  for (std::size_t i = 0; i < calibration.size_calibrationConstant(); ++i) {
+    const auto& constant = calibration.get_calibrationConstant(i);
+    json factor;
+    factor["polLayer"] = constant.isset_polLayer() ? json(constant.get_polLayer()) : json(nullptr);
+    factor["beamID"] = constant.isset_beamID() ? json(constant.get_beamID()) : json(nullptr);
+    factor["calFactor"] = constant.get_calFactor().get_calFactor();
+    factors.push_back(std::move(factor));
+  }
+  return factors;
+}
+
 template <class Root>
 json collect(Root& root) {
   using View = level1bProductBase;
@@ -65,6 +80,8 @@ json collect(Root& root) {
   view["numberOfColumns"] = root.numberOfColumns();
   view["mapProjection"] = first(root, &View::mapProjection, n.map_projections > 0);
   view["calFactor"] = root.calFactor();
+  view["calFactors"] =
+      calibration_factors(std::as_const(root.get_level1Product()).get_calibration());
   view["lookDirection"] = root.lookDirection();
   view["projection"] = first(root, &View::projection, n.projections > 0);
   view["sceneStartYear"] = root.sceneStartYear();

@@ -11,3 +11,8 @@ inline std::string reason_of(const gridkit::Error& error, const std::string& pat
   const std::string lead = path + ": ";
   return sentence.starts_with(lead) ? sentence.substr(lead.size()) : sentence;
 }
+
+// The same error with its sentence led by that path, once.
+inline gridkit::Error led_by(const std::string& path, const gridkit::Error& error) {
+  return {path + ": " + reason_of(error, path), {}, error.calls()};
+}

@@ -55,22 +55,27 @@ struct Placed {
   Placement placement;
 };
 
-bool lacks_images_alone(const std::string& path) {
+// Why the images of a valid annotation cannot be read; none where they can, or where it is the
+// annotation that is at fault.
+std::vector<std::string> faults_of_images(const std::string& path) {
   const CheckResult check = check_annotation(path);
-  return check.error == 0 && !image_faults(path, check.schema).empty();
+  if (check.error != 0) return {};
+  return image_faults(path, check.schema);
 }
 
 // Placing needs no pixels: a product whose images are missing is placed by the sensor model that
-// its annotation gives.
+// its annotation gives, and they are told.
 Placed place(const Host& host, const std::string& given) {
   try {
     const gridkit::Product product = host.open(given);
     return {product.path(), Placement(product)};
   } catch (const gridkit::Error&) {
     const std::string path = host.find(given);
-    if (!lacks_images_alone(path)) throw;
+    const std::vector<std::string> faults = faults_of_images(path);
+    if (faults.empty()) throw;
     const auto model = sensor_model_record(path);
     if (!model) throw;
+    for (const std::string& fault : faults) warn(fault + "; placing does without");
     return {path, Placement(*model)};
   }
 }
@@ -167,7 +172,7 @@ int run(const Host& host, const Request& request) {
     if (request.rpc) return show_rational_model(product, request);
     return request.check ? check(product, request.as_json) : locate(product.placement, request);
   } catch (const gridkit::Error& error) {
-    throw gridkit::Error(product.path + ": " + reason_of(error, product.path), {}, error.calls());
+    throw led_by(product.path, error);
   }
 }
 

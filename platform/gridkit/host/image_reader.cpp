@@ -216,16 +216,19 @@ Tail read_with_other_blocks(const Product& product, const Layer& layer, const Wi
 
 }  // namespace
 
-void check_window(const Layer& layer, const Window& window) {
+void check_window(const Window& window, std::int64_t width, std::int64_t height) {
   const bool inside = window.column >= 0 && window.line >= 0 && window.width > 0 &&
-                      window.height > 0 && window.width <= layer.width() - window.column &&
-                      window.height <= layer.height() - window.line;
-  if (!inside) {
-    throw Error("the window " + std::to_string(window.width) + " x " +
-                std::to_string(window.height) + " at column " + std::to_string(window.column) +
-                ", line " + std::to_string(window.line) + " does not lie in the image of " +
-                std::to_string(layer.width()) + " x " + std::to_string(layer.height()));
-  }
+                      window.height > 0 && window.width <= width - window.column &&
+                      window.height <= height - window.line;
+  if (inside) return;
+  throw Error("the window " + std::to_string(window.width) + " x " + std::to_string(window.height) +
+              " at column " + std::to_string(window.column) + ", line " +
+              std::to_string(window.line) + " does not lie in the image of " +
+              std::to_string(width) + " x " + std::to_string(height));
+}
+
+void check_window(const Layer& layer, const Window& window) {
+  check_window(window, layer.width(), layer.height());
   if (layer.block_width() < 1 || layer.block_width() != layer.block_height()) {
     throw Error(layer.name() + ": blocks of " + std::to_string(layer.block_width()) + " x " +
                 std::to_string(layer.block_height()) + " pixels cannot be read");

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "tools/command_line/reason.h"
 #include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/calibration.h"
 #include "tools/gridkit/read/image_place.h"
@@ -34,7 +35,7 @@ struct Plan {
   bool is_mapped() const { return place.georeference.has_value(); }
 };
 
-Plan plan_of(const gridkit::Product& product, const ImageRequest& request) {
+Plan plan_of(const gridkit::Product& product, const ImageRequest& request) try {
   Plan plan;
   const gridkit::Layer layer = product.open_layer(request.layer);
   plan.window = request.window.value_or(gridkit::Window{0, 0, layer.width(), layer.height()});
@@ -57,6 +58,8 @@ Plan plan_of(const gridkit::Product& product, const ImageRequest& request) {
       break;
   }
   return plan;
+} catch (const gridkit::Error& error) {
+  throw led_by(product.path(), error);
 }
 
 gridkit::Overview overview_of(const Plan& plan, PixelKind kind) {

@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "tools/command_line/reason.h"
 #include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/calibration.h"
 #include "tools/gridkit/read/image_place.h"
@@ -44,18 +45,6 @@ SampleType type_of(NativeType type) {
   return SampleType::cs16;
 }
 
-void check_window(const gridkit::SampleImage& image, const gridkit::Window& window) {
-  const bool inside = window.column >= 0 && window.line >= 0 && window.width > 0 &&
-                      window.height > 0 && window.width <= image.samples - window.column &&
-                      window.height <= image.lines - window.line;
-  if (inside) return;
-  throw gridkit::Error("the window " + std::to_string(window.width) + " x " +
-                       std::to_string(window.height) + " at column " +
-                       std::to_string(window.column) + ", line " + std::to_string(window.line) +
-                       " does not lie in the image of " + std::to_string(image.samples) + " x " +
-                       std::to_string(image.lines));
-}
-
 // Where the image's layer lies, if it has one.
 ImagePlace place_of_image(const gridkit::Product& product, const gridkit::SampleImage& image,
                           const gridkit::Window& window) {
@@ -70,8 +59,7 @@ ImagePlace place_of_image(const gridkit::Product& product, const gridkit::Sample
 void calibrate(Plan& plan, const gridkit::SampleImage& image, bool in_decibels) {
   const double factor = image.calibration_factor;
   if (!(factor > 0) || !std::isfinite(factor)) {
-    throw gridkit::Error(image.file + ": the product has no one calibration factor for " +
-                         image.name);
+    throw gridkit::Error("the product has no one calibration factor for " + image.name);
   }
   plan.calibration.emplace(factor, in_decibels);
   plan.conversion = {in_decibels ? SampleForm::decibels : SampleForm::power, factor};
@@ -79,13 +67,13 @@ void calibrate(Plan& plan, const gridkit::SampleImage& image, bool in_decibels) 
 }
 
 Plan plan_of(const gridkit::Product& product, const gridkit::SampleImage& image,
-             const ImageRequest& request) {
+             const ImageRequest& request) try {
   Plan plan;
   constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
   plan.window = request.window.value_or(
       gridkit::Window{0, 0, static_cast<std::int32_t>(std::min(image.samples, most)),
                       static_cast<std::int32_t>(std::min(image.lines, most))});
-  check_window(image, plan.window);
+  gridkit::check_window(plan.window, image.samples, image.lines);
   plan.type = type_of(image.type);
   switch (request.kind) {
     case PixelKind::own:
@@ -101,6 +89,8 @@ Plan plan_of(const gridkit::Product& product, const gridkit::SampleImage& image,
   const bool has_room = request.format != OutputFormat::png && request.output != standard_output;
   if (has_room) plan.place = place_of_image(product, image, plan.window);
   return plan;
+} catch (const gridkit::Error& error) {
+  throw led_by(product.path(), error);
 }
 
 gridkit::RasterOptions options_of(const Plan& plan, const gridkit::SampleImage& image,
