@@ -21,6 +21,7 @@ using companion::Progress;
 const Image& image_of(const gkc_Product* product, std::int32_t number) {
   if (product == nullptr) throw Failure(gkc_WrongUse, "no product");
   const auto& images = product->images;
+  if (images.empty()) throw Failure(gkc_WrongUse, "the product was opened without images");
   if (number < 0 || static_cast<std::size_t>(number) >= images.size()) {
     throw Failure(gkc_WrongUse, "no image " + std::to_string(number) + ": there are images 0 to " +
                                     std::to_string(images.size() - 1));
@@ -37,12 +38,15 @@ void fill(Struct* target, const Struct& filled) {
   target->size = size;
 }
 
-std::int32_t open(const char* path, const gkc_OpenOptions*, gkc_Product** product,
+std::int32_t open(const char* path, const gkc_OpenOptions* options, gkc_Product** product,
                   gkc_Error* error) {
   if (product != nullptr) *product = nullptr;
   return contain(error, [&] {
     if (path == nullptr || product == nullptr) throw Failure(gkc_WrongUse, "no path or no place");
-    *product = companion::open_product(path).release();
+    const bool without_images = options != nullptr &&
+                                GKC_HAS(options, gkc_OpenOptions, without_images) &&
+                                options->without_images != 0;
+    *product = companion::open_product(path, without_images).release();
   });
 }
 
@@ -127,9 +131,27 @@ std::int32_t read_valid_samples(const gkc_Product* product, std::int32_t number,
   });
 }
 
+std::int32_t describe_grid(const gkc_Product* product, gkc_GeolocationGrid* grid,
+                           gkc_Error* error) {
+  return contain(error, [&] {
+    if (product == nullptr) throw Failure(gkc_WrongUse, "no product");
+    const companion::GridOnDemand& found = *product->grid;
+    const companion::GeolocationGrid& read = found.grid();
+    gkc_GeolocationGrid filled{};
+    filled.points_along = read.points_along;
+    filled.points_across = read.points_across;
+    filled.point_size = sizeof(gkc_GridPoint);
+    filled.points = read.points.empty() ? nullptr : read.points.data();
+    filled.range_delay = read.range_delay;
+    filled.azimuth_shift = read.azimuth_shift;
+    filled.warning = found.warning().c_str();
+    fill(grid, filled);
+  });
+}
+
 constexpr gkc_Companion table = {
-    sizeof(gkc_Companion), GKC_VERSION, 0, open, close, image_count, describe_image, read,
-    read_valid_samples};
+    sizeof(gkc_Companion), GKC_VERSION,  0, open, close, image_count, describe_image, read,
+    read_valid_samples,    describe_grid};
 
 }  // namespace
 

@@ -43,7 +43,7 @@ void add_complex(gkc_Product& product, const ProductFacts& facts, std::size_t fi
     image.cosar = &cosar;
     image.cosar_burst = &cosar.bursts[i];
     if (count == 1) {
-      image.first_line_utc = facts.start;
+      image.first_line_utc = facts.scene.start.text();
       // Each complex image gives a magnitude and a phase layer.
       if (lies_as_annotated(cosar, facts)) {
         image.magnitude_layer = 2 * image.image_file;
@@ -64,7 +64,7 @@ void add_detected(gkc_Product& product, const ProductFacts& facts, std::size_t f
   image.name = name_of(facts, file);
   image.polarisation = annotated.polarisation;
   image.calibration_factor = annotated.calibration_factor;
-  image.first_line_utc = facts.start;
+  image.first_line_utc = facts.scene.start.text();
   image.image_file = static_cast<std::int32_t>(file);
   image.detected = &product.detected_files.emplace_back(annotated.path);
   const bool lies_as_layer = image.lines() == facts.lines && image.samples() == facts.samples;
@@ -76,9 +76,11 @@ void add_detected(gkc_Product& product, const ProductFacts& facts, std::size_t f
 
 }  // namespace
 
-std::unique_ptr<gkc_Product> open_product(const std::string& path) {
+std::unique_ptr<gkc_Product> open_product(const std::string& path, bool without_images) {
   const ProductFacts facts = read_product_facts(path);
   auto product = std::make_unique<gkc_Product>();
+  product->grid = std::make_unique<GridOnDemand>(path, facts);
+  if (without_images) return product;
   for (std::size_t file = 0; file < facts.files.size(); ++file) {
     (facts.is_complex ? add_complex : add_detected)(*product, facts, file);
   }

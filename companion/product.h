@@ -8,6 +8,7 @@
 
 #include "companion/cosar_file.h"
 #include "companion/detected_image.h"
+#include "companion/grid_on_demand.h"
 #include "companion/product_facts.h"
 #include "companion/window.h"
 #include "gridkit/companion.h"
@@ -39,16 +40,18 @@ struct Image {
 }  // namespace companion
 
 // An open product. Nothing of it changes while it is open, except which handles of detected images
-// are idle.
+// are idle, and that the geolocation grid is read when it is first asked for.
 struct gkc_Product {
   std::deque<companion::CosarFile> cosar_files;  // images point into these
   std::deque<companion::DetectedImage> detected_files;
   std::vector<companion::Image> images;
+  std::unique_ptr<const companion::GridOnDemand> grid;
 };
 
 namespace companion {
 
-// Opens a product's annotation and image files. Throws Failure.
-std::unique_ptr<gkc_Product> open_product(const std::string& path);
+// Opens a product's annotation and, unless it is to have no images, its image files. Throws
+// Failure.
+std::unique_ptr<gkc_Product> open_product(const std::string& path, bool without_images);
 
 }  // namespace companion

@@ -91,6 +91,28 @@ std::vector<std::string> burst_starts(const Product& product, const std::string&
   return starts;
 }
 
+std::string below(const std::string& folder, const auto& file) {
+  const auto& location = file.get_location();
+  return folder + location.get_path() + '/' + location.get_filename();
+}
+
+template <class Product>
+SceneFacts scene_facts(const Product& product, const std::string& folder) {
+  const auto& scene = product.get_productInfo().get_sceneInfo();
+  const auto& components = product.get_productComponents();
+  SceneFacts facts;
+  facts.start = scene.get_start().get_timeUTC();
+  facts.stop = scene.get_stop().get_timeUTC();
+  facts.first_range_time = scene.get_rangeTime().get_firstPixel();
+  facts.last_range_time = scene.get_rangeTime().get_lastPixel();
+  for (std::size_t i = 0; i < components.size_annotation(); ++i) {
+    const auto& annotation = components.get_annotation(i);
+    if (annotation.get_type() != "GEOREF") continue;
+    facts.grid_files.push_back(below(folder, annotation.get_file()));
+  }
+  return facts;
+}
+
 template <class Product>
 ProductFacts facts_of(const Product& product, const std::string& path) {
   const auto& info = product.get_productInfo();
@@ -122,16 +144,17 @@ ProductFacts facts_of(const Product& product, const std::string& path) {
   facts.has_paired_layers = image_info.get_imageDataFormat() == "COSAR";
   facts.lines = raster.get_numberOfRows();
   facts.samples = raster.get_numberOfColumns();
-  facts.start = info.get_sceneInfo().get_start().get_timeUTC().text();
+  facts.is_on_map =
+      variants.get_productVariant(0) == "GEC" || variants.get_productVariant(0) == "EEC";
   const std::string folder = path.substr(0, path.rfind('/') + 1);
+  facts.scene = scene_facts(product, folder);
   for (std::size_t i = 0; i < static_cast<std::size_t>(layers); ++i) {
     const auto& image = components.get_imageData(i);
-    const auto& location = image.get_file().get_location();
     std::optional<std::string> beam;
     if (image.isset_beamID()) beam = image.get_beamID();
     const std::string& polarisation = image.get_polLayer();
-    facts.files.push_back({folder + location.get_path() + '/' + location.get_filename(),
-                           polarisation, calibration_factor(product, polarisation, beam),
+    facts.files.push_back({below(folder, image.get_file()), polarisation,
+                           calibration_factor(product, polarisation, beam),
                            burst_starts(product, polarisation, beam)});
   }
   return facts;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "lmx/datetime.h"
+
 namespace companion {
 
 // What an annotation says of an image file.
@@ -16,13 +18,24 @@ struct ImageFileFacts {
   std::vector<std::string> burst_starts;
 };
 
+// When and how far away an annotation says the scene was seen, and where it says that the points of
+// a geolocation grid are.
+struct SceneFacts {
+  lmx::c_datetime start;
+  lmx::c_datetime stop;
+  double first_range_time = 0;  // s, both ways
+  double last_range_time = 0;
+  std::vector<std::string> grid_files;  // paths below the annotation's folder
+};
+
 // What an annotation says of its product's images, whatever its schema version and mission.
 struct ProductFacts {
   bool is_complex = false;
   bool has_paired_layers = false;  // the plug-in lists two layers an image
   std::int32_t lines = 0;          // of every image
   std::int32_t samples = 0;        // of a line
-  std::string start;               // of the scene
+  bool is_on_map = false;          // lines and samples follow a map, not the times
+  SceneFacts scene;
   std::vector<ImageFileFacts> files;
 };
 

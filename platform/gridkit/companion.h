@@ -118,10 +118,43 @@ typedef struct gkc_ValidSamples {
   int64_t last;
 } gkc_ValidSamples;
 
+// A point of a product's geolocation grid: where on Earth a place of the image really is. Members
+// are only ever added at the end; gkc_GeolocationGrid.point_size tells where the next point begins.
+typedef struct gkc_GridPoint {
+  double azimuth_time;  // s since the midnight, UTC, that begins the day of the scene's annotated
+                        // start: as the raster's lines count it
+  double range_time;    // s, both ways: as the raster's samples count it
+  double latitude;      // degrees, geodetic, WGS 84
+  double longitude;     // degrees
+  double height;        // m above the ellipsoid, of the terrain
+  double incidence;     // degrees, between the sight and the ellipsoid's vertical
+  double line;          // of the image, from 0; whole numbers are centres of pixels
+  double sample;        // the same
+} gkc_GridPoint;
+
+// A product's geolocation grid. The caller sets `size`. Points and texts live as long as the
+// product.
+//
+// The signal takes longer than light in a vacuum and the processor's clock has an error, so times
+// of the raster are not those of the geometry. A place is seen at zero Doppler at the azimuth time
+// (raster's - azimuth_shift) and at the range time (raster's - range_delay).
+typedef struct gkc_GeolocationGrid {
+  size_t size;
+  int32_t points_along;         // in the direction of azimuth time; 0: there is no grid
+  int32_t points_across;        // in the direction of range time
+  size_t point_size;            // bytes from one point to the next
+  const gkc_GridPoint* points;  // [points_along][points_across]; null where there are none
+  double range_delay;           // s, both ways: the sum of all delays of the signal
+  double azimuth_shift;         // s
+  const char* warning;          // why the product's grid was not taken, in one sentence; empty
+                                // where it was, or where the product has none
+} gkc_GeolocationGrid;
+
 typedef struct gkc_Product gkc_Product;
 
 typedef struct gkc_OpenOptions {
   size_t size;
+  int32_t without_images;  // not 0: no image file is opened, and the product has no images
 } gkc_OpenOptions;
 
 typedef struct gkc_Companion {
@@ -155,6 +188,10 @@ typedef struct gkc_Companion {
   int32_t (*read_valid_samples)(const gkc_Product* product, int32_t image, int64_t first_line,
                                 int64_t lines, gkc_ValidSamples* valid, gkc_Delivered* delivered,
                                 gkc_Error* error);
+
+  // Describes the product's geolocation grid, which is read when it is first asked for. A grid that
+  // is missing or at fault is no failure: there is none then, and `warning` says why.
+  int32_t (*describe_grid)(const gkc_Product* product, gkc_GeolocationGrid* grid, gkc_Error* error);
 } gkc_Companion;
 
 // What a companion exports. The table lives as long as the library is loaded.

@@ -13,6 +13,7 @@
 #include "gridkit/companion.h"
 #include "gridkit/error.h"
 #include "gridkit/export.h"
+#include "gridkit/geolocation_grid.h"
 #include "gridkit/plugin.h"
 
 // Samples of images as they are, and what they are converted to: any window, into the caller's
@@ -141,11 +142,18 @@ class GRIDKIT_API Samples {
   void read(std::size_t image, const SampleWindow& window, const Conversion& conversion,
             const SampleTarget& target) const;
 
+  // The product's geolocation grid, read when it is first asked for. Throws SampleError where the
+  // companion fails for another reason than the grid's own faults.
+  FoundGrid geolocation_grid() const;
+
   // The samples marked as valid of lines of an image. Throws SampleError.
   std::vector<gkc_ValidSamples> read_valid_samples(std::size_t image, std::int64_t first_line,
                                                    std::int64_t lines) const;
 
  private:
+  friend FoundGrid find_geolocation_grid(const Plugin& plugin, const std::string& path);
+  static FoundGrid find_grid(const Plugin& plugin, const std::string& path);
+
   struct Open;
   explicit Samples(std::shared_ptr<const Open> open);
 

@@ -1,7 +1,10 @@
 #include "gridkit/samples.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "gridkit/samples/companion_library.h"
@@ -106,11 +109,13 @@ struct Samples::Open {
   gkc_Product* product = nullptr;
   std::vector<SampleImage> images;
 
-  Open(std::shared_ptr<const gkc_Companion> table, std::string description)
+  Open(std::shared_ptr<const gkc_Companion> table, std::string description,
+       bool without_images = false)
       : companion(std::move(table)), path(std::move(description)) {
     const OpenScope scope(path);
+    const gkc_OpenOptions options{sizeof(gkc_OpenOptions), without_images ? 1 : 0};
     gkc_Error error = no_error();
-    if (companion->open(path.c_str(), nullptr, &product, &error) != gkc_NoError) {
+    if (companion->open(path.c_str(), &options, &product, &error) != gkc_NoError) {
       throw SampleError(error, {});
     }
   }
@@ -128,6 +133,32 @@ struct Samples::Open {
       }
       images.push_back(image_of(image));
     }
+  }
+
+  // The grid's file is opened when it is first asked for, and no other folder's then either.
+  FoundGrid geolocation_grid() const {
+    if (!GKC_HAS(companion, gkc_Companion, describe_grid)) return {};
+    const OpenScope scope(path);
+    gkc_Error error = no_error();
+    gkc_GeolocationGrid grid{};
+    grid.size = sizeof grid;
+    if (companion->describe_grid(product, &grid, &error) != gkc_NoError) {
+      throw SampleError(error, {});
+    }
+    FoundGrid found;
+    if (grid.warning != nullptr) found.warning = grid.warning;
+    if (grid.points_along < 1 || grid.points == nullptr) return found;
+    const auto along = static_cast<std::size_t>(grid.points_along);
+    const auto across = static_cast<std::size_t>(grid.points_across);
+    std::vector<gkc_GridPoint> points(along * across);
+    const auto* from = reinterpret_cast<const std::byte*>(grid.points);
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      std::memcpy(&points[i], from + i * grid.point_size,
+                  std::min(grid.point_size, sizeof points[i]));
+    }
+    found.grid = std::make_shared<const GeolocationGrid>(along, across, std::move(points),
+                                                         grid.range_delay, grid.azimuth_shift);
+    return found;
   }
 
   // The companion's own read; how far it came, and in `error` why no farther.
@@ -261,6 +292,26 @@ void Samples::read(std::size_t number, const SampleWindow& window, const Convers
     });
   }
   if (error.code != gkc_NoError) throw SampleError(error, came);
+}
+
+FoundGrid Samples::geolocation_grid() const {
+  return open_->geolocation_grid();
+}
+
+FoundGrid Samples::find_grid(const Plugin& plugin, const std::string& path) {
+  const std::filesystem::path library = companion_path(plugin);
+  std::error_code ignored;
+  if (!std::filesystem::exists(library, ignored)) return {};
+  const auto companion = load_companion(library);
+  // An older companion knows no product without images.
+  if (!GKC_HAS(companion, gkc_Companion, describe_grid)) return {};
+  return Open(companion, path, true).geolocation_grid();
+}
+
+FoundGrid find_geolocation_grid(const Plugin& plugin, const std::string& path) try {
+  return Samples::find_grid(plugin, path);
+} catch (const Error& error) {
+  return {nullptr, error.what()};
 }
 
 std::vector<gkc_ValidSamples> Samples::read_valid_samples(std::size_t number,
