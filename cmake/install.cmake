@@ -32,11 +32,13 @@ set(public_headers
   gridkit/map_point.h
   gridkit/map_projection.h
   gridkit/memory.h
+  gridkit/opener.h
   gridkit/os_error.h
   gridkit/partial_file.h
   gridkit/plugin.h
   gridkit/preference.h
   gridkit/product.h
+  gridkit/product_path.h
   gridkit/raster_header.h
   gridkit/raster_writer.h
   gridkit/record_decoder.h
@@ -51,6 +53,7 @@ set(public_headers
   rmdllib/ellipsoid.h
   rmdllib/model_ephemeris.h
   rmdllib/orbit_track.h
+  rmdllib/placement.h
   rmdllib/radar_generic_model.h
   rmdllib/radar_geometry.h
   rmdllib/range_doppler.h

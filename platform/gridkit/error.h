@@ -34,4 +34,17 @@ class Error : public std::runtime_error {
   std::shared_ptr<const Parts> parts_;  // shared, as copies of exceptions must not fail
 };
 
+// The sentence of an error without the path that leads it, to stand in a message that is led by
+// that path already.
+inline std::string reason_of(const Error& error, const std::string& path) {
+  const std::string sentence = error.sentence();
+  const std::string lead = path + ": ";
+  return sentence.starts_with(lead) ? sentence.substr(lead.size()) : sentence;
+}
+
+// The same error with its sentence led by that path, once.
+inline Error led_by(const std::string& path, const Error& error) {
+  return {path + ": " + reason_of(error, path), {}, error.calls()};
+}
+
 }  // namespace gridkit

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "gridkit/error.h"
+#include "gridkit/product_path.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
 #include "tools/annotation/image_check.h"
@@ -18,7 +19,6 @@
 #include "tools/command_line/existing_output.h"
 #include "tools/command_line/exit_status.h"
 #include "tools/command_line/help.h"
-#include "tools/command_line/product_path.h"
 #include "tools/command_line/program.h"
 #include "tools/command_line/terminal.h"
 
@@ -123,11 +123,11 @@ struct Options {
 std::string annotation_of(const std::string& given) {
   std::error_code ignored;
   if (!std::filesystem::is_directory(given, ignored)) {
-    if (std::filesystem::exists(given, ignored)) refuse_packed(given);
+    if (std::filesystem::exists(given, ignored)) gridkit::refuse_packed(given);
     return given;
   }
-  return find_product(
-      given, {[](const auto& file) { return has_ending(file, ".xml"); },
+  return gridkit::find_product(
+      given, {[](const auto& file) { return gridkit::has_ending(file, ".xml"); },
               [](const auto& file) { return is_recognised(file.string()); }, what_several_are});
 }
 

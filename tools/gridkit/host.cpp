@@ -1,6 +1,5 @@
 #include "tools/gridkit/host.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -10,7 +9,6 @@
 #include "gridkit/report.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
-#include "tools/command_line/product_path.h"
 
 namespace {
 
@@ -48,25 +46,6 @@ void load_preferences(const std::string& path) {
       refusal.calls());
 }
 
-// The plug-ins are asked which of the files with their formats' endings they recognise.
-ProductFiles files_of(const std::vector<std::shared_ptr<gridkit::Plugin>>& plugins) {
-  const auto any = [&plugins](auto is_so) {
-    return [&plugins, is_so](const std::filesystem::path& file) {
-      return std::any_of(plugins.begin(), plugins.end(),
-                         [&](const auto& plugin) { return is_so(*plugin, file); });
-    };
-  };
-  return {any([](const gridkit::Plugin& plugin, const std::filesystem::path& file) {
-            const auto& endings = plugin.format().extensions;
-            return std::any_of(endings.begin(), endings.end(),
-                               [&](const std::string& known) { return has_ending(file, known); });
-          }),
-          any([](const gridkit::Plugin& plugin, const std::filesystem::path& file) {
-            return plugin.identify(file.string()).has_value();
-          }),
-          what_several_are};
-}
-
 }  // namespace
 
 Host::Host(const HostOptions& options) {
@@ -74,29 +53,26 @@ Host::Host(const HostOptions& options) {
   gkp_SetNumberPreference("tsx", "sister_satellites", 1, nullptr);
   if (!options.preferences.empty()) load_preferences(options.preferences);
   debug_EnableChannel(options.debug ? 1 : 0);
-  std::filesystem::path folder = options.plugins;
-  if (folder.empty()) folder = gridkit::default_plugin_folder();
-  folder_ = gridkit::load_plugins(folder);
-  if (!folder_.plugins.empty()) return;
-  std::string message = "no format plug-in in " + folder.string();
-  for (const std::string& refused : folder_.refused) message += "\n  " + refused;
-  throw gridkit::Error(message);
+  std::vector<std::filesystem::path> folders;
+  if (!options.plugins.empty()) folders.emplace_back(options.plugins);
+  opener_.emplace(folders, what_several_are);
 }
 
 std::string Host::find(const std::string& given) const {
-  return find_product(given, files_of(plugins()));
+  return opener_->find(given);
 }
 
 gridkit::Product Host::open(const std::string& given) const {
-  const std::string path = find(given);
-  for (const auto& plugin : plugins()) {
-    const auto title = plugin->identify(path);
-    if (!title) continue;
-    try {
-      return plugin->open(path);
-    } catch (const gridkit::Error& error) {
-      explain(*plugin, *title, path, error);
-    }
+  const gridkit::RecognisedProduct found = recognise(given);
+  try {
+    return found.plugin->open(found.path);
+  } catch (const gridkit::Error& error) {
+    explain(*found.plugin, found.title, found.path, error);
   }
-  throw gridkit::Error(path + ": of none of the known formats; see `gridkit formats`");
+}
+
+gridkit::RecognisedProduct Host::recognise(const std::string& given) const try {
+  return opener_->recognise(given);
+} catch (const gridkit::NotRecognised& error) {
+  throw gridkit::Error(std::string(error.what()) + "; see `gridkit formats`");
 }

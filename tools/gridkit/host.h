@@ -1,10 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "gridkit/opener.h"
 #include "gridkit/plugin.h"
 #include "gridkit/product.h"
 
@@ -39,10 +41,12 @@ class Host {
   // Throws gridkit::Error for a preferences file that is refused, or when no plug-in loads.
   explicit Host(const HostOptions& options);
 
-  const std::vector<std::shared_ptr<gridkit::Plugin>>& plugins() const { return folder_.plugins; }
+  const std::vector<std::shared_ptr<gridkit::Plugin>>& plugins() const {
+    return opener_->plugins();
+  }
 
   // The file that a product's format opens it by, given as that file or as its folder (see
-  // command_line/product_path.h). Throws gridkit::Error.
+  // gridkit/opener.h). Throws gridkit::Error.
   std::string find(const std::string& given) const;
 
   // Opens a product; its path() is the file that find() gives. Throws gridkit::Error whose sentence
@@ -50,5 +54,7 @@ class Host {
   gridkit::Product open(const std::string& given) const;
 
  private:
-  gridkit::PluginFolder folder_;
+  gridkit::RecognisedProduct recognise(const std::string& given) const;
+
+  std::optional<gridkit::Opener> opener_;
 };

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "gridkit/error.h"
+#include "rmdllib/placement.h"
 #include "tools/annotation/check.h"
 #include "tools/annotation/sensor_model_record.h"
 #include "tools/command_line/exit_status.h"
-#include "tools/command_line/reason.h"
 #include "tools/command_line/terminal.h"
 #include "tools/gridkit/commands.h"
-#include "tools/gridkit/place/placement.h"
 #include "tools/gridkit/place/point_table.h"
 #include "tools/gridkit/place/rational_text.h"
 #include "tools/gridkit/print_json.h"
@@ -52,7 +52,7 @@ struct Request {
 // A product's annotation, and where its pixels lie.
 struct Placed {
   std::string path;
-  Placement placement;
+  rmdllib::Placement placement;
 };
 
 // Why the images of a valid annotation cannot be read; none where they can, or where it is the
@@ -68,7 +68,7 @@ std::vector<std::string> faults_of_images(const std::string& path) {
 Placed place(const Host& host, const std::string& given) {
   try {
     const gridkit::Product product = host.open(given);
-    return {product.path(), Placement(product)};
+    return {product.path(), rmdllib::Placement(product)};
   } catch (const gridkit::Error&) {
     const std::string path = host.find(given);
     const std::vector<std::string> faults = faults_of_images(path);
@@ -76,12 +76,12 @@ Placed place(const Host& host, const std::string& given) {
     const auto model = sensor_model_record(path);
     if (!model) throw;
     for (const std::string& fault : faults) warn(fault + "; placing does without");
-    return {path, Placement(*model)};
+    return {path, rmdllib::Placement(*model)};
   }
 }
 
 // A place in the image and on the ground; a map knows no heights.
-void print(const Placement& placement, Pixel pixel, const Geodetic& place, bool has_height,
+void print(const rmdllib::Placement& placement, Pixel pixel, const Geodetic& place, bool has_height,
            bool as_json) {
   const bool inside = placement.contains(pixel);
   if (as_json) {
@@ -100,7 +100,7 @@ void print(const Placement& placement, Pixel pixel, const Geodetic& place, bool 
 }
 
 // With --strict a place outside the image is refused.
-void require_inside(const Placement& placement, Pixel pixel) {
+void require_inside(const rmdllib::Placement& placement, Pixel pixel) {
   if (placement.contains(pixel)) return;
   char text[200];
   std::snprintf(text, sizeof text,
@@ -109,7 +109,7 @@ void require_inside(const Placement& placement, Pixel pixel) {
   throw gridkit::Error(text);
 }
 
-int locate(const Placement& placement, const Request& request) {
+int locate(const rmdllib::Placement& placement, const Request& request) {
   const auto* radar = placement.radar();
   if (!request.ground.empty()) {
     const Geodetic place = {request.ground[0], request.ground[1], request.ground[2]};
@@ -172,7 +172,7 @@ int run(const Host& host, const Request& request) {
     if (request.rpc) return show_rational_model(product, request);
     return request.check ? check(product, request.as_json) : locate(product.placement, request);
   } catch (const gridkit::Error& error) {
-    throw led_by(product.path, error);
+    throw gridkit::led_by(product.path, error);
   }
 }
 

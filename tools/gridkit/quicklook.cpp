@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "gridkit/product_path.h"
 #include "gridkit/whole_file.h"
 #include "tools/command_line/help.h"
-#include "tools/command_line/product_path.h"
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/picture/quicklook.h"
 #include "tools/gridkit/product/image_warning.h"
@@ -101,7 +101,8 @@ void add_quicklook(CLI::App& app, Action& chosen) {
   command->add_flag("-q,--quiet", request->quiet, "No progress bar");
   command->callback([request, &chosen] {
     const std::string& output = request->output();
-    if (!std::filesystem::path(output).extension().empty() && !has_ending(output, ".png")) {
+    if (!std::filesystem::path(output).extension().empty() &&
+        !gridkit::has_ending(output, ".png")) {
       throw CLI::ValidationError(
           "OUT.png", "the ending of \"" + output + "\" is not .png, and the picture is a PNG file");
     }

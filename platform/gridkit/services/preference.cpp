@@ -16,6 +16,7 @@
 
 #include "gridkit/os_error.h"
 #include "gridkit/services/fail.h"
+#include "gridkit/services/preference_scope.h"
 #include "gridkit/services/regular_file.h"
 
 namespace {
@@ -125,6 +126,7 @@ int32_t load(const char* path, gke_Report** err) {
 double gkp_GetNumberPreference(const char* group, const char* name, double defaultValue,
                                gke_Report**) {
   if (group == nullptr || name == nullptr) return defaultValue;
+  if (const auto here = gridkit::number_of_this_thread(name)) return *here;
   const std::lock_guard lock(store().mutex);
   const auto found = store().numbers.find(KeyView{group, name});
   return found == store().numbers.end() ? defaultValue : found->second;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tools/gridkit/place/placement.h"
+#include "rmdllib/placement.h"
 
 namespace {
 
@@ -13,7 +13,7 @@ using rmdllib::Pixel;
 }  // namespace
 
 GroundSpacing ground_spacing(const gridkit::Product& product, PictureSize image) {
-  const Placement placement(product);
+  const rmdllib::Placement placement(product);
   const auto* radar = placement.radar();
   const Ellipsoid earth = radar != nullptr ? radar->earth() : Ellipsoid::wgs84();
   const double height = radar != nullptr ? radar->average_height() : 0;

@@ -72,7 +72,8 @@ PointCheck check_point(const rmdllib::RadarGeometry& geometry, rmdllib::Pixel pi
           seen.range - stated.slant_range};
 }
 
-PointCheck check_point(const Placement& map, rmdllib::Pixel pixel, const ScenePoint& stated) {
+PointCheck check_point(const rmdllib::Placement& map, rmdllib::Pixel pixel,
+                       const ScenePoint& stated) {
   const Geodetic place = {stated.latitude, stated.longitude, 0};
   const Offset rest = offset(Ellipsoid::wgs84(), place, map.ground_of(pixel, 0));
   return {0, rest.north, rest.east, rest.length(), 0, 0};

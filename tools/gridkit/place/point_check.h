@@ -1,7 +1,7 @@
 #pragma once
 
+#include "rmdllib/placement.h"
 #include "rmdllib/radar_geometry.h"
-#include "tools/gridkit/place/placement.h"
 #include "tools/gridkit/place/scene_points.h"
 
 // How far what an annotation states of a place is from what the model gives for its pixel.
@@ -30,4 +30,5 @@ PointCheck check_point(const rmdllib::RadarGeometry& geometry, rmdllib::Pixel pi
                        const ScenePoint& stated);
 
 // Compares a point with an image on a map: `along` is north and `across` is east.
-PointCheck check_point(const Placement& map, rmdllib::Pixel pixel, const ScenePoint& stated);
+PointCheck check_point(const rmdllib::Placement& map, rmdllib::Pixel pixel,
+                       const ScenePoint& stated);

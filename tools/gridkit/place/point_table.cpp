@@ -35,7 +35,7 @@ std::string formatted(const char* form, Values... values) {
 }  // namespace
 
 std::vector<CheckedPoint> check_scene_points(const std::string& annotation,
-                                             const Placement& placement) {
+                                             const rmdllib::Placement& placement) {
   const std::string schema = check_annotation(annotation).schema;
   std::vector<CheckedPoint> points;
   for (const ScenePoint& stated : read_scene_points(annotation, schema)) {
@@ -49,7 +49,7 @@ std::vector<CheckedPoint> check_scene_points(const std::string& annotation,
   throw gridkit::Error("its centre and corner coordinates name no row and column to check");
 }
 
-json table_as_json(const std::vector<CheckedPoint>& points, const Placement& placement) {
+json table_as_json(const std::vector<CheckedPoint>& points, const rmdllib::Placement& placement) {
   const auto of_radar = [&](double value) {
     return placement.radar() != nullptr ? json(value) : json(nullptr);
   };
@@ -70,7 +70,7 @@ json table_as_json(const std::vector<CheckedPoint>& points, const Placement& pla
   return list;
 }
 
-void print_table(const std::vector<CheckedPoint>& points, const Placement& placement) {
+void print_table(const std::vector<CheckedPoint>& points, const rmdllib::Placement& placement) {
   const auto* radar = placement.radar();
   const bool is_map = radar == nullptr;
   if (!is_map) std::printf("scene's average height %.1f m\n", radar->average_height());

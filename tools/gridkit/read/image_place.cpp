@@ -1,6 +1,6 @@
 #include "tools/gridkit/read/image_place.h"
 
-#include "tools/gridkit/place/placement.h"
+#include "rmdllib/placement.h"
 
 namespace {
 
@@ -19,7 +19,7 @@ gridkit::Georeference georeference_of(const gridkit::MapInfo& map,
 }
 
 // Places count pixels by their centres, control points by their corners: half a pixel between.
-std::vector<gridkit::ControlPoint> grid_of(const Placement& placement, double height,
+std::vector<gridkit::ControlPoint> grid_of(const rmdllib::Placement& placement, double height,
                                            const gridkit::Window& window) {
   std::vector<gridkit::ControlPoint> points;
   constexpr int steps = control_points_a_side - 1;
@@ -56,7 +56,7 @@ ImagePlace place_of(const gridkit::Product& product, const gridkit::Layer& layer
       result.georeference = georeference_of(*map, *projection, window);
       return result;
     }
-    const Placement placement(product);
+    const rmdllib::Placement placement(product);
     if (placement.radar() == nullptr) throw gridkit::Error("its place is not told");
     result.height = placement.radar()->average_height();
     result.control_points = grid_of(placement, result.height, window);

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "tools/command_line/reason.h"
+#include "gridkit/error.h"
 #include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/calibration.h"
 #include "tools/gridkit/read/image_place.h"
@@ -59,7 +59,7 @@ Plan plan_of(const gridkit::Product& product, const ImageRequest& request) try {
   }
   return plan;
 } catch (const gridkit::Error& error) {
-  throw led_by(product.path(), error);
+  throw gridkit::led_by(product.path(), error);
 }
 
 gridkit::Overview overview_of(const Plan& plan, PixelKind kind) {

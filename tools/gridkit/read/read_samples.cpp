@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "tools/command_line/reason.h"
+#include "gridkit/error.h"
 #include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/calibration.h"
 #include "tools/gridkit/read/image_place.h"
@@ -90,7 +90,7 @@ Plan plan_of(const gridkit::Product& product, const gridkit::SampleImage& image,
   if (has_room) plan.place = place_of_image(product, image, plan.window);
   return plan;
 } catch (const gridkit::Error& error) {
-  throw led_by(product.path(), error);
+  throw gridkit::led_by(product.path(), error);
 }
 
 gridkit::RasterOptions options_of(const Plan& plan, const gridkit::SampleImage& image,

@@ -8,10 +8,10 @@
 
 #include "gridkit/indexed_png.h"
 #include "report_assets.h"
+#include "rmdllib/placement.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/gridkit/picture/colour_map.h"
 #include "tools/gridkit/picture/quicklook.h"
-#include "tools/gridkit/place/placement.h"
 #include "tools/gridkit/place/scene_points.h"
 #include "tools/gridkit/read/line_ranges.h"
 #include "tools/gridkit/report/acquisition.h"
@@ -106,7 +106,7 @@ std::string maps(const gridkit::Product& product, const Acquisition& acquisition
     if (point.name != "centre") footprint.stated.push_back({point.latitude, point.longitude, 0});
   }
   try {
-    const Placement placement(product);
+    const rmdllib::Placement placement(product);
     const gridkit::Layer layer = product.open_layer(product.layer_names().front());
     const double last_line = layer.height() - 0.5;
     const double last_sample = layer.width() - 0.5;

@@ -1,7 +1,7 @@
 // The point targets of simulated products, found again through the plug-in, the host and what they
 // publish alone.
 
-#include "tools/gridkit/place/placement.h"
+#include "rmdllib/placement.h"
 
 #include <gtest/gtest.h>
 
@@ -58,7 +58,7 @@ class Placed : public testing::TestWithParam<SceneSite> {
   void expect_truth(const simulate::Options& o) {
     const fs::path path = simulate::write_product_folder(o, scratch.path());
     const auto truth = nlohmann::json::parse(std::ifstream(path.parent_path() / "truth.json"));
-    const Placement placement(plugin()->open(path));
+    const rmdllib::Placement placement(plugin()->open(path));
     ASSERT_EQ(truth["targets"].size(), 25U);
     for (const auto& target : truth["targets"]) {
       const Geodetic place = {target["latitude"], target["longitude"], target["height"]};
@@ -127,7 +127,8 @@ TEST_F(Placing, RefusesPlacesThatTheRadarDoesNotSee) {
   simulate::Options o;
   o.lines = o.samples = 100;
   o.empty_images = true;
-  const Placement placement(plugin()->open(simulate::write_product_folder(o, scratch.path())));
+  const rmdllib::Placement placement(
+      plugin()->open(simulate::write_product_folder(o, scratch.path())));
   // The satellite flies south and looks west: the same latitude far in the east is on its left.
   EXPECT_EQ(refusal([&] {
               placement.pixel_of({48.08, 21, 600});
@@ -164,7 +165,8 @@ TEST_F(Placing, TellsThePlacesOnTheImageFromThoseOutside) {
     o.lines = 80;
     o.samples = 100;
     o.empty_images = true;
-    const Placement placement(plugin()->open(simulate::write_product_folder(o, scratch.path())));
+    const rmdllib::Placement placement(
+        plugin()->open(simulate::write_product_folder(o, scratch.path())));
     // A map's size is the simulator's choice.
     const double lines = placement.lines();
     const double samples = placement.samples();

@@ -15,10 +15,10 @@
 #include <string>
 
 #include "gridkit/error.h"
+#include "rmdllib/placement.h"
 #include "tests/support/scene_sites.h"
 #include "tests/support/scratch_folder.h"
 #include "tools/annotation/sensor_model_record.h"
-#include "tools/gridkit/place/placement.h"
 #include "tools/gridkit/place/rational_text.h"
 #include "tools/simulate/product.h"
 
@@ -65,7 +65,7 @@ class RationalModels : public testing::Test {
   rmdllib::RadarGeometry geometry_of(const simulate::Options& options) {
     const fs::path path = simulate::write_product_folder(options, scratch.path());
     truth = nlohmann::json::parse(std::ifstream(path.parent_path() / "truth.json"));
-    const Placement placement(sensor_model_record(path.string()).value());
+    const rmdllib::Placement placement(sensor_model_record(path.string()).value());
     fs::remove_all(path.parent_path());
     return *placement.radar();
   }

@@ -2,13 +2,16 @@
 
 #include <variant>
 
+#include "gridkit/export.h"
 #include "gridkit/map_point.h"
 #include "gridkit/product.h"
 #include "rmdllib/radar_geometry.h"
 
+namespace rmdllib {
+
 // Where the pixels of a product lie on Earth, from what its format publishes alone: the generic
 // sensor model where it offers one, else the map data of its first layer.
-class Placement {
+class GRIDKIT_API Placement {
  public:
   // Throws gridkit::Error for a product that has neither.
   explicit Placement(const gridkit::Product& product);
@@ -17,9 +20,7 @@ class Placement {
   explicit Placement(const gridkit::NonStandardData& model);
 
   // The sensor model's geometry, null for an image on a map.
-  const rmdllib::RadarGeometry* radar() const {
-    return std::get_if<rmdllib::RadarGeometry>(&place_);
-  }
+  const RadarGeometry* radar() const { return std::get_if<RadarGeometry>(&place_); }
 
   // The image's size.
   double lines() const;
@@ -27,14 +28,14 @@ class Placement {
 
   // Whether a place lies on the image: up to half a pixel beyond the centres of its outermost
   // pixels.
-  bool contains(rmdllib::Pixel pixel) const;
+  bool contains(Pixel pixel) const;
 
   // The place at a pixel, at a height in metres above the ellipsoid, which a map takes no notice
   // of. Throws gridkit::Error where there is none.
-  rmdllib::Geodetic ground_of(rmdllib::Pixel pixel, double height) const;
+  Geodetic ground_of(Pixel pixel, double height) const;
 
   // Where a place is seen, also outside the image. Throws gridkit::Error where it is not.
-  rmdllib::Pixel pixel_of(const rmdllib::Geodetic& place) const;
+  Pixel pixel_of(const Geodetic& place) const;
 
  private:
   struct Map {
@@ -42,9 +43,11 @@ class Placement {
     double lines;
     double samples;
   };
-  using Place = std::variant<rmdllib::RadarGeometry, Map>;
+  using Place = std::variant<RadarGeometry, Map>;
 
   static Place place_of(const gridkit::Product& product);
 
   Place place_;
 };
+
+}  // namespace rmdllib

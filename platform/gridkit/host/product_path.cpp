@@ -1,4 +1,4 @@
-#include "tools/command_line/product_path.h"
+#include "gridkit/product_path.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,6 +16,8 @@
 
 #include "gridkit/error.h"
 #include "gridkit/os_error.h"
+
+namespace gridkit {
 
 namespace {
 
@@ -125,36 +127,35 @@ std::string find_in_folder(const std::string& path, const ProductFiles& files) {
     Level level;
     for (const fs::path& folder : folders) {
       if (look_into(folder, files, entries, level)) continue;
-      throw gridkit::Error(path +
-                           ": too many files to look through; name the product's own folder or its "
-                           "annotation");
+      throw Error(path +
+                  ": too many files to look through; name the product's own folder or its "
+                  "annotation");
     }
     // The folder that was named must be readable; those in it are passed by.
     if (depth == 0 && level.unread) {
-      throw gridkit::Error(path +
-                           ": cannot be read: " + gridkit::os_error_in_words(level.unread.value()));
+      throw Error(path + ": cannot be read: " + os_error_in_words(level.unread.value()));
     }
     if (level.products.size() == 1) return level.products.front().string();
     if (!level.products.empty()) {
       // First, as the list takes the products away.
       const std::string several = files.what_several_are(level.products);
-      throw gridkit::Error(std::string(path)
-                               .append(": holds ")
-                               .append(several)
-                               .append("; name one of")
-                               .append(list_of(std::move(level.products))));
+      throw Error(std::string(path)
+                      .append(": holds ")
+                      .append(several)
+                      .append("; name one of")
+                      .append(list_of(std::move(level.products))));
     }
     others.insert(others.end(), level.others.begin(), level.others.end());
     packed.insert(packed.end(), level.packed.begin(), level.packed.end());
     folders = std::move(level.folders);
   }
   if (!packed.empty()) {
-    throw gridkit::Error(path + ": the folder holds no product that is unpacked; unpack one first" +
-                         list_of(std::move(packed), unpacking_command));
+    throw Error(path + ": the folder holds no product that is unpacked; unpack one first" +
+                list_of(std::move(packed), unpacking_command));
   }
-  if (others.empty()) throw gridkit::Error(path + ": the folder holds no product");
-  throw gridkit::Error(path + ": the folder holds no product; of none of the known formats are" +
-                       list_of(std::move(others)));
+  if (others.empty()) throw Error(path + ": the folder holds no product");
+  throw Error(path + ": the folder holds no product; of none of the known formats are" +
+              list_of(std::move(others)));
 }
 
 }  // namespace
@@ -162,17 +163,17 @@ std::string find_in_folder(const std::string& path, const ProductFiles& files) {
 std::string find_product(const std::string& path, const ProductFiles& files) {
   std::error_code failed;
   const auto status = fs::status(path, failed);
-  if (status.type() == fs::file_type::not_found) throw gridkit::Error(path + ": no such file");
+  if (status.type() == fs::file_type::not_found) throw Error(path + ": no such file");
   if (failed) {
-    throw gridkit::Error(path + ": cannot be read: " + gridkit::os_error_in_words(failed.value()));
+    throw Error(path + ": cannot be read: " + os_error_in_words(failed.value()));
   }
   if (fs::is_directory(status)) return find_in_folder(path, files);
   if (!fs::is_regular_file(status)) {
-    throw gridkit::Error(path + ": not a regular file; give a product's annotation or its folder");
+    throw Error(path + ": not a regular file; give a product's annotation or its folder");
   }
   const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (file < 0) {
-    throw gridkit::Error(path + ": cannot be read: " + gridkit::os_error_in_words(errno));
+    throw Error(path + ": cannot be read: " + os_error_in_words(errno));
   }
   ::close(file);
   refuse_packed(path);
@@ -182,9 +183,11 @@ std::string find_product(const std::string& path, const ProductFiles& files) {
 void refuse_packed(const std::string& path) {
   const std::string command = unpacking_command(path);
   if (command.empty()) return;
-  throw gridkit::Error(path + ": still packed; unpack it first: " + command);
+  throw Error(path + ": still packed; unpack it first: " + command);
 }
 
 bool has_ending(const std::filesystem::path& file, const std::string& ending) {
   return lower(file.extension().string()) == lower(ending);
 }
+
+}  // namespace gridkit

@@ -1,22 +1,23 @@
-#include "tools/gridkit/place/placement.h"
+#include "rmdllib/placement.h"
 
 #include <algorithm>
 #include <string>
 
 #include "gridkit/error.h"
 #include "gridkit/record_decoder.h"
-#include "tools/command_line/reason.h"
+
+namespace rmdllib {
 
 namespace {
 
-rmdllib::RadarGeometry geometry_of(const gridkit::NonStandardData& model) {
-  return rmdllib::RadarGeometry(gridkit::decode_record(model.dictionary, model.type, model.bytes));
+RadarGeometry geometry_of(const gridkit::NonStandardData& model) {
+  return RadarGeometry(gridkit::decode_record(model.dictionary, model.type, model.bytes));
 }
 
 }  // namespace
 
 Placement::Place Placement::place_of(const gridkit::Product& product) {
-  const std::string model = std::string(":") + rmdllib::RadarGeometry::design;
+  const std::string model = std::string(":") + RadarGeometry::design;
   const auto names = product.data_names();
   if (std::find(names.begin(), names.end(), model) != names.end()) {
     if (const auto data = product.read_data(model)) return geometry_of(*data);
@@ -36,9 +37,9 @@ Placement::Place Placement::place_of(const gridkit::Product& product) {
 
 Placement::Placement(const gridkit::Product& product) try : place_(place_of(product)) {
 } catch (const gridkit::Error& error) {
-  throw gridkit::Error(
-      product.path() + ": its pixels cannot be placed: " + reason_of(error, product.path()), {},
-      error.calls());
+  throw gridkit::Error(product.path() + ": its pixels cannot be placed: " +
+                           gridkit::reason_of(error, product.path()),
+                       {}, error.calls());
 }
 
 Placement::Placement(const gridkit::NonStandardData& model) : place_(geometry_of(model)) {}
@@ -51,22 +52,24 @@ double Placement::samples() const {
   return radar() != nullptr ? radar()->samples() : std::get<Map>(place_).samples;
 }
 
-bool Placement::contains(rmdllib::Pixel pixel) const {
+bool Placement::contains(Pixel pixel) const {
   constexpr double half = 0.5;  // pixel
   return pixel.line >= -half && pixel.line <= lines() - half && pixel.sample >= -half &&
          pixel.sample <= samples() - half;
 }
 
-rmdllib::Geodetic Placement::ground_of(rmdllib::Pixel pixel, double height) const {
+Geodetic Placement::ground_of(Pixel pixel, double height) const {
   if (const auto* geometry = radar()) return geometry->ground_of(pixel, height);
   const auto& map = std::get<Map>(place_).transform;
   const gridkit::GeographicPoint point = map.to_ground({pixel.sample, pixel.line});
   return {point.latitude_degrees, point.longitude_degrees, height};
 }
 
-rmdllib::Pixel Placement::pixel_of(const rmdllib::Geodetic& place) const {
+Pixel Placement::pixel_of(const Geodetic& place) const {
   if (const auto* geometry = radar()) return geometry->pixel_of(place);
   const auto& map = std::get<Map>(place_).transform;
   const gridkit::ImagePoint point = map.to_image({place.latitude_degrees, place.longitude_degrees});
   return {point.line, point.sample};
 }
+
+}  // namespace rmdllib
