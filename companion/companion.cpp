@@ -149,9 +149,37 @@ std::int32_t describe_grid(const gkc_Product* product, gkc_GeolocationGrid* grid
   });
 }
 
-constexpr gkc_Companion table = {
-    sizeof(gkc_Companion), GKC_VERSION,  0, open, close, image_count, describe_image, read,
-    read_valid_samples,    describe_grid};
+std::int32_t describe_noise(const gkc_Product* product, std::int32_t number, gkc_Noise* noise,
+                            gkc_Error* error) {
+  return contain(error, [&] {
+    const Image& image = image_of(product, number);
+    const companion::NoiseFacts& facts = *image.noise;
+    if (facts.polynomials.empty()) {
+      Failure failure(gkc_BadDescription, facts.element + ": " + facts.fault);
+      failure.element = facts.element;
+      throw failure;
+    }
+    gkc_Noise filled{};
+    filled.factor = image.calibration_factor;
+    filled.count = static_cast<std::int32_t>(facts.polynomials.size());
+    filled.polynomial_size = sizeof(gkc_NoisePolynomial);
+    filled.polynomials = facts.polynomials.data();
+    filled.coefficients = facts.coefficients.data();
+    fill(noise, filled);
+  });
+}
+
+constexpr gkc_Companion table = {sizeof(gkc_Companion),
+                                 GKC_VERSION,
+                                 0,
+                                 open,
+                                 close,
+                                 image_count,
+                                 describe_image,
+                                 read,
+                                 read_valid_samples,
+                                 describe_grid,
+                                 describe_noise};
 
 }  // namespace
 

@@ -9,6 +9,7 @@
 #include "companion/cosar_file.h"
 #include "companion/failure.h"
 #include "companion/grid_points.h"
+#include "companion/utc_seconds.h"
 #include "companion/xml_walk.h"
 
 namespace companion {

@@ -32,7 +32,4 @@ PropagationEffects read_propagation_effects(XmlWalk& walk, const std::string& el
 GeolocationGrid read_points(XmlWalk& walk, const std::string& element,
                             const lmx::c_datetime& scene_start, std::int64_t file_bytes);
 
-// Seconds from the midnight that begins the day of `start`; both in UTC.
-double seconds_since_midnight(const lmx::c_datetime& time, const lmx::c_datetime& start);
-
 }  // namespace companion

@@ -39,6 +39,7 @@ void add_complex(gkc_Product& product, const ProductFacts& facts, std::size_t fi
     image.name = name_of(facts, file);
     image.polarisation = annotated.polarisation;
     image.calibration_factor = annotated.calibration_factor;
+    image.noise = &product.noise[file];
     image.image_file = static_cast<std::int32_t>(file);
     image.cosar = &cosar;
     image.cosar_burst = &cosar.bursts[i];
@@ -64,6 +65,7 @@ void add_detected(gkc_Product& product, const ProductFacts& facts, std::size_t f
   image.name = name_of(facts, file);
   image.polarisation = annotated.polarisation;
   image.calibration_factor = annotated.calibration_factor;
+  image.noise = &product.noise[file];
   image.first_line_utc = facts.scene.start.text();
   image.image_file = static_cast<std::int32_t>(file);
   image.detected = &product.detected_files.emplace_back(annotated.path);
@@ -81,6 +83,7 @@ std::unique_ptr<gkc_Product> open_product(const std::string& path, bool without_
   auto product = std::make_unique<gkc_Product>();
   product->grid = std::make_unique<GridOnDemand>(path, facts);
   if (without_images) return product;
+  for (const ImageFileFacts& file : facts.files) product->noise.push_back(file.noise);
   for (std::size_t file = 0; file < facts.files.size(); ++file) {
     (facts.is_complex ? add_complex : add_detected)(*product, facts, file);
   }

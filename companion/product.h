@@ -9,6 +9,7 @@
 #include "companion/cosar_file.h"
 #include "companion/detected_image.h"
 #include "companion/grid_on_demand.h"
+#include "companion/noise_facts.h"
 #include "companion/product_facts.h"
 #include "companion/window.h"
 #include "gridkit/companion.h"
@@ -21,7 +22,8 @@ struct Image {
   std::string polarisation;
   std::string first_line_utc;
   double calibration_factor = 0;
-  std::int32_t burst = 0;  // from 1; 0: the file is one image
+  const NoiseFacts* noise = nullptr;  // of the product's list
+  std::int32_t burst = 0;             // from 1; 0: the file is one image
   std::int32_t image_file = 0;
   std::int32_t magnitude_layer = -1;  // place in the plug-in's list of layers, -1: none
   std::int32_t phase_layer = -1;
@@ -44,6 +46,7 @@ struct Image {
 struct gkc_Product {
   std::deque<companion::CosarFile> cosar_files;  // images point into these
   std::deque<companion::DetectedImage> detected_files;
+  std::deque<companion::NoiseFacts> noise;  // one an image file; images point into it
   std::vector<companion::Image> images;
   std::unique_ptr<const companion::GridOnDemand> grid;
 };

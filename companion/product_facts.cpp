@@ -155,7 +155,8 @@ ProductFacts facts_of(const Product& product, const std::string& path) {
     const std::string& polarisation = image.get_polLayer();
     facts.files.push_back({below(folder, image.get_file()), polarisation,
                            calibration_factor(product, polarisation, beam),
-                           burst_starts(product, polarisation, beam)});
+                           burst_starts(product, polarisation, beam),
+                           noise_facts(product, polarisation, beam, facts.scene.start)});
   }
   return facts;
 }

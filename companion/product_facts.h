@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "companion/noise_facts.h"
 #include "lmx/datetime.h"
 
 namespace companion {
@@ -16,6 +17,7 @@ struct ImageFileFacts {
   // When the first line of each burst was seen, in the annotation's own words; empty without
   // bursts.
   std::vector<std::string> burst_starts;
+  NoiseFacts noise;
 };
 
 // When and how far away an annotation says the scene was seen, and where it says that the points of

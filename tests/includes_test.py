@@ -25,6 +25,7 @@ ALLOWED = {
                                  "gridkit/services/"),
     "platform/gridkit/host": (*GRIDKIT, "gridkit/host/", "gridkit/services/", "handlepool/handlepool.h"),
     "platform/gridkit/samples": (*GRIDKIT, "gridkit/samples/", "gridkit/services/", "conversion/"),
+    "platform/gridkit/radiometry": (*GRIDKIT, "gridkit/radiometry/", "conversion/", "rmdllib/"),
     "platform/handlepool": ("handlepool/", "gridkit/export.h"),
     "platform/debug": ("debug/", "gridkit/export.h"),
     "platform/rmdllib": ("rmdllib/", "gridkit/services/fail.h", *GRIDKIT),

@@ -106,4 +106,17 @@ void decibels(const double* powers, double factor, float* decibels, std::size_t 
   fastest().decibels(powers, factor, decibels, count);
 }
 
+void weigh(const double* powers, double factor, const double* noise, const double* gains,
+           double* weighed, std::size_t count) {
+  fastest().weigh(powers, factor, noise, gains, weighed, count);
+}
+
+void ramp(double first, double slope, double* values, std::size_t count) {
+  fastest().ramp(first, slope, values, count);
+}
+
+void blend(const double* a, const double* b, double weight, double* blended, std::size_t count) {
+  fastest().blend(a, b, weight, blended, count);
+}
+
 }  // namespace conversion

@@ -61,4 +61,14 @@ void scale(const double* powers, double factor, float* scaled, std::size_t count
 // infinity for 0, not-a-number for negative products. `factor * power` is 0 or a normal number.
 void decibels(const double* powers, double factor, float* decibels, std::size_t count);
 
+// (factor * power - noise) * gain in 64-bit floating point, each operation rounded.
+void weigh(const double* powers, double factor, const double* noise, const double* gains,
+           double* weighed, std::size_t count);
+
+// Value k is first + slope * k, in 64-bit floating point; `count` is below 2^31.
+void ramp(double first, double slope, double* values, std::size_t count);
+
+// a + weight * (b - a) in 64-bit floating point.
+void blend(const double* a, const double* b, double weight, double* blended, std::size_t count);
+
 }  // namespace conversion

@@ -35,6 +35,11 @@ struct Kernels {
   void (*squares)(const float* values, double* squares, std::size_t count);
   void (*scale)(const double* powers, double factor, float* scaled, std::size_t count);
   void (*decibels)(const double* powers, double factor, float* decibels, std::size_t count);
+  void (*weigh)(const double* powers, double factor, const double* noise, const double* gains,
+                double* weighed, std::size_t count);
+  void (*ramp)(double first, double slope, double* values, std::size_t count);
+  void (*blend)(const double* a, const double* b, double weight, double* blended,
+                std::size_t count);
 };
 
 // Those that this machine runs, the fastest last.

@@ -18,6 +18,7 @@ extern const Kernels baseline_kernels;
 const Kernels baseline_kernels = {
     baseline, split_big_endian, split,        from_big_endian, magnitude, phase,
     narrow,   widen_integers,   widen_pixels, widen_halves,    moduli,    angles,
-    powers,   squares,          scale,        decibels};
+    powers,   squares,          scale,        decibels,        weigh,     ramp,
+    blend};
 
 }  // namespace conversion

@@ -150,6 +150,30 @@ typedef struct gkc_GeolocationGrid {
                                 // where it was, or where the product has none
 } gkc_GeolocationGrid;
 
+// The noise of an image at one azimuth time, over a stretch of range times: a polynomial.
+typedef struct gkc_NoisePolynomial {
+  double azimuth_time;    // s since the midnight, UTC, that begins the day of the scene's annotated
+                          // start: as the raster's lines count it
+  double range_time_min;  // s, both ways: from where to where it holds
+  double range_time_max;
+  double reference_time;      // s, both ways
+  int32_t first_coefficient;  // place in gkc_Noise.coefficients
+  int32_t coefficients;       // at least 1: by rising powers of (range time - reference_time), in s
+} gkc_NoisePolynomial;
+
+// The noise of an image: factor * a polynomial's value is the power, on the scale of radar
+// brightness, that the instrument itself adds. The caller sets `size`. Arrays live as long as the
+// product.
+typedef struct gkc_Noise {
+  size_t size;
+  double factor;                           // of the image's own polarisation
+  int32_t count;                           // of polynomials, at least 1
+  int32_t reserved;                        // 0
+  size_t polynomial_size;                  // bytes from one polynomial to the next
+  const gkc_NoisePolynomial* polynomials;  // by rising azimuth time; several may share one
+  const double* coefficients;
+} gkc_Noise;
+
 typedef struct gkc_Product gkc_Product;
 
 typedef struct gkc_OpenOptions {
@@ -192,6 +216,11 @@ typedef struct gkc_Companion {
   // Describes the product's geolocation grid, which is read when it is first asked for. A grid that
   // is missing or at fault is no failure: there is none then, and `warning` says why.
   int32_t (*describe_grid)(const gkc_Product* product, gkc_GeolocationGrid* grid, gkc_Error* error);
+
+  // The noise of the image of that number. Fails with gkc_BadDescription where the description
+  // tells none, or none that is sure to be this image's.
+  int32_t (*describe_noise)(const gkc_Product* product, int32_t image, gkc_Noise* noise,
+                            gkc_Error* error);
 } gkc_Companion;
 
 // What a companion exports. The table lives as long as the library is loaded.

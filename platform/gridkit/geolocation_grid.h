@@ -37,6 +37,11 @@ class GRIDKIT_API GeolocationGrid {
   // sample. An image on a map has no such points.
   bool has_image_axes() const { return !lines_.empty(); }
 
+  // The line of each point along and the sample of each across, rising or falling; empty without
+  // image axes.
+  std::span<const double> line_axis() const { return lines_; }
+  std::span<const double> sample_axis() const { return samples_; }
+
   // Incidence angle in degrees, and the terrain's height in metres above the ellipsoid, at a place
   // of the image, whole numbers being centres of pixels: bilinear between the four points around
   // it. Beyond the outermost points the outermost cell runs on for at most its own length, from
@@ -63,8 +68,6 @@ class GRIDKIT_API GeolocationGrid {
   std::vector<gkc_GridPoint> points_;
   double range_delay_;
   double azimuth_shift_;
-  // The line of each point along and the sample of each across, rising or falling; empty where the
-  // points do not stand so.
   std::vector<double> lines_;
   std::vector<double> samples_;
 };

@@ -15,6 +15,7 @@
 #include "gridkit/export.h"
 #include "gridkit/geolocation_grid.h"
 #include "gridkit/plugin.h"
+#include "gridkit/radiometry.h"
 
 // Samples of images as they are, and what they are converted to: any window, into the caller's
 // memory, on any number of threads. They come from the plug-in's companion (gridkit/companion.h).
@@ -107,6 +108,9 @@ struct Conversion {
   SampleForm form = SampleForm::native;
   double factor = 1;  // of power and decibels: with the calibration factor they are radar
                       // brightness (beta nought), with 1 intensity
+  // In place of the factor, of power and decibels: the backscatter of an image of that size. Of
+  // values below 0 decibels are not-a-numbers.
+  std::shared_ptr<const Radiometry> radiometry = nullptr;
 };
 
 // Where samples go: that of line l and sample s of the window to data + l * line_stride + s *
@@ -149,6 +153,10 @@ class GRIDKIT_API Samples {
   // The samples marked as valid of lines of an image. Throws SampleError.
   std::vector<gkc_ValidSamples> read_valid_samples(std::size_t image, std::int64_t first_line,
                                                    std::int64_t lines) const;
+
+  // The noise that the image's instrument adds, as the product tells it. Throws SampleError with
+  // the reason where it tells none, Error where the companion cannot tell.
+  ImageNoise noise(std::size_t image) const;
 
  private:
   friend FoundGrid find_geolocation_grid(const Plugin& plugin, const std::string& path);

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <complex>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <random>
 
 #include "companion/sample_products.h"
@@ -431,6 +433,51 @@ TEST_F(Samples, FolderOfCompanionsIsNoFolderOfPlugins) {
   EXPECT_EQ(loaded.plugins.size(), 1U);
   EXPECT_TRUE(loaded.refused.empty());
   EXPECT_TRUE(std::filesystem::exists(gridkit::companion_path(*loaded.plugins[0])));
+}
+
+std::string text_of(const std::string& annotation) {
+  std::ifstream file(annotation);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The simulator's minimal annotation has one record, of this day and hour.
+TEST_F(Samples, TellTheNoiseOfTheirPolarisation) {
+  const std::string annotation = products.simulated(Variant::ssc, 64, 70, {"HH", "VV"});
+  const std::string text = text_of(annotation);
+  const std::string until_seconds = "<timeUTC>2008-03-12T05:17:";
+  const std::size_t record = text.find(until_seconds, text.find("<imageNoise>"));
+  const double seconds = std::stod(text.substr(record + until_seconds.size()));
+  const auto samples = products.open(annotation);
+  for (std::size_t image = 0; image < 2; ++image) {
+    const gridkit::ImageNoise noise = samples.noise(image);
+    EXPECT_EQ(noise.factor, samples.images()[image].calibration_factor);
+    ASSERT_EQ(noise.records.size(), 1U);
+    const auto& [time, polynomials] = noise.records.front();
+    EXPECT_NEAR(time, (5 * 60 + 17) * 60 + seconds, 1e-9);
+    ASSERT_EQ(polynomials.size(), 1U);
+    EXPECT_EQ(polynomials.front().coefficients, (std::vector<double>{520, -1e5, 2e9}));
+    EXPECT_LT(polynomials.front().range_time_min, polynomials.front().reference_time);
+    EXPECT_LT(polynomials.front().reference_time, polynomials.front().range_time_max);
+  }
+}
+
+TEST_F(Samples, TellNoNoiseOnAScaleThatIsNotKnown) {
+  const std::string annotation = products.simulated(Variant::ssc, 64, 70);
+  std::string text = text_of(annotation);
+  const std::string known = ">BETA NOUGHT<";
+  text.replace(text.find(known), known.size(), ">SIGMA<");
+  std::ofstream(annotation) << text;
+  const auto samples = products.open(annotation);
+  try {
+    samples.noise(0);
+    FAIL() << "was told";
+  } catch (const gridkit::SampleError& error) {
+    EXPECT_EQ(error.code(), gkc_BadDescription);
+    EXPECT_EQ(error.element(), "/level1Product/noise/noiseLevelRef");
+    EXPECT_STREQ(error.what(),
+                 "/level1Product/noise/noiseLevelRef: \"SIGMA\" is no scale that is known; BETA "
+                 "NOUGHT is");
+  }
 }
 
 }  // namespace

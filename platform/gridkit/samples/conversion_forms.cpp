@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 
 #include "conversion/conversion.h"
 
@@ -45,19 +46,24 @@ std::string refusal_of_form(SampleForm form, NativeType type) {
   return {};
 }
 
-Converter::Converter(const Conversion& conversion, NativeType type)
+Converter::Converter(const Conversion& conversion, NativeType type, const SampleWindow& window)
     : conversion_(conversion),
       type_(type),
       planes_(2 * samples_at_once),
       floats_(2 * samples_at_once),
-      powers_(samples_at_once) {}
+      powers_(samples_at_once) {
+  if (conversion.radiometry == nullptr) return;
+  weighed_.resize(samples_at_once);
+  radiometry_.emplace(conversion.radiometry, window.sample, window.sample_step);
+}
 
-void Converter::convert(const std::byte* native, std::byte* converted, std::size_t count) {
+void Converter::convert(LinePart part, const std::byte* native, std::byte* converted,
+                        std::size_t count) {
   const std::size_t from_bytes = native_bytes(type_);
   const std::size_t to_bytes = form_bytes(conversion_.form, type_);
   for (std::size_t done = 0; done < count; done += samples_at_once) {
-    convert_some(native + done * from_bytes, converted + done * to_bytes,
-                 std::min(count - done, samples_at_once));
+    convert_some({part.line, part.index + done}, native + done * from_bytes,
+                 converted + done * to_bytes, std::min(count - done, samples_at_once));
   }
 }
 
@@ -92,7 +98,17 @@ void Converter::convert_pairs(const std::int16_t* native, std::uint16_t* pixels,
       i, q, pixels, count);
 }
 
-void Converter::convert_some(const std::byte* native, std::byte* converted, std::size_t count) {
+void Converter::convert_powers(LinePart part, float* converted, std::size_t count) {
+  const auto convert =
+      conversion_.form == SampleForm::power ? conversion::scale : conversion::decibels;
+  if (!radiometry_) return convert(powers_.data(), conversion_.factor, converted, count);
+  radiometry_->weigh(part.line, part.index, std::span(powers_).first(count),
+                     std::span(weighed_).first(count));
+  convert(weighed_.data(), 1, converted, count);
+}
+
+void Converter::convert_some(LinePart part, const std::byte* native, std::byte* converted,
+                             std::size_t count) {
   const bool is_pixel = type_ == NativeType::uint16;
   auto* const floats = reinterpret_cast<float*>(converted);
   switch (conversion_.form) {
@@ -115,8 +131,7 @@ void Converter::convert_some(const std::byte* native, std::byte* converted, std:
     case SampleForm::decibels:
       widen(native, floats_.data(), count);
       take_powers(floats_.data(), count);
-      (conversion_.form == SampleForm::power ? conversion::scale : conversion::decibels)(
-          powers_.data(), conversion_.factor, floats, count);
+      convert_powers(part, floats, count);
       return;
     case SampleForm::magnitude16:
     case SampleForm::phase16:

@@ -201,8 +201,8 @@ namespace {
 class ConvertingReader {
  public:
   ConvertingReader(const SampleImage& image, const Conversion& conversion,
-                   const SampleTarget& target)
-      : converter_(conversion, image.type),
+                   const SampleTarget& target, const SampleWindow& window)
+      : converter_(conversion, image.type, window),
         native_bytes_(static_cast<std::int64_t>(form_bytes(SampleForm::native, image.type))),
         form_bytes_(static_cast<std::int64_t>(form_bytes(conversion.form, image.type))),
         target_(target),
@@ -242,11 +242,12 @@ class ConvertingReader {
     std::byte* to = static_cast<std::byte*>(target_.data) +
                     (first_line + line) * target_.line_stride + sample * target_.sample_stride;
     const auto samples = static_cast<std::size_t>(count);
+    const LinePart place = {part.line + line * part.line_step, static_cast<std::size_t>(sample)};
     if (converted_.empty()) {
-      converter_.convert(from, to, samples);
+      converter_.convert(place, from, to, samples);
       return;
     }
-    converter_.convert(from, converted_.data(), samples);
+    converter_.convert(place, from, converted_.data(), samples);
     for (std::int64_t k = 0; k < count; ++k) {
       std::memcpy(to + k * target_.sample_stride, converted_.data() + k * form_bytes_,
                   static_cast<std::size_t>(form_bytes_));
@@ -277,6 +278,10 @@ void Samples::read(std::size_t number, const SampleWindow& window, const Convers
   check_inside(image, window);
   const std::string refusal = refusal_of_form(conversion.form, image.type);
   if (!refusal.empty()) throw Error(image.file + ": " + refusal);
+  if (conversion.radiometry != nullptr && (conversion.radiometry->lines() != image.lines ||
+                                           conversion.radiometry->samples() != image.samples)) {
+    throw Error(image.file + ": the radiometry is that of another image");
+  }
   const SampleTarget target = without_gaps(given, window, form_bytes(conversion.form, image.type));
   gkc_Error error = no_error();
   Delivered came;
@@ -284,7 +289,7 @@ void Samples::read(std::size_t number, const SampleWindow& window, const Convers
     came =
         open_->read(number, window, target.data, target.line_stride, target.sample_stride, error);
   } else {
-    ConvertingReader reader(image, conversion, target);
+    ConvertingReader reader(image, conversion, target, window);
     came = reader.read(window, [&](const SampleWindow& part, void* data, std::int64_t line_bytes) {
       return open_->read(number, part, data, line_bytes,
                          static_cast<std::int64_t>(form_bytes(SampleForm::native, image.type)),
@@ -327,6 +332,36 @@ std::vector<gkc_ValidSamples> Samples::read_valid_samples(std::size_t number,
                                            first_line, lines, valid.data(), &came, &error);
   if (error.code != gkc_NoError) throw SampleError(error, {came.lines, 0});
   return valid;
+}
+
+ImageNoise Samples::noise(std::size_t number) const {
+  const SampleImage& image = images().at(number);
+  const auto& companion = open_->companion;
+  if (!GKC_HAS(companion, gkc_Companion, describe_noise)) {
+    throw Error(image.file + ": the plug-in's companion cannot tell the noise");
+  }
+  gkc_Error error = no_error();
+  gkc_Noise noise{};
+  noise.size = sizeof noise;
+  if (companion->describe_noise(open_->product, static_cast<std::int32_t>(number), &noise,
+                                &error) != gkc_NoError) {
+    throw SampleError(error, {});
+  }
+  ImageNoise result;
+  result.factor = noise.factor;
+  const auto* place = reinterpret_cast<const std::byte*>(noise.polynomials);
+  for (std::int32_t i = 0; i < noise.count; ++i, place += noise.polynomial_size) {
+    const auto& told = *reinterpret_cast<const gkc_NoisePolynomial*>(place);
+    if (result.records.empty() || result.records.back().azimuth_time != told.azimuth_time) {
+      result.records.push_back({told.azimuth_time, {}});
+    }
+    const double* terms = noise.coefficients + told.first_coefficient;
+    result.records.back().polynomials.push_back({told.range_time_min,
+                                                 told.range_time_max,
+                                                 told.reference_time,
+                                                 {terms, terms + told.coefficients}});
+  }
+  return result;
 }
 
 }  // namespace gridkit

@@ -397,6 +397,41 @@ TEST_P(Kernels, TakeDecibelsOfPowersOfTenAndOfWhatHasNone) {
   EXPECT_TRUE(std::isnan(decibels[7]));
 }
 
+TEST_P(Kernels, WeighPowersAsThePlainFormula) {
+  constexpr std::size_t count = 1027;
+  std::vector<double> powers(count);
+  std::vector<double> noise(count);
+  std::vector<double> gains(count);
+  for (std::size_t k = 0; k < count; ++k) {
+    powers[k] = static_cast<double>(k * k);
+    noise[k] = 0.3 + static_cast<double>(k) / 7;
+    gains[k] = 0.5 + static_cast<double>(k % 13) / 100;
+  }
+  std::vector<double> weighed(count);
+  GetParam()->weigh(powers.data(), 1.1e-3, noise.data(), gains.data(), weighed.data(), count);
+  for (std::size_t k = 0; k < count; ++k) {
+    volatile double power = powers[k] * 1.1e-3;
+    volatile double left = power - noise[k];
+    ASSERT_EQ(weighed[k], left * gains[k]) << k;
+  }
+}
+
+TEST_P(Kernels, RampAndBlend) {
+  constexpr std::size_t count = 1027;
+  std::vector<double> ramp(count);
+  GetParam()->ramp(0.7, -1.3e-4, ramp.data(), count);
+  const std::vector<double> flat(count, 2.0);
+  std::vector<double> blended(count);
+  GetParam()->blend(ramp.data(), flat.data(), 0.25, blended.data(), count);
+  for (std::size_t k = 0; k < count; ++k) {
+    volatile double product = -1.3e-4 * static_cast<double>(k);
+    const double value = 0.7 + product;
+    ASSERT_EQ(ramp[k], value) << k;
+    volatile double share = 0.25 * (2.0 - value);
+    ASSERT_EQ(blended[k], value + share) << k;
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Conversion, Kernels, testing::ValuesIn(conversion::available_kernels()),
                          [](const auto& set) {
                            std::string name = set.param->name;
