@@ -291,6 +291,7 @@ TEST_F(Open, FourImagesAndNoneAreFine) {
 
 TEST_F(Open, ANegativeNumberOfImagesIsNone) {
   for (const int layers : {-1, -2147483647 - 1}) {
+    delete toolkit().document;
     toolkit().document = document = new FakeDocument;
     document->layers = layers;
     TsxFile* record = open();
@@ -303,7 +304,6 @@ TEST_F(Open, ANegativeNumberOfImagesIsNone) {
     EXPECT_EQ(count, 0);
     tsxFileClose(record);
   }
-  toolkit().document = nullptr;
 }
 
 // The format doubles the layers, the variant decides how the images are opened.
