@@ -80,7 +80,7 @@ elmx_error read_raw(const Walk& w, const Member& m) {
   elmx_error error{};
   bool no_value = false;
   if (!w.reader.get_element_ur_value(w.name, &w.reader.value_text, &error, &no_value)) {
-    return w.fault(error, w.name, "any content", m);
+    return w.fault(error, w.name, expected_markup, m);
   }
   auto& markup = part_of<Held<std::string>>(w.object, m.offset);
   markup.value = w.reader.value_text;

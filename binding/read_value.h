@@ -13,6 +13,7 @@ namespace binding {
 
 // What is expected, in words, where an element's text cannot be read at all.
 inline constexpr const char* expected_text = "a text value";
+inline constexpr const char* expected_markup = "any content";
 
 // Where a value stands, for the report of a fault.
 struct ValueSite {

@@ -46,7 +46,10 @@ std::int32_t open(const char* path, const gkc_OpenOptions* options, gkc_Product*
     const bool without_images = options != nullptr &&
                                 GKC_HAS(options, gkc_OpenOptions, without_images) &&
                                 options->without_images != 0;
-    *product = companion::open_product(path, without_images).release();
+    const bool lenient =
+        options != nullptr && GKC_HAS(options, gkc_OpenOptions, lenient) && options->lenient != 0;
+    const auto reading = lenient ? companion::Reading::lenient : companion::Reading::strict;
+    *product = companion::open_product(path, reading, without_images).release();
   });
 }
 
@@ -80,6 +83,8 @@ std::int32_t describe_image(const gkc_Product* product, std::int32_t number, gkc
     filled.magnitude_layer = image.magnitude_layer;
     filled.phase_layer = image.phase_layer;
     filled.image_file = image.image_file;
+    filled.magnitude_layer_name = image.magnitude_layer_name.c_str();
+    filled.phase_layer_name = image.phase_layer_name.c_str();
     fill(description, filled);
   });
 }
@@ -169,6 +174,19 @@ std::int32_t describe_noise(const gkc_Product* product, std::int32_t number, gkc
   });
 }
 
+std::int32_t remark_count(const gkc_Product* product) {
+  return product == nullptr ? 0 : static_cast<std::int32_t>(product->passed_over.size());
+}
+
+std::int32_t describe_remark(const gkc_Product* product, std::int32_t remark, gkc_Error* told) {
+  if (remark < 0 || remark >= remark_count(product)) {
+    companion::tell(told, gkc_WrongUse, "no remark of that number");
+    return gkc_WrongUse;
+  }
+  companion::tell(told, product->passed_over[static_cast<std::size_t>(remark)]);
+  return gkc_NoError;
+}
+
 constexpr gkc_Companion table = {sizeof(gkc_Companion),
                                  GKC_VERSION,
                                  0,
@@ -179,7 +197,9 @@ constexpr gkc_Companion table = {sizeof(gkc_Companion),
                                  read,
                                  read_valid_samples,
                                  describe_grid,
-                                 describe_noise};
+                                 describe_noise,
+                                 remark_count,
+                                 describe_remark};
 
 }  // namespace
 

@@ -29,6 +29,23 @@ std::string name_of(const ProductFacts& facts, std::size_t file) {
   return same == 1 ? polarisation : polarisation + "_" + std::to_string(file + 1);
 }
 
+// As the plug-in names the layer of that place in its list.
+std::string layer_name(const std::string& polarisation, const char* kind, std::int32_t place) {
+  const auto letter = [&](std::size_t i) {
+    return i < polarisation.size() && polarisation[i] == 'V' ? 'V' : 'H';
+  };
+  return std::string("X_") + letter(0) + letter(1) + '_' + kind + '_' + std::to_string(place + 1);
+}
+
+void name_layers(Image& image) {
+  if (image.magnitude_layer >= 0) {
+    image.magnitude_layer_name = layer_name(image.polarisation, "MAGNITUDE", image.magnitude_layer);
+  }
+  if (image.phase_layer >= 0) {
+    image.phase_layer_name = layer_name(image.polarisation, "PHASE", image.phase_layer);
+  }
+}
+
 void add_complex(gkc_Product& product, const ProductFacts& facts, std::size_t file) {
   const ImageFileFacts& annotated = facts.files[file];
   const CosarFile& cosar = product.cosar_files.emplace_back(open_cosar(annotated.path));
@@ -49,6 +66,7 @@ void add_complex(gkc_Product& product, const ProductFacts& facts, std::size_t fi
       if (lies_as_annotated(cosar, facts)) {
         image.magnitude_layer = 2 * image.image_file;
         image.phase_layer = image.magnitude_layer + 1;
+        name_layers(image);
       }
     } else {
       image.burst = static_cast<std::int32_t>(i + 1);
@@ -72,15 +90,18 @@ void add_detected(gkc_Product& product, const ProductFacts& facts, std::size_t f
   const bool lies_as_layer = image.lines() == facts.lines && image.samples() == facts.samples;
   if (lies_as_layer && !facts.has_paired_layers) {
     image.magnitude_layer = image.image_file;
+    name_layers(image);
   }
   product.images.push_back(std::move(image));
 }
 
 }  // namespace
 
-std::unique_ptr<gkc_Product> open_product(const std::string& path, bool without_images) {
-  const ProductFacts facts = read_product_facts(path);
+std::unique_ptr<gkc_Product> open_product(const std::string& path, Reading reading,
+                                          bool without_images) {
+  const ProductFacts facts = read_product_facts(path, reading);
   auto product = std::make_unique<gkc_Product>();
+  product->passed_over = facts.passed_over;
   product->grid = std::make_unique<GridOnDemand>(path, facts);
   if (without_images) return product;
   for (const ImageFileFacts& file : facts.files) product->noise.push_back(file.noise);

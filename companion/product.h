@@ -27,6 +27,8 @@ struct Image {
   std::int32_t image_file = 0;
   std::int32_t magnitude_layer = -1;  // place in the plug-in's list of layers, -1: none
   std::int32_t phase_layer = -1;
+  std::string magnitude_layer_name;
+  std::string phase_layer_name;
   // One of the two.
   const CosarFile* cosar = nullptr;
   const CosarBurst* cosar_burst = nullptr;
@@ -49,12 +51,14 @@ struct gkc_Product {
   std::deque<companion::NoiseFacts> noise;  // one an image file; images point into it
   std::vector<companion::Image> images;
   std::unique_ptr<const companion::GridOnDemand> grid;
+  std::vector<companion::Failure> passed_over;  // of the annotation, when it was opened leniently
 };
 
 namespace companion {
 
 // Opens a product's annotation and, unless it is to have no images, its image files. Throws
 // Failure.
-std::unique_ptr<gkc_Product> open_product(const std::string& path, bool without_images);
+std::unique_ptr<gkc_Product> open_product(const std::string& path, Reading reading,
+                                          bool without_images);
 
 }  // namespace companion

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "binding/fault_collector.h"
 #include "companion/failure.h"
 #include "gridkit/file.h"
 #include "level1bProduct34/version34.h"
@@ -16,6 +17,7 @@
 #include "plugin/recognition_texts.h"
 #include "plugin/schema_version.h"
 #include "record/tsx_file.h"
+#include "schema/lenience.h"
 
 namespace companion {
 
@@ -161,28 +163,39 @@ ProductFacts facts_of(const Product& product, const std::string& path) {
   return facts;
 }
 
+Failure failure_of(const std::string& path, const lmx::Diagnostic& fault) {
+  Failure failure(gkc_BadDescription, path + ':' + std::to_string(fault.line) + ':' +
+                                          std::to_string(fault.column) + ": " + fault.path + ": " +
+                                          fault.message());
+  failure.path = path;
+  failure.element = fault.path;
+  failure.text_line = fault.line;
+  return failure;
+}
+
 template <class Root>
-ProductFacts bind(const std::string& path) {
+ProductFacts bind(const std::string& path, Reading reading) {
   lmx::c_xml_reader_file reader(path.c_str());
   if (!reader.is_open()) throw Failure(gkc_NotRecognised, path, "cannot be opened");
+  binding::FaultCollector lenience(level1bProduct::may_be_passed_over);
+  if (reading == Reading::lenient) lenience.watch(reader);
   Root root;
   if (root.unmarshal(reader) != lmx::error_none) {
-    const lmx::Diagnostic* fault = reader.diagnostic();
+    const auto& passed = lenience.faults();
+    const lmx::Diagnostic* fault = passed.empty() ? reader.diagnostic() : &passed.back();
     if (fault == nullptr) throw Failure(gkc_BadDescription, path, "is not a valid annotation");
-    Failure failure(gkc_BadDescription, path + ':' + std::to_string(fault->line) + ':' +
-                                            std::to_string(fault->column) + ": " + fault->path +
-                                            ": " + fault->message());
-    failure.path = path;
-    failure.element = fault->path;
-    failure.text_line = fault->line;
-    throw failure;
+    throw failure_of(path, *fault);
   }
-  return facts_of(std::as_const(root.get_level1Product()), path);
+  ProductFacts facts = facts_of(std::as_const(root.get_level1Product()), path);
+  for (const lmx::Diagnostic& fault : lenience.faults()) {
+    facts.passed_over.push_back(failure_of(path, fault));
+  }
+  return facts;
 }
 
 }  // namespace
 
-ProductFacts read_product_facts(const std::string& path) {
+ProductFacts read_product_facts(const std::string& path, Reading reading) {
   const auto lines = first_lines_of(path);
   if (lines[level_line].find(product_level_text) == std::string::npos) {
     throw Failure(gkc_NotRecognised, path, "the third line does not name a Level 1B product");
@@ -194,12 +207,12 @@ ProductFacts read_product_facts(const std::string& path) {
   }
   switch (*version) {
     case schema_text_34:
-      return bind<version34::c_version34>(path);
+      return bind<version34::c_version34>(path, reading);
     case schema_text_35:
     case schema_text_36:
-      return bind<version35::c_version35>(path);
+      return bind<version35::c_version35>(path, reading);
     default:
-      return bind<version40::c_version40>(path);
+      return bind<version40::c_version40>(path, reading);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "companion/failure.h"
 #include "companion/noise_facts.h"
 #include "lmx/datetime.h"
 
@@ -39,10 +40,16 @@ struct ProductFacts {
   bool is_on_map = false;          // lines and samples follow a map, not the times
   SceneFacts scene;
   std::vector<ImageFileFacts> files;
+  std::vector<Failure> passed_over;  // by a lenient reading
 };
 
-// Binds the annotation, strictly, and takes the facts out of it. Throws Failure: a file that is no
-// annotation of a known version, one with a fault, one without images.
-ProductFacts read_product_facts(const std::string& path);
+enum class Reading {
+  strict,
+  lenient  // over the values that schema/lenience.h tells
+};
+
+// Binds the annotation and takes the facts out of it. Throws Failure: a file that is no annotation
+// of a known version, one with a fault, one without images.
+ProductFacts read_product_facts(const std::string& path, Reading reading);
 
 }  // namespace companion

@@ -37,14 +37,14 @@ ALLOWED = {
     "plugin": ("plugin/", "image/", "geometry/", "record/", "binding/level1bProductBase.h", *TOOLKIT,
                "lmx/error.h"),
     "companion": ("companion/", "image/cosar_layout.h", "conversion/", "record/tsx_file.h",
-                  "plugin/recognition_texts.h", "plugin/schema_version.h", "binding/", "lmx/", "level1bProduct",
-                  *GRIDKIT),
+                  "plugin/recognition_texts.h", "plugin/schema_version.h", "schema/lenience.h", "binding/", "lmx/",
+                  "level1bProduct", *GRIDKIT),
     # The simulator and the annotation's own tool work on the classes; the host's command line on products.
     # What the three command lines share.
     "tools/command_line": ("tools/command_line/", "gridkit/error.h", "gridkit/os_error.h", "gridkit/version.h",
                            "lmx/parser_version.h"),
     "tools/annotation": ("tools/annotation/", "plugin/schema_version.h", "plugin/required_texts.h",
-                         "plugin/recognition_texts.h", "tools/command_line/", *GRIDKIT, "binding/", "lmx/",
+                         "plugin/recognition_texts.h", "schema/lenience.h", "tools/command_line/", *GRIDKIT, "binding/", "lmx/",
                          "level1bProduct", "geometry/", "record/tsx_file.h"),
     "tools/simulate": ("tools/simulate/", "tools/annotation/", "tools/command_line/", "plugin/schema_version.h",
                        "binding/", "lmx/", *GRIDKIT, "rmdllib/vector3.h", "level1bProduct"),

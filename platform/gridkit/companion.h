@@ -85,6 +85,8 @@ typedef struct gkc_Image {
                                // because the file does not lie as the plug-in supposes
   int32_t phase_layer;         // the same for their phases
   int32_t image_file;          // number of the image file in the product, from 0
+  const char* magnitude_layer_name;  // the names of these layers; empty where there is none
+  const char* phase_layer_name;
 } gkc_Image;
 
 // A window of an image and where it goes. Line `l` and sample `s` of the window, counted from 0,
@@ -179,6 +181,9 @@ typedef struct gkc_Product gkc_Product;
 typedef struct gkc_OpenOptions {
   size_t size;
   int32_t without_images;  // not 0: no image file is opened, and the product has no images
+  int32_t lenient;  // not 0: values of the description that are not what its format allows are
+                    // passed over where no sample, place, time or factor is made of them; see
+                    // gkc_Companion.describe_remark
 } gkc_OpenOptions;
 
 typedef struct gkc_Companion {
@@ -221,6 +226,12 @@ typedef struct gkc_Companion {
   // tells none, or none that is sure to be this image's.
   int32_t (*describe_noise)(const gkc_Product* product, int32_t image, gkc_Noise* noise,
                             gkc_Error* error);
+
+  // What a lenient open passed over: how many values, and each of them, from 0, told in the members
+  // of a gkc_Error whose code is then gkc_BadDescription. The result is 0, or gkc_WrongUse for a
+  // number that there is not.
+  int32_t (*remark_count)(const gkc_Product* product);
+  int32_t (*describe_remark)(const gkc_Product* product, int32_t remark, gkc_Error* told);
 } gkc_Companion;
 
 // What a companion exports. The table lives as long as the library is loaded.

@@ -46,6 +46,14 @@ class GRIDKIT_API Plugin : public std::enable_shared_from_this<Plugin> {
   // "allow_outside_files" of the group "gridkit".
   Product open(const std::string& path, const std::string& mode = "r");
 
+  // Opens a file that the plug-in refuses, over its companion alone, and over values that are not
+  // what the format allows where no sample, place, time or factor is made of them: see
+  // Product::passed_over and gridkit/samples.h. Layers are made of samples, so all of the images
+  // have one only where they lie as the plug-in would read them; there are no data beside the
+  // pixels, and no maps. Throws Error for a file that is not of the format, and as
+  // Samples::open_leniently does.
+  Product open_leniently(const std::string& path);
+
  private:
   friend class Product;
   friend class Layer;

@@ -111,12 +111,19 @@ class GRIDKIT_API Product {
   // they may be used on any number of threads.
   Samples samples() const;
 
+  // Whether it was opened without the plug-in, see Plugin::open_leniently, and what was passed over
+  // then, one sentence each.
+  bool is_over_samples() const;
+  std::vector<std::string> passed_over() const;
+
   // Throws Error for a name that the plug-in refuses.
   Layer open_layer(const std::string& name) const;
 
  private:
   friend class Plugin;
   Product(std::shared_ptr<Plugin> plugin, void* record, const std::string& path,
+          std::int32_t title);
+  Product(std::shared_ptr<Plugin> plugin, Samples samples, const std::string& path,
           std::int32_t title);
 
   std::shared_ptr<Record> record_;

@@ -83,6 +83,8 @@ struct SampleImage {
   // otherwise.
   std::optional<std::int32_t> magnitude_layer;
   std::optional<std::int32_t> phase_layer;
+  std::string magnitude_layer_name;  // empty where there is no such layer
+  std::string phase_layer_name;
   std::int32_t image_file = 0;  // number of the file in the product, from 0
 
   bool is_complex() const { return type != NativeType::uint16; }
@@ -133,6 +135,14 @@ class GRIDKIT_API Samples {
   // Plugin::open, no files outside the product's folder are opened.
   static Samples open(const Plugin& plugin, const std::string& path);
 
+  // The same, over values of the product's description that are not what its format allows, where
+  // no sample, place, time or factor is made of them. passed_over() tells them.
+  static Samples open_leniently(const Plugin& plugin, const std::string& path);
+
+  // What a lenient open passed over, one sentence each with file, line, element, what stands there
+  // and what may.
+  const std::vector<std::string>& passed_over() const;
+
   // In the product's order.
   const std::vector<SampleImage>& images() const;
 
@@ -164,6 +174,7 @@ class GRIDKIT_API Samples {
 
   struct Open;
   explicit Samples(std::shared_ptr<const Open> open);
+  static Samples open(const Plugin& plugin, const std::string& path, bool lenient);
 
   std::shared_ptr<const Open> open_;
 };

@@ -301,6 +301,19 @@ bool c_xml_reader::get_element_ur_value(const std::string& name, std::string* va
   return finish_simple_element(error);
 }
 
+bool c_xml_reader::skip_refused_text() {
+  leave_start_tag();
+  for (std::size_t inner = 0;;) {
+    const Token next = tokens_->peek();
+    if (next.kind == TokenKind::fault) return false;
+    if (next.kind == TokenKind::start) ++inner;
+    if (next.kind == TokenKind::end && inner-- == 0) break;
+    tokens_->take();
+  }
+  elmx_error error{};
+  return !in_simple_element_ || finish_simple_element(&error);
+}
+
 // What stands at the reader's place, for a fault of that code.
 std::string c_xml_reader::found_here(elmx_error code) const {
   if (token_error_ != error_none) return token_words_;

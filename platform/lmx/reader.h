@@ -162,6 +162,12 @@ class LMX_API c_xml_reader : public c_xml {
   elmx_error handle_error(elmx_error code, const std::string& name, const char* source_tag,
                           int position, std::string expected = {});
 
+  // For a policy, from within it, that lets the fault of a text pass which holds an element or
+  // stands under a refused attribute: goes on to where the read would be without the fault, after
+  // the end tag of a simple-typed element and before that of another. False where the document
+  // breaks off first.
+  bool skip_refused_text();
+
   // The first fault of the read, null while there is none.
   const Diagnostic* diagnostic() const { return fault_ ? &*fault_ : nullptr; }
 

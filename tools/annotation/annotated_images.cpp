@@ -53,7 +53,7 @@ AnnotatedImages images_of(const Product& product, const std::filesystem::path& f
 std::optional<AnnotatedImages> read_annotated_images(const std::string& path,
                                                      const std::string& schema) {
   return with_root(schema, [&](auto& root) -> std::optional<AnnotatedImages> {
-    if (root.unmarshal(path.c_str()) != 0) return std::nullopt;
+    if (bind_leniently(root, path) != 0) return std::nullopt;
     return images_of(std::as_const(root.get_level1Product()),
                      std::filesystem::path(path).parent_path());
   });

@@ -6,9 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "binding/fault_collector.h"
 #include "level1bProduct34/version34.h"
 #include "level1bProduct35/version35.h"
 #include "level1bProduct40/version40.h"
+#include "schema/lenience.h"
 
 // An annotation by itself, apart from any product: which schema it asks for, and its document.
 
@@ -44,4 +46,15 @@ auto with_root(std::string_view schema, Visitor visit) {
   }
   version40::c_version40 root;
   return visit(root);
+}
+
+// Binds the file to an empty root, over the values that schema/lenience.h tells: what looks into
+// the annotation of a product that is open need not ask how it was opened.
+template <class Root>
+lmx::elmx_error bind_leniently(Root& root, const std::string& path) {
+  lmx::c_xml_reader_file reader(path.c_str());
+  if (!reader.is_open()) return lmx::elmx_error{lmx::error_cannot_open};
+  binding::FaultCollector lenience(level1bProduct::may_be_passed_over);
+  lenience.watch(reader);
+  return root.unmarshal(reader);
 }

@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <utility>
 
+#include "binding/fault_collector.h"
 #include "gridkit/os_error.h"
 #include "plugin/required_texts.h"
+#include "schema/lenience.h"
 #include "tools/annotation/annotation_file.h"
-#include "tools/annotation/fault_collector.h"
 
 namespace {
 
@@ -31,8 +33,20 @@ std::string CheckResult::text_of(const lmx::Diagnostic& fault) const {
   return placed(file, fault.line, fault.column, fault.path, fault.message());
 }
 
-CheckResult check_annotation(const std::string& path, const std::optional<std::string>& schema,
-                             Faults wanted) {
+namespace {
+
+void tell(CheckResult& result, const lmx::Diagnostic& fault) {
+  result.error = fault.code;
+  result.name = fault.name;
+  result.path = fault.path;
+  result.line = fault.line;
+  result.column = fault.column;
+  result.message = fault.message();
+}
+
+// Binds under a policy, or strictly without one.
+CheckResult bind(const std::string& path, const std::optional<std::string>& schema,
+                 binding::FaultCollector* collector) {
   const VersionLine version = read_version_line(path);
   CheckResult result;
   result.file = path;
@@ -44,27 +58,48 @@ CheckResult check_annotation(const std::string& path, const std::optional<std::s
     result.message = lmx::meaning(lmx::error_cannot_open);
     return result;
   }
-  FaultCollector collector;
-  if (wanted == Faults::all) collector.watch(reader);
+  if (collector != nullptr) collector->watch(reader);
   with_root(result.schema, [&](auto& root) { return root.unmarshal(reader); });
-  result.faults = collector.faults();
-  result.ends_early = !collector.saw_all();
-  if (const lmx::Diagnostic* fault = reader.diagnostic(); fault != nullptr) {
-    result.error = fault->code;
-    result.name = fault->name;
-    result.path = fault->path;
-    result.line = fault->line;
-    result.column = fault->column;
-    result.message = fault->message();
-  } else {
-    result.message = "valid";
+  result.message = "valid";
+  if (const lmx::Diagnostic* fault = reader.diagnostic(); fault != nullptr) tell(result, *fault);
+  if (collector != nullptr) {
+    result.faults = collector->faults();
+    result.ends_early = !collector->saw_all();
+  }
+  return result;
+}
+
+}  // namespace
+
+CheckResult check_annotation(const std::string& path, const std::optional<std::string>& schema,
+                             Faults wanted) {
+  binding::FaultCollector collector;
+  return bind(path, schema, wanted == Faults::all ? &collector : nullptr);
+}
+
+CheckResult check_leniently(const std::string& path, const std::optional<std::string>& schema) {
+  binding::FaultCollector lenience(level1bProduct::may_be_passed_over);
+  CheckResult result = bind(path, schema, &lenience);
+  if (!result.ends_early && !result.faults.empty()) {
+    CheckResult passed;
+    passed.file = result.file;
+    passed.version = result.version;
+    passed.schema = result.schema;
+    passed.message = "valid";
+    passed.faults = std::move(result.faults);
+    return passed;
+  }
+  // The last fault is the one that ended the read.
+  if (result.ends_early) {
+    tell(result, result.faults.back());
+    result.faults.pop_back();
   }
   return result;
 }
 
 std::string missing_text(const std::string& path, const std::string& schema) {
   return with_root(schema, [&](auto& root) -> std::string {
-    root.unmarshal(path.c_str());
+    bind_leniently(root, path);
     const char* missing = missing_required_text(root.get_level1Product());
     return missing == nullptr ? "" : missing;
   });
@@ -94,7 +129,7 @@ std::string shown(const std::string& name) {
 std::vector<std::string> image_faults(const std::string& path, const std::string& schema) {
   std::vector<std::string> faults;
   with_root(schema, [&](auto& root) {
-    root.unmarshal(path.c_str());
+    bind_leniently(root, path);
     const auto named = root.get_level1Product().get_productComponents().size_imageData();
     const std::int32_t wanted = root.numberOfLayers();
     if (wanted > 0 && static_cast<std::uint32_t>(wanted) > named) {

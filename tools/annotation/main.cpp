@@ -102,6 +102,9 @@ Results go to standard output, remarks and errors to standard error. Exit status
 
 constexpr const char* product_help = "The product: its annotation (.xml) or its folder";
 
+constexpr const char* lenient_help =
+    "Pass over values that no pixel needs, and warn of them instead";
+
 struct Options {
   std::vector<std::string> files;
   std::string file;
@@ -110,6 +113,7 @@ struct Options {
   bool json = false;
   bool images = false;
   bool all = false;
+  bool lenient = false;
   bool overwrite = false;
 
   std::optional<std::string> chosen_schema() const {
@@ -133,7 +137,9 @@ std::string annotation_of(const std::string& given) {
 
 // The same for one of several, of which the others are still to be told.
 CheckResult check_given(const std::string& given, const Options& options) try {
-  return check_annotation(annotation_of(given), options.chosen_schema(),
+  const std::string annotation = annotation_of(given);
+  if (options.lenient) return check_leniently(annotation, options.chosen_schema());
+  return check_annotation(annotation, options.chosen_schema(),
                           options.all ? Faults::all : Faults::first);
 } catch (const gridkit::Error& error) {
   CheckResult refused = check_annotation(given, options.chosen_schema());
@@ -162,20 +168,33 @@ bool check_its_images(const CheckResult& valid, bool as_text, nlohmann::ordered_
   return !check->has_serious();
 }
 
+// Tells what a lenient check passed over.
+void warn_of_faults(const CheckResult& result) {
+  for (const lmx::Diagnostic& fault : result.faults) {
+    warn(program, result.text_of(fault) + "; passed over");
+  }
+}
+
 int check(const Options& options) {
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
   bool all_good = true;
   for (const std::string& file : options.files) {
     const CheckResult result = check_given(file, options);
     nlohmann::ordered_json json = as_json(result);
-    if (options.all) json["faults"] = faults_as_json(result);
+    if (options.all || options.lenient) json["faults"] = faults_as_json(result);
+    if (options.lenient) warn_of_faults(result);
     if (result.error != 0) {
-      print_faults(result);
+      if (options.lenient) {
+        complain(program, result.text());
+      } else {
+        print_faults(result);
+      }
       all_good = false;
     } else {
       if (!options.json) {
         std::cout << result.file << ": valid in schema " << result.schema << ", version text "
-                  << result.version.value_or("not found on line 7") << '\n';
+                  << result.version.value_or("not found on line 7")
+                  << (result.faults.empty() ? "" : ", but for what was passed over") << '\n';
       }
       if (options.images) all_good = check_its_images(result, !options.json, json) && all_good;
     }
@@ -187,8 +206,11 @@ int check(const Options& options) {
 
 // A valid annotation and its schema. Throws gridkit::Error otherwise.
 CheckResult valid_annotation(const Options& options) {
-  CheckResult result = check_annotation(annotation_of(options.file), options.chosen_schema());
+  const std::string annotation = annotation_of(options.file);
+  CheckResult result = options.lenient ? check_leniently(annotation, options.chosen_schema())
+                                       : check_annotation(annotation, options.chosen_schema());
   if (result.error != 0) throw gridkit::Error(result.text());
+  warn_of_faults(result);
   return result;
 }
 
@@ -230,7 +252,9 @@ int run(int argc, char** argv) {
       ->add_option("PRODUCT", options.files, "Products: their annotations (.xml) or their folders")
       ->required();
   check_command->add_flag("--json", options.json, "As JSON on standard output");
-  check_command->add_flag("--all", options.all, "List every fault that can be told, not the first");
+  auto* all = check_command->add_flag("--all", options.all,
+                                      "List every fault that can be told, not the first");
+  check_command->add_flag("--lenient", options.lenient, lenient_help)->excludes(all);
   check_command->add_flag("--images", options.images,
                           "Compare the image files' headers with the annotation too");
   add_schema(check_command);
@@ -239,6 +263,7 @@ int run(int argc, char** argv) {
       app.add_subcommand("view", "Show what the plug-in reads of an annotation, one value a line");
   view_command->add_option("PRODUCT", options.file, product_help)->required();
   view_command->add_flag("--json", options.json, "As JSON on standard output");
+  view_command->add_flag("--lenient", options.lenient, lenient_help);
   add_schema(view_command);
 
   CLI::App* rewrite_command =

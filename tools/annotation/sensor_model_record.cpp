@@ -79,10 +79,10 @@ gridkit::NonStandardData encoded(const RadarGenericModel& model) {
 }  // namespace
 
 std::optional<gridkit::NonStandardData> sensor_model_record(const std::string& path) {
-  const CheckResult check = check_annotation(path);
+  const CheckResult check = check_leniently(path);
   if (check.error != 0 || !missing_text(path, check.schema).empty()) return std::nullopt;
   return with_root(check.schema, [&](auto& root) -> std::optional<gridkit::NonStandardData> {
-    root.unmarshal(path.c_str());
+    bind_leniently(root, path);
     ModelledProduct product(root);
     if (!product.has_model()) return std::nullopt;
     const gridkit::ReportCollector reports;

@@ -161,7 +161,7 @@ std::string unit_of(std::string_view accessor, bool is_complex) {
 
 nlohmann::ordered_json view_of(const std::string& path, const std::string& schema) {
   return with_root(schema, [&](auto& root) {
-    root.unmarshal(path.c_str());
+    bind_leniently(root, path);
     return collect(root);
   });
 }

@@ -9,6 +9,7 @@
 #include "gridkit/report.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
+#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
 
@@ -20,11 +21,23 @@ void load_preferences(const std::string& path) {
   throw gridkit::Error(message);
 }
 
+// What is wrong with an annotation, and what leniency does about it.
+[[noreturn]] void explain_fault(const CheckResult& check, const gridkit::Error& refusal,
+                                bool lenient) {
+  std::string sentence = check.text();
+  if (lenient) {
+    sentence += "; --lenient does not pass over it";
+  } else if (check_leniently(check.file).error == 0) {
+    sentence += "; --lenient reads the product over it";
+  }
+  throw gridkit::Error(sentence, {}, refusal.calls());
+}
+
 // Why a plug-in refused a file: the place in the annotation, or what is wrong with its images.
 [[noreturn]] void explain(const gridkit::Plugin& plugin, std::int32_t title,
-                          const std::string& path, const gridkit::Error& refusal) {
-  const CheckResult check = check_annotation(path);
-  if (check.error != 0) throw gridkit::Error(check.text(), {}, refusal.calls());
+                          const std::string& path, const gridkit::Error& refusal, bool lenient) {
+  const CheckResult check = lenient ? check_leniently(path) : check_annotation(path);
+  if (check.error != 0) explain_fault(check, refusal, lenient);
   const std::string missing = missing_text(path, check.schema);
   if (!missing.empty()) {
     throw gridkit::Error(
@@ -46,9 +59,22 @@ void load_preferences(const std::string& path) {
       refusal.calls());
 }
 
+// Over the plug-in's companion, with a warning for each value that was passed over.
+gridkit::Product open_leniently(gridkit::Plugin& plugin, std::int32_t title,
+                                const std::string& path) {
+  try {
+    gridkit::Product product = plugin.open_leniently(path);
+    for (const std::string& remark : product.passed_over()) warn(remark + "; passed over");
+    warn(path + ": read without its plug-in, which alone publishes its data and its map");
+    return product;
+  } catch (const gridkit::Error& error) {
+    explain(plugin, title, path, error, true);
+  }
+}
+
 }  // namespace
 
-Host::Host(const HostOptions& options) {
+Host::Host(const HostOptions& options) : lenient_(options.lenient) {
   // Where the user's preferences say nothing else, products of sister satellites are welcome.
   gkp_SetNumberPreference("tsx", "sister_satellites", 1, nullptr);
   if (!options.preferences.empty()) load_preferences(options.preferences);
@@ -67,7 +93,8 @@ gridkit::Product Host::open(const std::string& given) const {
   try {
     return found.plugin->open(found.path);
   } catch (const gridkit::Error& error) {
-    explain(*found.plugin, found.title, found.path, error);
+    if (lenient_) return open_leniently(*found.plugin, found.title, found.path);
+    explain(*found.plugin, found.title, found.path, error, false);
   }
 }
 

@@ -16,6 +16,7 @@ struct HostOptions {
   std::string plugins;      // folder; empty: the one beside the toolkit's library
   std::string preferences;  // file; empty: none
   bool debug = false;       // turns the debug channel on
+  bool lenient = false;     // products that their plug-in refuses are opened leniently
 };
 
 // A product whose annotation is valid but whose images are missing or cannot be read; the text
@@ -50,11 +51,13 @@ class Host {
   std::string find(const std::string& given) const;
 
   // Opens a product; its path() is the file that find() gives. Throws gridkit::Error whose sentence
-  // says what is wrong with the file and where, MissingImages for one.
+  // says what is wrong with the file and where, MissingImages for one. What a lenient open passes
+  // over is told on standard error.
   gridkit::Product open(const std::string& given) const;
 
  private:
   gridkit::RecognisedProduct recognise(const std::string& given) const;
 
   std::optional<gridkit::Opener> opener_;
+  bool lenient_;
 };

@@ -104,6 +104,8 @@ std::vector<std::string> warnings_of(const gridkit::Product& product) {
     warnings.push_back(map.not_known);
     warn(map.not_known);
   }
+  const auto passed_over = product.passed_over();
+  warnings.insert(warnings.end(), passed_over.begin(), passed_over.end());  // told by the host
   return warnings;
 }
 

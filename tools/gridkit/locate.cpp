@@ -58,7 +58,7 @@ struct Placed {
 // Why the images of a valid annotation cannot be read; none where they can, or where it is the
 // annotation that is at fault.
 std::vector<std::string> faults_of_images(const std::string& path) {
-  const CheckResult check = check_annotation(path);
+  const CheckResult check = check_leniently(path);
   if (check.error != 0) return {};
   return image_faults(path, check.schema);
 }
@@ -68,7 +68,12 @@ std::vector<std::string> faults_of_images(const std::string& path) {
 Placed place(const Host& host, const std::string& given) {
   try {
     const gridkit::Product product = host.open(given);
-    return {product.path(), rmdllib::Placement(product)};
+    if (!product.is_over_samples()) return {product.path(), rmdllib::Placement(product)};
+    // Without its plug-in nothing publishes the model.
+    const auto model = sensor_model_record(product.path());
+    if (!model)
+      throw gridkit::Error(product.path() + ": its plug-in, which alone tells the map, refuses it");
+    return {product.path(), rmdllib::Placement(*model)};
   } catch (const gridkit::Error&) {
     const std::string path = host.find(given);
     const std::vector<std::string> faults = faults_of_images(path);

@@ -33,6 +33,16 @@ void show_calls(const gridkit::Error& error) {
   if (!error.calls().empty()) std::cerr << "gridkit: debug: " << error.calls() << '\n';
 }
 
+// For every verb that opens a product.
+void offer_leniency(CLI::App& app, HostOptions& options) {
+  for (CLI::App* verb :
+       app.get_subcommands([](CLI::App* any) { return any->get_name() != "formats"; })) {
+    verb->add_flag(
+        "--lenient", options.lenient,
+        "Read a product that is refused for values that no pixel needs, and warn of them");
+  }
+}
+
 int run(int argc, char** argv) {
   settle_memory_use();
   CLI::App app(description, "gridkit");
@@ -51,6 +61,7 @@ int run(int argc, char** argv) {
                     add_data, add_locate, add_report}) {
     add(app, chosen);
   }
+  offer_leniency(app, options);
   head_verbs(app);
   return run_program(app, argc, argv, [&] {
     watch_for_interruption();

@@ -13,6 +13,7 @@
 #include "gridkit/os_error.h"
 #include "gridkit/product.h"
 #include "gridkit/report.h"
+#include "gridkit/samples.h"
 #include "gridkit/services/host_texts.h"
 #include "gridkit/services/open_scope.h"
 #include "handlepool/handlepool.h"
@@ -112,6 +113,12 @@ Product Plugin::open(const std::string& path, const std::string& mode) {
     throw Error(path + ": cannot be opened", why.empty() ? reports.cause() : why, calls);
   }
   return Product(shared_from_this(), record, path, title);
+}
+
+Product Plugin::open_leniently(const std::string& path) {
+  const auto title = identify(path);
+  if (!title) throw Error(path + ": not a file of the format " + format_.titles.at(0));
+  return Product(shared_from_this(), Samples::open_leniently(*this, path), path, *title);
 }
 
 PluginFolder load_plugins(const std::filesystem::path& folder) {

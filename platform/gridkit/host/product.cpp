@@ -10,6 +10,7 @@
 
 #include "gridkit/dictionary.h"
 #include "gridkit/host/exports.h"
+#include "gridkit/host/sampled_layer.h"
 #include "gridkit/samples.h"
 #include "gridkit/services/host_texts.h"
 
@@ -19,7 +20,7 @@ namespace gridkit {
 struct Record {
   std::shared_ptr<Plugin> plugin;
   const Exports* exports;
-  FileHandle handle;
+  FileHandle handle;  // null: opened leniently, over its samples alone
   std::string path;
   std::int32_t title;
   std::mutex samples_mutex;
@@ -37,7 +38,11 @@ struct Record {
         title(title_index) {}
   Record(const Record&) = delete;
   Record& operator=(const Record&) = delete;
-  ~Record() { exports->FileClose(handle); }
+  ~Record() {
+    if (handle != nullptr) exports->FileClose(handle);
+  }
+
+  bool is_over_samples() const { return handle == nullptr; }
 };
 
 namespace {
@@ -93,6 +98,23 @@ Product::Product(std::shared_ptr<Plugin> plugin, void* record, const std::string
   records().by_handle[record] = record_;
 }
 
+Product::Product(std::shared_ptr<Plugin> plugin, Samples samples, const std::string& path,
+                 std::int32_t title) {
+  const Exports* exports = plugin->exports_.get();
+  record_ = std::make_shared<Record>(std::move(plugin), exports, nullptr, path, title);
+  record_->layer_names = names_of(sampled_layers(samples));
+  record_->samples = std::move(samples);
+}
+
+bool Product::is_over_samples() const {
+  return record_->is_over_samples();
+}
+
+std::vector<std::string> Product::passed_over() const {
+  if (!is_over_samples()) return {};
+  return samples().passed_over();
+}
+
 const std::string& Product::path() const {
   return record_->path;
 }
@@ -118,6 +140,7 @@ std::vector<std::string> Product::layer_names() const {
 }
 
 std::vector<std::string> Product::data_names() const {
+  if (record_->is_over_samples()) return {};
   const ReportCollector reports;
   std::int32_t count = 0;
   char** names = nullptr;
@@ -129,6 +152,7 @@ std::vector<std::string> Product::data_names() const {
 }
 
 std::optional<NonStandardData> Product::read_data(const std::string& name) const {
+  if (record_->is_over_samples()) return std::nullopt;
   const ReportCollector reports;
   const DictionaryRelease release;
   void* data = nullptr;
@@ -160,6 +184,15 @@ Layer Product::open_layer(const std::string& name) const {
 
 Layer::Layer(std::shared_ptr<Record> record, std::string name)
     : record_(std::move(record)), name_(std::move(name)) {
+  if (record_->is_over_samples()) {
+    const SampledLayer layer = find_sampled_layer(*record_->samples, record_->path, name_);
+    pixel_type_ = layer.pixel_type();
+    layer_type_ = entry(record_->plugin->format().layer_types, 0, "layer type");
+    width_ = layer.width;
+    height_ = layer.height;
+    block_width_ = block_height_ = sampled_block_size;
+    return;
+  }
   const ReportCollector reports;
   std::int32_t pixel_type = -1;
   std::int32_t layer_type = -1;
@@ -215,6 +248,10 @@ bool Layer::read_block(std::int32_t row, std::int32_t column,
                 std::to_string(height) + " pixels are too large; see import.default_block_size");
   }
   pixels.assign(width * height, 0);
+  if (record_->is_over_samples()) {
+    const SampledLayer layer = find_sampled_layer(*record_->samples, record_->path, name_);
+    return read_sampled_block(*record_->samples, layer, row, column, pixels);
+  }
   void* block = pixels.data();
   if (record_->exports->LayerRasterRead(handle_, row, column, &block) != 0) {
     refuse(record_->path + ": block " + std::to_string(row) + ", " + std::to_string(column) +
@@ -225,6 +262,7 @@ bool Layer::read_block(std::int32_t row, std::int32_t column,
 }
 
 std::optional<MapInfo> Layer::map_info() const {
+  if (record_->is_over_samples()) return std::nullopt;
   const ReportCollector reports;
   // No map is told by outs that stay as they were.
   constexpr double untouched = std::numeric_limits<double>::quiet_NaN();
@@ -244,6 +282,7 @@ std::optional<MapInfo> Layer::map_info() const {
 }
 
 std::optional<MapProjection> Layer::map_projection() const {
+  if (record_->is_over_samples()) return std::nullopt;
   const ReportCollector reports;
   char* name = nullptr;
   std::array<MifValue, 8> v{};

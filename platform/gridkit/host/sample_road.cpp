@@ -5,6 +5,7 @@
 #include <span>
 
 #include "gridkit/host/first_refused.h"
+#include "gridkit/host/sampled_layer.h"
 
 namespace gridkit {
 
@@ -36,6 +37,10 @@ void check_extent(const SampleRoad& road, const Window& window) {
 
 std::optional<SampleRoad> sample_road_to(const Product& product, const Layer& layer) try {
   Samples samples = product.samples();
+  if (product.is_over_samples()) {
+    const SampledLayer sampled = find_sampled_layer(samples, product.path(), layer.name());
+    return SampleRoad{std::move(samples), sampled.image, sampled.form};
+  }
   const auto names = product.layer_names();
   const auto place = std::find(names.begin(), names.end(), layer.name()) - names.begin();
   const auto& images = samples.images();

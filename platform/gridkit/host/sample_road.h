@@ -19,8 +19,9 @@ struct SampleRoad {
   SampleForm form;
 };
 
-// The road to a layer; nothing where the plug-in has no companion, the companion does not open the
-// product, or it says of no complex image that the layer is made of it.
+// The road to a layer; that of a product without its plug-in always has one. Nothing where the
+// plug-in has no companion, the companion does not open the product, or it says of no complex image
+// that the layer is made of it.
 std::optional<SampleRoad> sample_road_to(const Product& product, const Layer& layer);
 
 // Reads a window over it, as read_window tells; the window was checked. A line of which a part came

@@ -56,6 +56,10 @@ SampleImage image_of(const gkc_Image& image) {
   if (image.magnitude_layer >= 0) described.magnitude_layer = image.magnitude_layer;
   if (image.phase_layer >= 0) described.phase_layer = image.phase_layer;
   described.image_file = image.image_file;
+  if (image.magnitude_layer_name != nullptr) {
+    described.magnitude_layer_name = image.magnitude_layer_name;
+  }
+  if (image.phase_layer_name != nullptr) described.phase_layer_name = image.phase_layer_name;
   return described;
 }
 
@@ -108,12 +112,13 @@ struct Samples::Open {
   std::string path;
   gkc_Product* product = nullptr;
   std::vector<SampleImage> images;
+  std::vector<std::string> passed_over;
 
-  Open(std::shared_ptr<const gkc_Companion> table, std::string description,
+  Open(std::shared_ptr<const gkc_Companion> table, std::string description, bool lenient,
        bool without_images = false)
       : companion(std::move(table)), path(std::move(description)) {
     const OpenScope scope(path);
-    const gkc_OpenOptions options{sizeof(gkc_OpenOptions), without_images ? 1 : 0};
+    const gkc_OpenOptions options{sizeof(gkc_OpenOptions), without_images ? 1 : 0, lenient ? 1 : 0};
     gkc_Error error = no_error();
     if (companion->open(path.c_str(), &options, &product, &error) != gkc_NoError) {
       throw SampleError(error, {});
@@ -161,6 +166,17 @@ struct Samples::Open {
     return found;
   }
 
+  void list_remarks() {
+    if (!GKC_HAS(companion, gkc_Companion, describe_remark)) return;
+    for (std::int32_t i = 0; i < companion->remark_count(product); ++i) {
+      gkc_Error remark = no_error();
+      if (companion->describe_remark(product, i, &remark) != gkc_NoError) {
+        throw SampleError(remark, {});
+      }
+      passed_over.emplace_back(remark.message);
+    }
+  }
+
   // The companion's own read; how far it came, and in `error` why no farther.
   Delivered read(std::size_t image, const SampleWindow& window, void* data,
                  std::int64_t line_stride, std::int64_t sample_stride, gkc_Error& error) const {
@@ -176,9 +192,22 @@ struct Samples::Open {
 Samples::Samples(std::shared_ptr<const Open> open) : open_(std::move(open)) {}
 
 Samples Samples::open(const Plugin& plugin, const std::string& path) {
-  const auto opened = std::make_shared<Open>(load_companion(companion_path(plugin)), path);
+  return open(plugin, path, false);
+}
+
+Samples Samples::open_leniently(const Plugin& plugin, const std::string& path) {
+  return open(plugin, path, true);
+}
+
+Samples Samples::open(const Plugin& plugin, const std::string& path, bool lenient) {
+  const auto opened = std::make_shared<Open>(load_companion(companion_path(plugin)), path, lenient);
   opened->describe();
+  opened->list_remarks();
   return Samples(opened);
+}
+
+const std::vector<std::string>& Samples::passed_over() const {
+  return open_->passed_over;
 }
 
 const std::vector<SampleImage>& Samples::images() const {
@@ -310,7 +339,7 @@ FoundGrid Samples::find_grid(const Plugin& plugin, const std::string& path) {
   const auto companion = load_companion(library);
   // An older companion knows no product without images.
   if (!GKC_HAS(companion, gkc_Companion, describe_grid)) return {};
-  return Open(companion, path, true).geolocation_grid();
+  return Open(companion, path, true, true).geolocation_grid();
 }
 
 FoundGrid find_geolocation_grid(const Plugin& plugin, const std::string& path) try {

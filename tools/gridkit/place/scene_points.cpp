@@ -32,7 +32,7 @@ ScenePoint point(std::string name, const Coordinates& place) {
 
 std::vector<ScenePoint> read_scene_points(const std::string& path, const std::string& schema) {
   return with_root(schema, [&](auto& root) {
-    root.unmarshal(path.c_str());
+    bind_leniently(root, path);
     const auto& scene = root.get_level1Product().get_productInfo().get_sceneInfo();
     std::vector<ScenePoint> points = {point("centre", scene.get_sceneCenterCoord())};
     for (std::size_t i = 0; i < scene.size_sceneCornerCoord(); ++i) {

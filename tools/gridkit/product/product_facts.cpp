@@ -132,10 +132,10 @@ void add_calibration(const Product& product, ProductFacts& facts) {
 }  // namespace
 
 std::optional<ProductFacts> read_facts(const std::string& annotation) {
-  const CheckResult check = check_annotation(annotation);
+  const CheckResult check = check_leniently(annotation);
   if (check.error != 0) return std::nullopt;
   return with_root(check.schema, [&](auto& root) {
-    root.unmarshal(annotation.c_str());
+    bind_leniently(root, annotation);
     const auto& product = std::as_const(root.get_level1Product());
     ProductFacts facts;
     facts.name = std::filesystem::path(annotation).stem().string();

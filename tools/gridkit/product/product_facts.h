@@ -71,5 +71,6 @@ struct ProductFacts {
   std::vector<ImageCalibration> calibration;  // one entry an image, in the annotation's order
 };
 
-// Nothing for a file that is no valid annotation, whose product another plug-in opened.
+// Nothing for a file that is no annotation, whose product another plug-in opened. Values that a
+// lenient open passes over are as they stand.
 std::optional<ProductFacts> read_facts(const std::string& annotation);

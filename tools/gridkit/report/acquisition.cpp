@@ -246,7 +246,7 @@ double Polynomial::value(double at) const {
 
 Acquisition read_acquisition(const std::string& path, const std::string& schema) {
   return with_root(schema, [&](auto& root) {
-    root.unmarshal(path.c_str());
+    bind_leniently(root, path);
     const auto& product = std::as_const(root).get_level1Product();
     const auto& start = product.get_productInfo().get_sceneInfo().get_start().get_timeUTC();
     Acquisition result;

@@ -6,12 +6,14 @@
 #include <vector>
 
 #include "binding/document.h"
+#include "binding/fault_collector.h"
 #include "level1bProduct40/version40.h"
-#include "tools/annotation/fault_collector.h"
+#include "schema/lenience.h"
 
 namespace {
 
 using namespace version40;
+using binding::FaultCollector;
 
 struct Listed {
   std::vector<std::string> faults;  // "CODE NAME at PATH"
@@ -95,18 +97,78 @@ TEST(FaultCollector, TellsAListWithoutEntriesOnce) {
             Faults{"21 beamID at /beamList"});
 }
 
-// 29: an element in a text, 101: the document ends early. Nothing after them can be trusted.
-TEST(FaultCollector, EndsWhereATextOrTheDocumentCannotBeRead) {
-  EXPECT_EQ(list<c_imagingMode>("<imagingMode><x/></imagingMode>").faults,
-            Faults{"29 imagingMode at /imagingMode"});
-  const Listed attribute =
-      list<c_floatVector>("<floatVector><x a='1'>5</x><y>b</y><z>3</z></floatVector>");
-  EXPECT_EQ(attribute.faults, Faults{"39 x at /floatVector/x"});
-  EXPECT_FALSE(attribute.saw_all);
+// 29: an element in a text, 39: an attribute where none may be. The rest of such an element is
+// skipped, whatever it holds and however it ends.
+TEST(FaultCollector, GoesOnAfterATextThatCannotBeRead) {
+  const std::string rest = "<y>b</y><z>3</z></floatVector>";
+  for (const auto& [x, fault] : {std::pair("<x a='1'>5</x>", "39"),
+                                 {"<x a='1'/>", "39"},
+                                 {"<x><w/></x>", "29"},
+                                 {"<x>1<w>2<v/></w>3</x>", "29"},
+                                 {"<x a='1'><x>4</x></x>", "39"}}) {
+    const Listed listed = list<c_floatVector>(std::string("<floatVector>") + x + rest);
+    EXPECT_EQ(listed.faults,
+              (Faults{std::string(fault) + " x at /floatVector/x", "35 y at /floatVector/y"}))
+        << x;
+    EXPECT_TRUE(listed.saw_all) << x;
+  }
+  const Listed own = list<c_imagingMode>("<imagingMode>SM<x/></imagingMode>");
+  EXPECT_EQ(own.faults, Faults{"29 imagingMode at /imagingMode"});
+  EXPECT_TRUE(own.saw_all);
+}
+
+// 101: the document ends early, 3: an attribute twice. Nothing after them can be trusted.
+TEST(FaultCollector, EndsWhereTheDocumentCannotBeRead) {
   const Listed cut = list<c_floatVector>("<floatVector><x>one</x>");
   ASSERT_EQ(cut.faults.size(), 2U);
   EXPECT_EQ(cut.faults[1].substr(0, 3), "101");
   EXPECT_FALSE(cut.saw_all);
+  const Listed in_a_text = list<c_floatVector>("<floatVector><x a='1'>one");
+  EXPECT_EQ(in_a_text.faults, Faults{"39 x at /floatVector/x"});
+  EXPECT_FALSE(in_a_text.saw_all);
+  const Listed twice = list<c_floatVector>("<floatVector><x a='1' a='1'>1</x></floatVector>");
+  EXPECT_EQ(twice.faults, Faults{"3 x at /floatVector/x"});
+  EXPECT_FALSE(twice.saw_all);
+}
+
+TEST(FaultCollector, LetsPassNoMoreThanItIsTold) {
+  const std::string document = "<floatVector><x>a</x><y>b</y><z>c</z></floatVector>";
+  lmx::c_xml_reader_memory reader(document.data(), document.size());
+  FaultCollector collector([](const lmx::Diagnostic& fault) { return fault.name == "x"; });
+  collector.watch(reader);
+  c_floatVector object;
+  EXPECT_EQ(binding::read_document(c_floatVector::s_description, &object, reader), 35);
+  ASSERT_EQ(collector.faults().size(), 2U);
+  EXPECT_EQ(collector.faults()[1].name, "y");
+  EXPECT_FALSE(collector.saw_all());
+}
+
+lmx::Diagnostic fault_at(const std::string& path, int code) {
+  lmx::Diagnostic fault;
+  fault.code = lmx::elmx_error{code};
+  fault.path = path;
+  return fault;
+}
+
+TEST(Lenience, PassesOverTextsAndAttributesThatNothingNeeds) {
+  using level1bProduct::may_be_passed_over;
+  const std::string sensor = "/level1Product/platform/orbit/orbitHeader/sensor";
+  for (const int code : {19, 36, 37, 38, 39})
+    EXPECT_TRUE(may_be_passed_over(fault_at(sensor, code)));
+  // No value of its type, an element inside, missing, out of place.
+  for (const int code : {35, 29, 21, 10, 25, 31, 3, 101}) {
+    EXPECT_FALSE(may_be_passed_over(fault_at(sensor, code))) << code;
+  }
+}
+
+TEST(Lenience, PassesOverNothingBelowWhatIsNeeded) {
+  using level1bProduct::may_be_passed_over;
+  const std::string info = "/level1Product/productInfo/";
+  EXPECT_FALSE(may_be_passed_over(fault_at(info + "imageDataInfo", 39)));
+  EXPECT_FALSE(may_be_passed_over(fault_at(info + "imageDataInfo/imageRaster/numberOfRows", 36)));
+  EXPECT_TRUE(may_be_passed_over(fault_at(info + "imageDataInfoOfAnotherKind", 38)));
+  EXPECT_TRUE(may_be_passed_over(fault_at(info + "missionInfo/absOrbit", 37)));
+  EXPECT_TRUE(may_be_passed_over(fault_at("/level1Product/productInfo", 39)));
 }
 
 TEST(FaultCollector, ListsNoMoreThanItWasAllowed) {

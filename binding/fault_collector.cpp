@@ -1,17 +1,27 @@
-#include "tools/annotation/fault_collector.h"
+#include "binding/fault_collector.h"
 
 #include <string_view>
 
 #include "binding/read_value.h"
 
+namespace binding {
+
 namespace {
 
 using lmx::Diagnostic;
 
+// Whether the reader stands inside the element whose text was refused, so that the rest of it must
+// be skipped.
+bool is_inside_a_text(const Diagnostic& fault) {
+  const bool is_refused =
+      fault.code == lmx::error_unreadable_element || fault.code == lmx::error_unknown_attribute;
+  return is_refused && (fault.expected == expected_text || fault.expected == expected_markup);
+}
+
 // Whether the reader stands at the next element or value after such a fault was let pass.
 bool keeps_its_place(const Diagnostic& fault) {
   // The reader's own faults come without a word of what was expected.
-  if (fault.expected.empty() || fault.expected == binding::expected_text) return false;
+  if (fault.expected.empty() || fault.expected == expected_text) return false;
   switch (fault.code) {
     case lmx::error_too_long:
     case lmx::error_required_element_missing:
@@ -46,12 +56,17 @@ bool repeats(const Diagnostic& fault, const Diagnostic& earlier) {
 }  // namespace
 
 void FaultCollector::watch(lmx::c_xml_reader& reader) {
-  reader.set_policy([this](const Diagnostic& fault) { return judge(fault); });
+  reader.set_policy([&reader, this](const Diagnostic& fault) { return judge(reader, fault); });
 }
 
-lmx::elmx_error FaultCollector::judge(const Diagnostic& fault) {
+bool FaultCollector::can_pass(lmx::c_xml_reader& reader, const Diagnostic& fault) const {
+  if (faults_.size() == most_ || (lets_pass_ && !lets_pass_(fault))) return false;
+  return is_inside_a_text(fault) ? reader.skip_refused_text() : keeps_its_place(fault);
+}
+
+lmx::elmx_error FaultCollector::judge(lmx::c_xml_reader& reader, const Diagnostic& fault) {
   if (!faults_.empty() && repeats(fault, faults_.back())) return {};
-  if (keeps_its_place(fault) && faults_.size() < most_) {
+  if (can_pass(reader, fault)) {
     faults_.push_back(fault);
     return {};
   }
@@ -73,3 +88,5 @@ lmx::elmx_error FaultCollector::judge(const Diagnostic& fault) {
   if (faults_.size() < most_) faults_.push_back(fault);
   return fault.code;
 }
+
+}  // namespace binding
