@@ -98,8 +98,10 @@ gridkit::Product Host::open(const std::string& given) const {
   }
 }
 
-gridkit::RecognisedProduct Host::recognise(const std::string& given) const try {
-  return opener_->recognise(given);
-} catch (const gridkit::NotRecognised& error) {
-  throw gridkit::Error(std::string(error.what()) + "; see `gridkit formats`");
+gridkit::RecognisedProduct Host::recognise(const std::string& given) const {
+  try {
+    return opener_->recognise(given);
+  } catch (const gridkit::NotRecognised& error) {
+    throw gridkit::Error(std::string(error.what()) + "; see `gridkit formats`");
+  }
 }

@@ -243,10 +243,8 @@ struct RadiometricLines::Work {
 };
 
 RadiometricLines::RadiometricLines(std::shared_ptr<const Radiometry> radiometry,
-                                   std::int64_t first_sample, std::int64_t sample_step) {
-  const Radiometry::Tables& tables = *radiometry->tables_;
-  work_ = std::make_unique<Work>(std::move(radiometry), tables, first_sample, sample_step);
-}
+                                   std::int64_t first_sample, std::int64_t sample_step)
+    : work_(std::make_unique<Work>(radiometry, *radiometry->tables_, first_sample, sample_step)) {}
 
 RadiometricLines::RadiometricLines(RadiometricLines&&) noexcept = default;
 RadiometricLines::~RadiometricLines() = default;
