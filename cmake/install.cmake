@@ -24,6 +24,8 @@ set(public_headers
   gridkit/error.h
   gridkit/export.h
   gridkit/file.h
+  gridkit/geolocation_grid.h
+  gridkit/image_radiometry.h
   gridkit/image_reader.h
   gridkit/indexed_png.h
   gridkit/instance.h
@@ -39,6 +41,7 @@ set(public_headers
   gridkit/preference.h
   gridkit/product.h
   gridkit/product_path.h
+  gridkit/radiometry.h
   gridkit/raster_header.h
   gridkit/raster_writer.h
   gridkit/record_decoder.h
@@ -51,6 +54,7 @@ set(public_headers
   gridkit/whole_file.h
   handlepool/handlepool.h
   rmdllib/ellipsoid.h
+  rmdllib/incidence.h
   rmdllib/model_ephemeris.h
   rmdllib/orbit_track.h
   rmdllib/placement.h

@@ -170,6 +170,8 @@ std::int32_t describe_noise(const gkc_Product* product, std::int32_t number, gkc
     filled.polynomial_size = sizeof(gkc_NoisePolynomial);
     filled.polynomials = facts.polynomials.data();
     filled.coefficients = facts.coefficients.data();
+    filled.earliest_line = facts.earliest_line;
+    filled.latest_line = facts.latest_line;
     fill(noise, filled);
   });
 }

@@ -17,6 +17,8 @@ namespace companion {
 struct NoiseFacts {
   std::vector<gkc_NoisePolynomial> polynomials;  // by rising azimuth time
   std::vector<double> coefficients;
+  double earliest_line = 0;  // azimuth times of the scene's outermost lines
+  double latest_line = 0;
   std::string fault;    // in words, after the element; empty where there are polynomials
   std::string element;  // that the fault is about
 };
@@ -40,8 +42,11 @@ std::vector<double> coefficients_of(const Polynomial& polynomial) {
 }
 
 template <class Noise>
-NoiseFacts noise_of_table(const Noise& noise, const lmx::c_datetime& scene_start) {
+NoiseFacts noise_of_table(const Noise& noise, const lmx::c_datetime& scene_start,
+                          const lmx::c_datetime& scene_stop) {
   NoiseFacts facts;
+  facts.earliest_line = seconds_since_midnight(scene_start, scene_start);
+  facts.latest_line = seconds_since_midnight(scene_stop, scene_start);
   const auto fail = [&](const char* element, const std::string& fault) {
     NoiseFacts failed;
     failed.element = std::string("/level1Product/noise") + element;
@@ -79,7 +84,8 @@ NoiseFacts noise_of_table(const Noise& noise, const lmx::c_datetime& scene_start
 // beams or channels, samples do not tell theirs.
 template <class Product>
 NoiseFacts noise_facts(const Product& product, const std::string& polarisation,
-                       const std::optional<std::string>& beam, const lmx::c_datetime& scene_start) {
+                       const std::optional<std::string>& beam, const lmx::c_datetime& scene_start,
+                       const lmx::c_datetime& scene_stop) {
   std::vector<std::size_t> found;
   for (std::size_t i = 0; i < product.size_noise(); ++i) {
     const auto& noise = product.get_noise(i);
@@ -87,7 +93,8 @@ NoiseFacts noise_facts(const Product& product, const std::string& polarisation,
     if (beam && noise.isset_beamID() && noise.get_beamID() != *beam) continue;
     found.push_back(i);
   }
-  if (found.size() == 1) return noise_of_table(product.get_noise(found.front()), scene_start);
+  if (found.size() == 1)
+    return noise_of_table(product.get_noise(found.front()), scene_start, scene_stop);
   NoiseFacts none;
   none.element = "/level1Product/noise";
   none.fault = found.empty() ? "there is none of " + polarisation

@@ -155,10 +155,10 @@ ProductFacts facts_of(const Product& product, const std::string& path) {
     std::optional<std::string> beam;
     if (image.isset_beamID()) beam = image.get_beamID();
     const std::string& polarisation = image.get_polLayer();
-    facts.files.push_back({below(folder, image.get_file()), polarisation,
-                           calibration_factor(product, polarisation, beam),
-                           burst_starts(product, polarisation, beam),
-                           noise_facts(product, polarisation, beam, facts.scene.start)});
+    facts.files.push_back(
+        {below(folder, image.get_file()), polarisation,
+         calibration_factor(product, polarisation, beam), burst_starts(product, polarisation, beam),
+         noise_facts(product, polarisation, beam, facts.scene.start, facts.scene.stop)});
   }
   return facts;
 }

@@ -174,6 +174,8 @@ typedef struct gkc_Noise {
   size_t polynomial_size;                  // bytes from one polynomial to the next
   const gkc_NoisePolynomial* polynomials;  // by rising azimuth time; several may share one
   const double* coefficients;
+  double earliest_line;  // azimuth times of the scene's outermost lines, as gkc_NoisePolynomial has
+  double latest_line;    // them
 } gkc_Noise;
 
 typedef struct gkc_Product gkc_Product;

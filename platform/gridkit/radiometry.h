@@ -78,6 +78,8 @@ struct GRIDKIT_API NoiseRecord {
 struct ImageNoise {
   double factor = 0;                 // of the image's own polarisation
   std::vector<NoiseRecord> records;  // by rising azimuth time
+  double earliest_line = 0;          // azimuth times of the scene's outermost lines
+  double latest_line = 0;
 };
 
 // When the lines and samples of an image were seen, as its raster counts them.

@@ -282,7 +282,7 @@ class Calibrated(unittest.TestCase):
             GRIDKIT, "read", product, "X_HH_MAGNITUDE_1", FOLDER / "no.tif", "--calibrate", "beta0"))
 
     def test_what_does_not_go_together_is_wrong_use(self):
-        for options in (("x.png", "--calibrate", "beta0"), ("x.tif", "--calibrate", "sigma0"),
+        for options in (("x.png", "--calibrate", "beta0"), ("x.tif", "--calibrate", "sigma"),
                         ("x.tif", "--calibrate", "beta0", "--stretch")):
             complaint(GRIDKIT, "read", "product", "layer", *options, status=2)
 

@@ -10,6 +10,7 @@
 #include "tools/gridkit/commands.h"
 #include "tools/gridkit/product/image_warning.h"
 #include "tools/gridkit/product/layer_name.h"
+#include "tools/gridkit/read/calibration.h"
 #include "tools/gridkit/read/read_all.h"
 #include "tools/gridkit/read/read_image.h"
 #include "tools/gridkit/read/read_samples.h"
@@ -33,14 +34,17 @@ In place of a layer the name of an image, such as HH, as `gridkit samples` lists
 they are: complex 16-bit integers (half-precision numbers as complex 32-bit floating point), or the
 amplitudes of a detected image. ENVI stores complex integers as complex floating point.
 
---calibrate beta0 writes radar brightness instead, calFactor * DN^2 as 32-bit floating point with the
-factor that the product publishes; beta0-db the same in decibels. Formula and factor stand in the
-file's metadata.
+--calibrate writes backscatter instead, as 32-bit floating point: beta0 = calFactor * DN^2 with the
+factor that the product publishes, sigma0 = beta0 * sin(incidence), gamma0 = beta0 * tan(incidence); with
+-db the same in decibels. The incidence is that of the product's geolocation grid, else of the sensor
+model on the ellipsoid. --subtract-noise takes the instrument's own noise from beta0 first; powers below
+0 stay, in decibels they are NaN. Formula, factor, noise and source of the incidence stand in the file's
+metadata.
 
 Images on a map keep their map. Others get a grid of 15 x 15 ground control points (WGS 84, at the
 scene's average height) in GTiff and COG files, so that gdalwarp and viewers place them.
 
-No data: NaN in calibrated files (of an image on a map a digital number of 0, in decibels any 0), else
+No data: NaN in calibrated files (of an image on a map a digital number of 0, in decibels 0 and less), else
 0, stated in the file where it is on a map or lines are missing.
 
 An output that exists is refused without --overwrite. Whatever ends the program early, no unfinished
@@ -50,6 +54,7 @@ Examples:
   gridkit read PRODUCT X_HH_MAGNITUDE_1 magnitude.tif
   gridkit read PRODUCT X_HH_MAGNITUDE_1 part.tif --window 1000 2000 512 512
   gridkit read PRODUCT X_HH_MAGNITUDE_1 beta0.tif -f COG --calibrate beta0-db
+  gridkit read PRODUCT HH sigma0.tif --calibrate sigma0 --subtract-noise
   gridkit read PRODUCT X_HH_PHASE_2 phase.img
   gridkit read PRODUCT HH complex.tif
   gridkit read PRODUCT X_HH_MAGNITUDE_1 - -f ENVI | sha256sum
@@ -65,6 +70,8 @@ struct ReadRequest {
   std::string folder;                // of every layer's output; empty: one layer is read
   bool raw = false;                  // one block to standard output instead
   std::vector<std::int32_t> block;   // its row and column
+  std::string calibration;           // one of calibration_names(), or empty
+  bool subtract_noise = false;
   ImageRequest image;
 
   // Of LAYER and OUTPUT one or both are missing.
@@ -92,7 +99,10 @@ void complete(ReadRequest& request) {
   if (request.lacks_names()) return;  // told when the product's layers are known
   ImageRequest& image = request.image;
   image.format = chosen_format(request);
-  if (is_calibrated(image.kind) && image.format == OutputFormat::png) {
+  if (!request.calibration.empty()) {
+    image.calibration = calibration_named(request.calibration, request.subtract_noise);
+  }
+  if (image.calibration && image.format == OutputFormat::png) {
     throw CLI::ValidationError("--calibrate",
                                "a PNG holds no floating-point pixels; write GTiff, COG or ENVI");
   }
@@ -193,10 +203,13 @@ void add_read(CLI::App& app, Action& chosen) {
                    "First column, first line, width and height, counted from 0")
       ->expected(4)
       ->type_name("COLUMN LINE WIDTH HEIGHT");
-  auto* calibrate =
-      command->add_option("--calibrate", request->image.kind, "Radar brightness instead of pixels");
-  take_one_of<PixelKind>(calibrate,
-                         {{"beta0", PixelKind::beta0}, {"beta0-db", PixelKind::beta0_decibels}});
+  auto* calibrate = command->add_option("--calibrate", request->calibration,
+                                        "Backscatter instead of pixels; -db: in decibels");
+  take_one_of(calibrate, calibration_names());
+  command
+      ->add_flag("--subtract-noise", request->subtract_noise,
+                 "Without the instrument's own noise, by the product's noise records")
+      ->needs(calibrate);
   command
       ->add_flag_callback(
           "--stretch", [request] { request->image.kind = PixelKind::stretched; },

@@ -50,10 +50,14 @@ std::shared_ptr<const GeolocationGrid> grid_of(const Product& product) try {
   return find_geolocation_grid(product.plugin(), product.path()).grid;
 }
 
-RasterTimes times_of(std::shared_ptr<const RadarGeometry> geometry) {
+// The published model rounds the scene's start and stop to microseconds; those of the noise's own
+// frame are exact. The model tells whether lines run back, and the times of samples.
+RasterTimes times_of(std::shared_ptr<const RadarGeometry> geometry, const ImageNoise& noise) {
   RasterTimes times;
-  times.first_line = geometry->radar_of({0, 0}).time;
-  times.line_interval = geometry->radar_of({1, 0}).time - times.first_line;
+  const bool run_back = geometry->radar_of({1, 0}).time < geometry->radar_of({0, 0}).time;
+  const double interval = (noise.latest_line - noise.earliest_line) / (geometry->lines() - 1);
+  times.first_line = run_back ? noise.latest_line : noise.earliest_line;
+  times.line_interval = run_back ? -interval : interval;
   times.range_time = [geometry = std::move(geometry)](double sample) {
     return 2 * geometry->radar_of({0, sample}).range / speed_of_light;
   };
@@ -82,18 +86,20 @@ std::shared_ptr<const Radiometry> radiometry_of_image(const Product& product,
     if (samples == nullptr || !image.sample_image) {
       throw Error(product.path() + ": its noise is not known");
     }
-    parts.times = times_of(geometry_of(product, image.lines, image.samples));
+    auto geometry = geometry_of(product, image.lines, image.samples);
     try {
       parts.noise = samples->noise(*image.sample_image);
     } catch (const Error& error) {
-      throw Error(product.path() + ": the noise cannot be subtracted: " + error.sentence());
+      throw Error(product.path() +
+                  ": the noise cannot be subtracted: " + reason_of(error, product.path()));
     }
     parts.noise->factor = image.factor;
+    parts.times = times_of(std::move(geometry), *parts.noise);
   }
   try {
     return std::make_shared<const Radiometry>(std::move(parts));
   } catch (const Error& error) {
-    throw Error(product.path() + ": " + error.sentence());
+    throw led_by(product.path(), error);
   }
 }
 

@@ -378,6 +378,8 @@ ImageNoise Samples::noise(std::size_t number) const {
   }
   ImageNoise result;
   result.factor = noise.factor;
+  result.earliest_line = noise.earliest_line;
+  result.latest_line = noise.latest_line;
   const auto* place = reinterpret_cast<const std::byte*>(noise.polynomials);
   for (std::int32_t i = 0; i < noise.count; ++i, place += noise.polynomial_size) {
     const auto& told = *reinterpret_cast<const gkc_NoisePolynomial*>(place);

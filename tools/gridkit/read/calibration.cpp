@@ -1,14 +1,18 @@
 #include "tools/gridkit/read/calibration.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <variant>
 #include <vector>
 
 #include "gridkit/error.h"
+#include "gridkit/geolocation_grid.h"
 #include "gridkit/record_decoder.h"
 #include "tools/gridkit/product/layer_image.h"
 #include "tools/gridkit/product/product_facts.h"
+#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
 
@@ -40,15 +44,37 @@ double factor_of_layer(const gridkit::Product& product, const std::string& layer
                        " have calibration factors of their own, and pixels do not tell their beam");
 }
 
-}  // namespace
-
-double Calibration::value(std::uint16_t number) const {
-  const double brightness = factor_ * number * number;
-  return in_decibels_ ? 10 * std::log10(brightness) : brightness;
+std::string exact(double value) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.17g", value);
+  return text.data();
 }
 
-std::string Calibration::formula() const {
-  return in_decibels_ ? "beta0 = 10 * log10(calFactor * DN^2)" : "beta0 = calFactor * DN^2";
+}  // namespace
+
+const std::vector<std::string>& calibration_names() {
+  static const std::vector<std::string> names = {"beta0",     "beta0-db", "sigma0",
+                                                 "sigma0-db", "gamma0",   "gamma0-db"};
+  return names;
+}
+
+CalibrationRequest calibration_named(const std::string& name, bool subtract_noise) {
+  using gridkit::Backscatter;
+  const Backscatter quantity = name.starts_with("sigma0")   ? Backscatter::sigma0
+                               : name.starts_with("gamma0") ? Backscatter::gamma0
+                                                            : Backscatter::beta0;
+  return {{quantity, subtract_noise}, name.ends_with("-db")};
+}
+
+std::vector<std::pair<std::string, std::string>> Calibration::metadata() const {
+  std::vector<std::pair<std::string, std::string>> told = {
+      {"CALIBRATION", radiometry_->formula(in_decibels_)},
+      {"CALIBRATION_FACTOR", exact(radiometry_->factor())},
+      {"CALIBRATION_UNIT", in_decibels_ ? "dB" : "1 (a ratio of powers)"},
+      {"CALIBRATION_NOISE", radiometry_->noise_in_words()}};
+  const std::string angles = radiometry_->incidence_in_words();
+  if (!angles.empty()) told.emplace_back("CALIBRATION_INCIDENCE", angles);
+  return told;
 }
 
 bool has_brightness(const gridkit::Layer& layer) {
@@ -56,7 +82,7 @@ bool has_brightness(const gridkit::Layer& layer) {
 }
 
 Calibration calibration_of(const gridkit::Product& product, const gridkit::Layer& layer,
-                           bool in_decibels) {
+                           const CalibrationRequest& request) {
   if (!has_brightness(layer)) {
     throw gridkit::Error(layer.name() +
                          ": holds phases, which have no brightness; calibrate a magnitude layer");
@@ -65,5 +91,22 @@ Calibration calibration_of(const gridkit::Product& product, const gridkit::Layer
   if (!(factor > 0) || !std::isfinite(factor)) {
     throw gridkit::Error(product.path() + ": the calibration factor is not a positive number");
   }
-  return {factor, in_decibels};
+  return {gridkit::radiometry_of(product, layer, factor, request.radiometry), request.in_decibels};
+}
+
+Calibration calibration_of(const gridkit::Product& product, const gridkit::Samples& samples,
+                           std::size_t number, const CalibrationRequest& request) {
+  const gridkit::SampleImage& image = samples.images().at(number);
+  if (!(image.calibration_factor > 0) || !std::isfinite(image.calibration_factor)) {
+    throw gridkit::Error("the product has no one calibration factor for " + image.name);
+  }
+  return {gridkit::radiometry_of(product, samples, number, request.radiometry),
+          request.in_decibels};
+}
+
+void warn_about_grid(const gridkit::Product& product, const CalibrationRequest& request) {
+  if (request.radiometry.quantity == gridkit::Backscatter::beta0) return;
+  const std::string warning =
+      gridkit::find_geolocation_grid(product.plugin(), product.path()).warning;
+  if (!warning.empty()) warn(warning);
 }

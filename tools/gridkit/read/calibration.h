@@ -1,30 +1,44 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "gridkit/image_radiometry.h"
 #include "gridkit/product.h"
+#include "gridkit/samples.h"
 
-// From a layer's digital numbers to radar brightness (beta nought), the power that the radar
-// received back per area in the slant-range plane, as a ratio: beta0 = calFactor * DN^2, or 10
-// log10 of it.
+// What digital numbers become: backscatter as a ratio of powers, or in decibels; see
+// gridkit/radiometry.h for its formulas.
+struct CalibrationRequest {
+  gridkit::RadiometryRequest radiometry;
+  bool in_decibels = false;
+};
+
+// The names by which users ask: "beta0", "beta0-db", "sigma0" and so on; and what one of them
+// means.
+const std::vector<std::string>& calibration_names();
+CalibrationRequest calibration_named(const std::string& name, bool subtract_noise);
+
+// The calibration of an image or a layer, and what files tell of it.
 class Calibration {
  public:
-  Calibration(double factor, bool in_decibels) : factor_(factor), in_decibels_(in_decibels) {}
+  Calibration(std::shared_ptr<const gridkit::Radiometry> radiometry, bool in_decibels)
+      : radiometry_(std::move(radiometry)), in_decibels_(in_decibels) {}
 
-  double factor() const { return factor_; }
+  const std::shared_ptr<const gridkit::Radiometry>& radiometry() const { return radiometry_; }
   bool in_decibels() const { return in_decibels_; }
 
-  // Of a digital number; minus infinity in decibels for 0.
-  double value(std::uint16_t number) const;
-
-  // "beta0 = calFactor * DN^2"
-  std::string formula() const;
-  std::string band_name() const { return "beta0"; }
+  std::string band_name() const { return name_of(radiometry_->quantity()); }  // "sigma0"
   std::string unit() const { return in_decibels_ ? "dB" : "1"; }
 
+  // Formula, factor, unit, noise and angles: keys and values, as docs/formats.md lists them.
+  std::vector<std::pair<std::string, std::string>> metadata() const;
+
  private:
-  double factor_;
+  std::shared_ptr<const gridkit::Radiometry> radiometry_;
   bool in_decibels_;
 };
 
@@ -34,6 +48,16 @@ bool has_brightness(const gridkit::Layer& layer);
 // The calibration of a layer, by the factor that the product publishes. That one is of the
 // annotation's first image: where the annotation states another for the layer's own polarisation,
 // its own is taken. Throws gridkit::Error for a layer of phases, a product that publishes no
-// factor, a factor that is not positive, and a polarisation whose beams have factors of their own.
+// factor, a factor that is not positive, a polarisation whose beams have factors of their own, and
+// as gridkit::radiometry_of does.
 Calibration calibration_of(const gridkit::Product& product, const gridkit::Layer& layer,
-                           bool in_decibels);
+                           const CalibrationRequest& request);
+
+// The calibration of an image's samples, by its own factor. Throws gridkit::Error where there is no
+// one factor, and as gridkit::radiometry_of does.
+Calibration calibration_of(const gridkit::Product& product, const gridkit::Samples& samples,
+                           std::size_t image, const CalibrationRequest& request);
+
+// Tells on standard error where angles are asked for and the product's geolocation grid was not
+// taken.
+void warn_about_grid(const gridkit::Product& product, const CalibrationRequest& request);

@@ -55,21 +55,29 @@ class Stretched final : public PixelForm {
 
 class Calibrated final : public PixelForm {
  public:
-  Calibrated(const Calibration& calibration, bool is_mapped) : values_(65536) {
-    for (std::size_t number = 0; number < values_.size(); ++number) {
-      values_[number] = static_cast<float>(calibration.value(static_cast<std::uint16_t>(number)));
-    }
-    if (is_mapped || calibration.in_decibels()) values_[0] = not_a_number;
-  }
+  Calibrated(const Calibration& calibration, const gridkit::Window& window, bool is_mapped)
+      : weighing_(calibration.radiometry(), window.column),
+        in_decibels_(calibration.in_decibels()),
+        is_mapped_(is_mapped),
+        width_(static_cast<std::size_t>(window.width)),
+        next_line_(window.line) {}
 
   gridkit::SampleType type() const override { return gridkit::SampleType::f32; }
 
   std::span<const std::byte> operator()(std::span<const std::uint16_t> pixels,
                                         bool complete) override {
     samples_.resize(pixels.size());
-    const float zero = complete ? values_[0] : not_a_number;
-    std::transform(pixels.begin(), pixels.end(), samples_.begin(),
-                   [&](std::uint16_t pixel) { return pixel == 0 ? zero : values_[pixel]; });
+    const std::span<float> samples(samples_);
+    for (std::size_t at = 0; at < pixels.size(); at += width_, ++next_line_) {
+      weighing_.weigh(next_line_, 0, pixels.subspan(at, width_), in_decibels_,
+                      samples.subspan(at, width_));
+    }
+    if (is_mapped_ || !complete) {
+      for (std::size_t k = 0; k < pixels.size(); ++k) {
+        if (pixels[k] == 0) samples_[k] = not_a_number;
+      }
+    }
+    if (in_decibels_) std::replace(samples_.begin(), samples_.end(), -infinity, not_a_number);
     return std::as_bytes(std::span<const float>(samples_));
   }
 
@@ -77,7 +85,13 @@ class Calibrated final : public PixelForm {
 
  private:
   static constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
-  std::vector<float> values_;  // by digital number
+  static constexpr float infinity = std::numeric_limits<float>::infinity();
+
+  gridkit::RadiometricLines weighing_;
+  bool in_decibels_;
+  bool is_mapped_;
+  std::size_t width_;
+  std::int64_t next_line_;
   std::vector<float> samples_;
 };
 
@@ -99,6 +113,7 @@ std::unique_ptr<PixelForm> stretched(const gridkit::Product& product, const std:
   return std::make_unique<Stretched>(sum / window.width / window.height);
 }
 
-std::unique_ptr<PixelForm> calibrated(const Calibration& calibration, bool is_mapped) {
-  return std::make_unique<Calibrated>(calibration, is_mapped);
+std::unique_ptr<PixelForm> calibrated(const Calibration& calibration, const gridkit::Window& window,
+                                      bool is_mapped) {
+  return std::make_unique<Calibrated>(calibration, window, is_mapped);
 }

@@ -36,6 +36,7 @@ std::unique_ptr<PixelForm> own_values(bool is_phase);
 std::unique_ptr<PixelForm> stretched(const gridkit::Product& product, const std::string& layer,
                                      const gridkit::Window& window, bool is_phase);
 
-// Radar brightness, 32-bit floating point; NaN where there is no data, which is a digital number of
-// 0 on a map, and in decibels 0 anywhere.
-std::unique_ptr<PixelForm> calibrated(const Calibration& calibration, bool is_mapped);
+// Backscatter, 32-bit floating point; NaN where there is no data, which is a digital number of 0 on
+// a map, and in decibels of what is not above 0. The window's lines come in their order, each once.
+std::unique_ptr<PixelForm> calibrated(const Calibration& calibration, const gridkit::Window& window,
+                                      bool is_mapped);

@@ -36,7 +36,7 @@ void read_all(const gridkit::Product& product, const ImageRequest& like,
               const std::string& folder) {
   std::vector<ImageRequest> requests;
   for (const std::string& layer : product.layer_names()) {
-    if (is_calibrated(like.kind) && !has_brightness(product.open_layer(layer))) continue;
+    if (like.calibration && !has_brightness(product.open_layer(layer))) continue;
     ImageRequest request = like;
     request.layer = layer;
     request.output = file_of(folder, layer, like.format);

@@ -44,28 +44,26 @@ Plan plan_of(const gridkit::Product& product, const ImageRequest& request) try {
   // A PNG has no room for its place, nor have samples alone.
   const bool has_room = request.format != OutputFormat::png && request.output != standard_output;
   if (has_room) plan.place = place_of(product, layer, plan.window);
-  switch (request.kind) {
-    case PixelKind::own:
-      plan.form = own_values(plan.is_phase);
-      break;
-    case PixelKind::stretched:
-      plan.form = stretched(product, request.layer, plan.window, plan.is_phase);
-      break;
-    case PixelKind::beta0:
-    case PixelKind::beta0_decibels:
-      plan.calibration = calibration_of(product, layer, request.kind == PixelKind::beta0_decibels);
-      plan.form = calibrated(*plan.calibration, plan.is_mapped());
-      break;
+  if (request.calibration) {
+    plan.calibration = calibration_of(product, layer, *request.calibration);
+    plan.form = calibrated(*plan.calibration, plan.window, plan.is_mapped());
+  } else if (request.kind == PixelKind::stretched) {
+    plan.form = stretched(product, request.layer, plan.window, plan.is_phase);
+  } else {
+    plan.form = own_values(plan.is_phase);
   }
   return plan;
 } catch (const gridkit::Error& error) {
   throw gridkit::led_by(product.path(), error);
 }
 
+// The mean of powers; that of magnitudes or decibels would be too low.
 gridkit::Overview overview_of(const Plan& plan, PixelKind kind) {
-  if (plan.is_phase || kind == PixelKind::beta0_decibels) return gridkit::Overview::nearest;
-  // The mean of powers; that of magnitudes or decibels would be too low.
-  return kind == PixelKind::own ? gridkit::Overview::root_mean_square : gridkit::Overview::average;
+  if (plan.is_phase || (plan.calibration && plan.calibration->in_decibels())) {
+    return gridkit::Overview::nearest;
+  }
+  const bool is_amplitude = !plan.calibration && kind == PixelKind::own;
+  return is_amplitude ? gridkit::Overview::root_mean_square : gridkit::Overview::average;
 }
 
 gridkit::RasterOptions options_of(const Plan& plan, const ImageRequest& request) {
@@ -94,10 +92,7 @@ void describe(gridkit::RasterWriter& writer, const gridkit::Product& product, co
   writer.add_metadata("FIRST_COLUMN_AND_LINE",
                       std::to_string(plan.window.column) + ' ' + std::to_string(plan.window.line));
   if (plan.calibration) {
-    writer.add_metadata("CALIBRATION", plan.calibration->formula());
-    writer.add_metadata("CALIBRATION_FACTOR", number(plan.calibration->factor()));
-    writer.add_metadata("CALIBRATION_UNIT",
-                        plan.calibration->in_decibels() ? "dB" : "1 (a ratio of powers)");
+    for (const auto& [key, value] : plan.calibration->metadata()) writer.add_metadata(key, value);
   }
   if (request.kind == PixelKind::stretched) {
     writer.add_metadata("STRETCH", "8 bits for the eye, not for measuring");
@@ -114,6 +109,7 @@ void describe(gridkit::RasterWriter& writer, const gridkit::Product& product, co
 
 void read_image(const gridkit::Product& product, const ImageRequest& request) {
   check_output(request.output, request.format, request.overwrite, product);
+  if (request.calibration) warn_about_grid(product, *request.calibration);
   const Plan plan = plan_of(product, request);
   // A cloud-optimised file takes a second pass over all that was written.
   Progress progress(plan.window.height, request.quiet,

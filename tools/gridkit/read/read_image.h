@@ -6,16 +6,12 @@
 
 #include "gridkit/image_reader.h"
 #include "gridkit/product.h"
+#include "tools/gridkit/read/calibration.h"
 #include "tools/gridkit/read/output_file.h"
 
 // A layer or a window of it into an image file.
 
-enum class PixelKind { own, stretched, beta0, beta0_decibels };
-
-// Whether pixels become radar brightness.
-constexpr bool is_calibrated(PixelKind kind) {
-  return kind == PixelKind::beta0 || kind == PixelKind::beta0_decibels;
-}
+enum class PixelKind { own, stretched };
 
 struct ImageRequest {
   std::string layer;
@@ -23,6 +19,7 @@ struct ImageRequest {
   OutputFormat format = OutputFormat::geotiff;
   std::optional<gridkit::Window> window;  // nothing: the whole layer
   PixelKind kind = PixelKind::own;
+  std::optional<CalibrationRequest> calibration;    // takes the place of the kind
   std::optional<gridkit::Compression> compression;  // of GTiff and COG; nothing: the format's own
   int threads = 0;                                  // that compress; 0: one on each processor
   bool overwrite = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <span>
@@ -56,18 +57,9 @@ ImagePlace place_of_image(const gridkit::Product& product, const gridkit::Sample
   return place;
 }
 
-void calibrate(Plan& plan, const gridkit::SampleImage& image, bool in_decibels) {
-  const double factor = image.calibration_factor;
-  if (!(factor > 0) || !std::isfinite(factor)) {
-    throw gridkit::Error("the product has no one calibration factor for " + image.name);
-  }
-  plan.calibration.emplace(factor, in_decibels);
-  plan.conversion = {in_decibels ? SampleForm::decibels : SampleForm::power, factor};
-  plan.type = SampleType::f32;
-}
-
-Plan plan_of(const gridkit::Product& product, const gridkit::SampleImage& image,
+Plan plan_of(const gridkit::Product& product, const gridkit::Samples& samples, std::size_t number,
              const ImageRequest& request) try {
+  const gridkit::SampleImage& image = samples.images()[number];
   Plan plan;
   constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
   plan.window = request.window.value_or(
@@ -75,16 +67,16 @@ Plan plan_of(const gridkit::Product& product, const gridkit::SampleImage& image,
                       static_cast<std::int32_t>(std::min(image.lines, most))});
   gridkit::check_window(plan.window, image.samples, image.lines);
   plan.type = type_of(image.type);
-  switch (request.kind) {
-    case PixelKind::own:
-      if (image.type == NativeType::complex_half) plan.conversion.form = SampleForm::complex_float;
-      break;
-    case PixelKind::stretched:
-      throw gridkit::Error("samples are not stretched for the eye; read a layer");
-    case PixelKind::beta0:
-    case PixelKind::beta0_decibels:
-      calibrate(plan, image, request.kind == PixelKind::beta0_decibels);
-      break;
+  if (request.calibration) {
+    plan.calibration = calibration_of(product, samples, number, *request.calibration);
+    plan.conversion.form =
+        plan.calibration->in_decibels() ? SampleForm::decibels : SampleForm::power;
+    plan.conversion.radiometry = plan.calibration->radiometry();
+    plan.type = SampleType::f32;
+  } else if (request.kind == PixelKind::stretched) {
+    throw gridkit::Error("samples are not stretched for the eye; read a layer");
+  } else if (image.type == NativeType::complex_half) {
+    plan.conversion.form = SampleForm::complex_float;
   }
   const bool has_room = request.format != OutputFormat::png && request.output != standard_output;
   if (has_room) plan.place = place_of_image(product, image, plan.window);
@@ -125,7 +117,9 @@ void describe(gridkit::RasterWriter& writer, const gridkit::Product& product,
   if (!image.first_line_utc.empty()) {
     writer.add_metadata("FIRST_LINE_OF_IMAGE_UTC", image.first_line_utc);
   }
-  if (plan.calibration) writer.add_metadata("CALIBRATION", plan.calibration->formula());
+  if (plan.calibration) {
+    for (const auto& [key, value] : plan.calibration->metadata()) writer.add_metadata(key, value);
+  }
 }
 
 // Samples of 0 have no level in decibels; and of lines that did not come whole those of 0, which is
@@ -156,7 +150,8 @@ void read_samples(const gridkit::Product& product, std::size_t number,
   check_output(request.output, request.format, request.overwrite, product);
   const gridkit::Samples samples = product.samples();
   const gridkit::SampleImage& image = samples.images()[number];
-  const Plan plan = plan_of(product, image, request);
+  if (request.calibration) warn_about_grid(product, *request.calibration);
+  const Plan plan = plan_of(product, samples, number, request);
   Progress progress(plan.window.height, request.quiet,
                     request.format == OutputFormat::cog ? 0.5 : 1);
   gridkit::RasterOptions options = options_of(plan, image, request);

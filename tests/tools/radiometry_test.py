@@ -1,0 +1,179 @@
+"""`--calibrate` from the outside: every pixel beside the formulas of radiometry.py, for images and layers, complex and
+detected, two polarisations, with the geolocation grid and without, with noise and without.
+
+    radiometry_test.py BUILD FOLDER
+"""
+import random
+import re
+import unittest
+
+import numpy
+
+from programs import FOLDER, GRIDKIT, complaint, main, run, simulate
+from radiometry import Annotation, backscatter
+from rasters import metadata, pixels
+from samples_test import Cosar, image_files
+
+KINDS = [quantity + unit for quantity in ("beta0", "sigma0", "gamma0") for unit in ("", "-db")]
+SHAPE = (150, 210)
+
+
+def with_real_noise(annotation):
+    """Gives every record of noise, of every polarisation, a cubic of its own, as curved as those of real products."""
+    chance = random.Random(11)
+
+    def cubic(match):
+        terms = (chance.uniform(250, 400), chance.uniform(-9e5, 9e5), chance.uniform(2e11, 3e11),
+                 chance.uniform(-6e14, 6e14))
+        body = re.sub(r"<coefficient.*?</coefficient>", "", match.group(2), flags=re.S)
+        body = re.sub(r"(<polynomialDegree>)\d+", r"\g<1>3", body)
+        return match.group(1) + body + "".join(f'<coefficient exponent="{i}">{term:.17E}</coefficient>'
+                                              for i, term in enumerate(terms)) + match.group(3)
+
+    text, count = re.subn(r"(<noiseEstimate>)(.*?)(</noiseEstimate>)", cubic, annotation.read_text(), flags=re.S)
+    assert count > 1, count
+    annotation.write_text(text)
+    return annotation
+
+
+def calibrated(annotation, name, kind, *options, output="calibrated.img"):
+    path = FOLDER / output
+    done = run(GRIDKIT, "read", annotation, name, path, "--overwrite", "--calibrate", kind, *options)
+    return numpy.fromfile(path, dtype=numpy.float32).reshape(Annotation(annotation).shape), done.stderr.decode()
+
+
+class EveryPixel(unittest.TestCase):
+    def compare(self, annotation, name, polarisation, power, angle):
+        told = Annotation(annotation)
+        noise = told.noise(polarisation)
+        negative = 0
+        for kind in KINDS:
+            for subtract in (False, True):
+                with self.subTest(image=name, kind=kind, subtract=subtract):
+                    seen, _ = calibrated(annotation, name, kind, *(["--subtract-noise"] if subtract else []))
+                    wanted = backscatter(kind, power, told.factor(polarisation), noise if subtract else 0, angle)
+                    numpy.testing.assert_array_equal(numpy.isnan(wanted), numpy.isnan(seen))
+                    known = ~numpy.isnan(wanted)
+                    tolerance = self.tolerance(kind, power, told.factor(polarisation), angle, wanted)
+                    excess = (numpy.abs(seen - wanted) - tolerance)[known]
+                    self.assertLessEqual(excess.max(), 0)
+                    negative += int((wanted < 0).sum()) if not kind.endswith("-db") else 0
+        if told.is_complex:
+            self.assertGreater(negative, 0, "the noise must exceed some powers, or nothing is kept below 0")
+
+    @staticmethod
+    def tolerance(kind, power, factor, angle, wanted):
+        """A millionth of every value. Where power and noise all but cancel, the rounding of what the sensor model
+        publishes leaves an error of 1e-8 of the two, which may be more than that of their difference."""
+        if not kind.endswith("-db"):
+            return 1e-6 * numpy.abs(wanted) + 1e-8 * backscatter(kind, power, factor, 0, angle)
+        # The same as decibels, of which a relative error of a power has 10 / ln(10); and a result's own rounding.
+        with numpy.errstate(divide="ignore", invalid="ignore"):
+            relative = 1e-6 + 1e-8 * backscatter(kind[:-3], power, factor, 0, angle) / 10**(wanted / 10)
+        return 10 / numpy.log(10) * relative + 6e-8 * numpy.abs(wanted)
+
+    def both_roads(self, annotation, angle):
+        for polarisation, layer, path in zip(("HH", "VV"), ("X_HH_MAGNITUDE_1", "X_VV_MAGNITUDE_3"),
+                                             image_files(annotation)):
+            [image] = Cosar(path).bursts
+            power = image.real.astype(float)**2 + image.imag.astype(float)**2
+            self.compare(annotation, polarisation, polarisation, power, angle)
+            amplitudes = numpy.floor(numpy.sqrt(power.astype(numpy.float32)))
+            self.compare(annotation, layer, polarisation, amplitudes.astype(float)**2, angle)
+
+    def test_of_complex_images_by_the_grid(self):
+        annotation = with_real_noise(simulate("grid", "--polarisations", "HH,VV", "--relief", 900, lines=SHAPE[0],
+                                              samples=SHAPE[1]))
+        self.both_roads(annotation, Annotation(annotation).grid_incidence())
+
+    def test_of_complex_images_by_the_sensor_model(self):
+        annotation = with_real_noise(simulate("model", "--polarisations", "HH,VV", "--centre=-49.9,-73.2", "--pass",
+                                              "ascending", "--look", "left", "--incidence", 24, lines=SHAPE[0],
+                                              samples=SHAPE[1]))
+        (annotation.parent / "ANNOTATION/GEOREF.xml").unlink()
+        self.both_roads(annotation, Annotation(annotation).ellipsoid_incidence())
+
+    def test_of_detected_images(self):
+        for begin, with_grid in (("EARLYAZNEARRG", True), ("LATEAZFARRG", False), ("EARLYAZFARRG", True)):
+            annotation = with_real_noise(simulate("mgd", "--variant", "MGD", "--polarisations", "HH,VV",
+                                                  "--start-with", begin, lines=SHAPE[0], samples=SHAPE[1]))
+            told = Annotation(annotation)
+            if not with_grid:
+                (annotation.parent / "ANNOTATION/GEOREF.xml").unlink()
+            angle = told.grid_incidence() if with_grid else told.ellipsoid_incidence()
+            for polarisation, layer, path in zip(("HH", "VV"), ("X_HH_MAGNITUDE_1", "X_VV_MAGNITUDE_2"),
+                                                 image_files(annotation)):
+                with self.subTest(begin=begin):
+                    power = numpy.array(pixels(path, "UInt16"), dtype=float)**2
+                    self.compare(annotation, polarisation, polarisation, power, angle)
+                    self.compare(annotation, layer, polarisation, power, angle)
+
+    def test_of_any_window(self):
+        annotation = simulate("window", lines=SHAPE[0], samples=SHAPE[1])
+        whole, _ = calibrated(annotation, "HH", "sigma0", "--subtract-noise")
+        for name, (column, line, width, height) in (("HH", (33, 71, 150, 40)), ("X_HH_MAGNITUDE_1", (200, 149, 10, 1))):
+            if name != "HH":
+                whole, _ = calibrated(annotation, name, "sigma0", "--subtract-noise")
+            run(GRIDKIT, "read", annotation, name, FOLDER / "part.img", "--overwrite", "--calibrate", "sigma0",
+                "--subtract-noise", "--window", column, line, width, height)
+            part = numpy.fromfile(FOLDER / "part.img", dtype=numpy.float32).reshape(height, width)
+            numpy.testing.assert_array_equal(whole[line:line + height, column:column + width], part)
+
+
+class Told(unittest.TestCase):
+    def test_quantity_formula_noise_and_angles_stand_in_the_file(self):
+        annotation = simulate("told", lines=80, samples=90)
+        factor = Annotation(annotation).factor("HH")
+        for name in ("HH", "X_HH_MAGNITUDE_1"):
+            run(GRIDKIT, "read", annotation, name, FOLDER / "told.tif", "--overwrite", "--calibrate", "gamma0-db",
+                "--subtract-noise")
+            found = metadata(FOLDER / "told.tif")
+            self.assertEqual("gamma0 = 10 * log10((calFactor * DN^2 - noise) * tan(incidence))", found["CALIBRATION"])
+            self.assertEqual(factor, float(found["CALIBRATION_FACTOR"]))
+            self.assertEqual("dB", found["CALIBRATION_UNIT"])
+            self.assertEqual("subtracted: calFactor * polynomial of range time, 5 records, linear between two in azimuth "
+                             "time", found["CALIBRATION_NOISE"])
+            self.assertRegex(found["CALIBRATION_INCIDENCE"], r"^geolocation grid of \d+ x \d+ points, bilinear$")
+        run(GRIDKIT, "read", annotation, "HH", FOLDER / "told.tif", "--overwrite", "--calibrate", "beta0")
+        found = metadata(FOLDER / "told.tif")
+        self.assertEqual("not subtracted", found["CALIBRATION_NOISE"])
+        self.assertNotIn("CALIBRATION_INCIDENCE", found)
+
+    def test_a_grid_that_is_not_taken_is_told(self):
+        annotation = simulate("nogrid", lines=80, samples=90)
+        (annotation.parent / "ANNOTATION/GEOREF.xml").unlink()
+        said = run(GRIDKIT, "read", annotation, "HH", FOLDER / "nogrid.tif", "--calibrate", "sigma0").stderr.decode()
+        self.assertIn("GEOREF.xml", said)
+        self.assertEqual("sensor model, on the ellipsoid at 600 m",
+                         metadata(FOLDER / "nogrid.tif")["CALIBRATION_INCIDENCE"])
+
+
+class Refused(unittest.TestCase):
+    def refusal(self, annotation, name, *options):
+        said = complaint(GRIDKIT, "read", annotation, name, FOLDER / "no.tif", *options)
+        self.assertFalse((FOLDER / "no.tif").exists())
+        return said
+
+    def test_where_nothing_tells_the_angles(self):
+        annotation = simulate("map", "--variant", "GEC", lines=80, samples=90)
+        for name in ("HH", "X_HH_MAGNITUDE_1"):
+            self.assertIn("the angles of incidence are not known: it publishes no sensor model",
+                          self.refusal(annotation, name, "--calibrate", "sigma0"))
+        annotation = simulate("bursts", "--bursts", 2, lines=200, samples=90)
+        self.assertIn("the image's lines and samples are not those that the product's sensor model places",
+                      self.refusal(annotation, "HH_B2", "--calibrate", "gamma0"))
+
+    def test_noise_of_an_unknown_scale(self):
+        annotation = simulate("scale", lines=80, samples=90)
+        annotation.write_text(annotation.read_text().replace("BETA NOUGHT", "SIGMA NOUGHT"))
+        self.assertIn('the noise cannot be subtracted: /level1Product/noise/noiseLevelRef: "SIGMA NOUGHT" is no scale '
+                      "that is known; BETA NOUGHT is",
+                      self.refusal(annotation, "HH", "--calibrate", "beta0", "--subtract-noise"))
+        run(GRIDKIT, "read", annotation, "HH", FOLDER / "scale.tif", "--calibrate", "beta0")
+
+    def test_noise_of_pixels_that_stay_numbers_is_wrong_use(self):
+        complaint(GRIDKIT, "read", "product", "layer", FOLDER / "no.tif", "--subtract-noise", status=2)
+
+
+if __name__ == "__main__":
+    main()
