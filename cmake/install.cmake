@@ -25,6 +25,7 @@ set(public_headers
   gridkit/export.h
   gridkit/file.h
   gridkit/geolocation_grid.h
+  gridkit/gridkit.h
   gridkit/image_radiometry.h
   gridkit/image_reader.h
   gridkit/indexed_png.h
@@ -45,6 +46,7 @@ set(public_headers
   gridkit/raster_header.h
   gridkit/raster_writer.h
   gridkit/record_decoder.h
+  gridkit/record_json.h
   gridkit/report.h
   gridkit/samples.h
   gridkit/shared_file.h

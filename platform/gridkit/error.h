@@ -34,6 +34,12 @@ class Error : public std::runtime_error {
   std::shared_ptr<const Parts> parts_;  // shared, as copies of exceptions must not fail
 };
 
+// Somebody asked for the end of the work.
+class Cancelled : public Error {
+ public:
+  using Error::Error;
+};
+
 // The sentence of an error without the path that leads it, to stand in a message that is led by
 // that path already.
 inline std::string reason_of(const Error& error, const std::string& path) {

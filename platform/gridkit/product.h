@@ -88,9 +88,9 @@ class GRIDKIT_API Layer {
 };
 
 // A holder of an open product. Plug-ins hand out the same record for a second open of a path; the
-// host counts the holders of each record and closes it once, when the last one goes. Different
-// products may be used on different threads; the holders of one record, and its layers, on one at a
-// time.
+// host counts the holders of each record and closes it once, when the last one goes. Products and
+// their layers may be used on any number of threads at once: the calls of one record's plug-in wait
+// for one another.
 class GRIDKIT_API Product {
  public:
   const std::string& path() const;
@@ -108,7 +108,7 @@ class GRIDKIT_API Product {
 
   // The product's samples, opened through the plug-in's companion when they are first asked for;
   // see gridkit/samples.h. Throws Error where they cannot be had. Unlike all else of the product
-  // they may be used on any number of threads.
+  // they wait for no other thread.
   Samples samples() const;
 
   // Whether it was opened without the plug-in, see Plugin::open_leniently, and what was passed over

@@ -52,6 +52,13 @@ class GRIDKIT_API SampleError : public Error {
   std::int64_t image_line() const { return image_line_; }  // that did not come whole; -1: none
   const Delivered& delivered() const { return delivered_; }
 
+  // The same failure, of a window that has so many more lines before.
+  SampleError after_lines(std::int64_t lines) const {
+    SampleError later = *this;
+    later.delivered_.lines += lines;
+    return later;
+  }
+
  private:
   gkc_ErrorCode code_;
   std::string path_;
@@ -149,6 +156,9 @@ class GRIDKIT_API Samples {
   // The number of the image of that name. Throws Error that names those there are.
   std::size_t find(const std::string& name) const;
 
+  // Throws SampleError with gkc_WrongUse for a window that does not lie in the image.
+  void check_window(std::size_t image, const SampleWindow& window) const;
+
   // Reads a window of the image of that number. Throws Error where the image has no such form, and
   // SampleError: with gkc_WrongUse for a window outside the image, and where the file ends early or
   // cannot be read. What came before stays delivered, as the error tells, and the rest of the
@@ -178,6 +188,23 @@ class GRIDKIT_API Samples {
 
   std::shared_ptr<const Open> open_;
 };
+
+// How a long read is done.
+struct ReadManner {
+  std::size_t threads = 1;  // that read: the calling one alone, or so many beside it
+  // Told lines that came, in order, on the calling thread; false ends the read.
+  std::function<bool(std::int64_t lines)> advance;
+};
+
+// Reads a window straight into the target on several threads. Gives how far it came and throws as
+// Samples::read does; where `advance` ends it, throws Cancelled after `delivered` was set.
+GRIDKIT_API void read_on_threads(const Samples& samples, std::size_t image,
+                                 const SampleWindow& window, const Conversion& conversion,
+                                 const SampleTarget& target, const ReadManner& manner,
+                                 Delivered& delivered);
+
+// As many threads as there are processors to use, at most 16.
+GRIDKIT_API std::size_t usual_threads();
 
 // Takes lines of a window in order, [lines][samples of the window] in a form, without gaps. Where
 // not all came, `complete` is false and zeros stand for what did not.

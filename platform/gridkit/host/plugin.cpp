@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <mutex>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -10,6 +11,7 @@
 #include <dlfcn.h>
 
 #include "gridkit/host/exports.h"
+#include "gridkit/host/opening_mutex.h"
 #include "gridkit/os_error.h"
 #include "gridkit/product.h"
 #include "gridkit/report.h"
@@ -91,6 +93,7 @@ std::optional<std::int32_t> Plugin::identify(const std::string& path) const {
 
 Product Plugin::open(const std::string& path, const std::string& mode) {
   const ReportCollector reports;
+  const std::lock_guard opening(opening_mutex(path));
   const OpenScope scope(path);
   FileHandle record = nullptr;
   std::int32_t title = -1;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <map>
 #include <mutex>
@@ -10,6 +11,7 @@
 
 #include "gridkit/dictionary.h"
 #include "gridkit/host/exports.h"
+#include "gridkit/host/opening_mutex.h"
 #include "gridkit/host/sampled_layer.h"
 #include "gridkit/samples.h"
 #include "gridkit/services/host_texts.h"
@@ -23,6 +25,8 @@ struct Record {
   FileHandle handle;  // null: opened leniently, over its samples alone
   std::string path;
   std::int32_t title;
+  // Of the plug-in's functions, which are for one thread at a time.
+  std::mutex calls_mutex;
   std::mutex samples_mutex;
   std::optional<Samples> samples;  // after their first use
   std::mutex layer_names_mutex;
@@ -38,19 +42,22 @@ struct Record {
         title(title_index) {}
   Record(const Record&) = delete;
   Record& operator=(const Record&) = delete;
-  ~Record() {
-    if (handle != nullptr) exports->FileClose(handle);
-  }
+  ~Record();
 
   bool is_over_samples() const { return handle == nullptr; }
 };
 
 namespace {
 
-// The records that are open, by their handles.
+// The records that are open, by their handles, and who closes each: of two that were made for one
+// handle, while the first was on its way to its end, the second.
 struct OpenRecords {
+  struct Entry {
+    const Record* owner = nullptr;
+    std::weak_ptr<Record> record;
+  };
   std::mutex mutex;
-  std::map<FileHandle, std::weak_ptr<Record>> by_handle;
+  std::map<FileHandle, Entry> by_handle;
 };
 
 OpenRecords& records() {
@@ -83,19 +90,47 @@ struct DictionaryRelease {
 
 }  // namespace
 
+Record::~Record() {
+  if (is_over_samples()) return;
+  const std::lock_guard opening(opening_mutex(path));
+  {
+    const std::lock_guard lock(records().mutex);
+    const auto found = records().by_handle.find(handle);
+    if (found == records().by_handle.end() || found->second.owner != this) return;
+    records().by_handle.erase(found);
+  }
+  exports->FileClose(handle);
+}
+
+std::mutex& opening_mutex(const std::string& path) {
+  // Paths that share one wait for each other without need, and that is all.
+  static std::array<std::mutex, 64> mutexes;
+  return mutexes[std::hash<std::string>()(path) % mutexes.size()];
+}
+
 Product::Product(std::shared_ptr<Plugin> plugin, void* record, const std::string& path,
                  std::int32_t title) {
   const std::lock_guard lock(records().mutex);
-  std::erase_if(records().by_handle, [](const auto& entry) { return entry.second.expired(); });
-  const auto found = records().by_handle.find(record);
-  if (found != records().by_handle.end()) record_ = found->second.lock();
-  if (record_ != nullptr) return;
   const Exports* exports = plugin->exports_.get();
   // Without a holder the product is closed again.
   std::unique_ptr<void, std::int32_t (*)(FileHandle)> opened(record, exports->FileClose);
-  record_ = std::make_shared<Record>(std::move(plugin), exports, record, path, title);
+  const auto [entry, is_new] = records().by_handle.try_emplace(record);
+  if (!is_new) {
+    record_ = entry->second.record.lock();
+    // One on its way to its end closes it, if nobody takes its place.
+    static_cast<void>(opened.release());
+    if (record_ != nullptr) return;
+  }
+  std::shared_ptr<Record> holder;
+  try {
+    holder = std::make_shared<Record>(std::move(plugin), exports, record, path, title);
+  } catch (...) {
+    if (is_new) records().by_handle.erase(entry);
+    throw;
+  }
   static_cast<void>(opened.release());
-  records().by_handle[record] = record_;
+  entry->second = {holder.get(), holder};
+  record_ = std::move(holder);
 }
 
 Product::Product(std::shared_ptr<Plugin> plugin, Samples samples, const std::string& path,
@@ -131,6 +166,7 @@ std::vector<std::string> Product::layer_names() const {
   const std::lock_guard lock(record_->layer_names_mutex);
   if (record_->layer_names) return *record_->layer_names;
   const ReportCollector reports;
+  const std::lock_guard calls(record_->calls_mutex);
   std::int32_t count = 0;
   char** names = nullptr;
   if (record_->exports->FileLayerNamesGet(record_->handle, &count, &names) != 0) {
@@ -142,6 +178,7 @@ std::vector<std::string> Product::layer_names() const {
 std::vector<std::string> Product::data_names() const {
   if (record_->is_over_samples()) return {};
   const ReportCollector reports;
+  const std::lock_guard calls(record_->calls_mutex);
   std::int32_t count = 0;
   char** names = nullptr;
   const auto list = record_->exports->FileRasterFormatsNonStandardDataNamesGet;
@@ -155,6 +192,7 @@ std::optional<NonStandardData> Product::read_data(const std::string& name) const
   if (record_->is_over_samples()) return std::nullopt;
   const ReportCollector reports;
   const DictionaryRelease release;
+  const std::lock_guard calls(record_->calls_mutex);
   void* data = nullptr;
   std::int32_t size = 0;
   char* dictionary = nullptr;
@@ -194,6 +232,7 @@ Layer::Layer(std::shared_ptr<Record> record, std::string name)
     return;
   }
   const ReportCollector reports;
+  const std::lock_guard calls(record_->calls_mutex);
   std::int32_t pixel_type = -1;
   std::int32_t layer_type = -1;
   record_->exports->LayerOpen(record_->handle, name_.c_str(), &pixel_type, &width_, &height_,
@@ -234,7 +273,9 @@ Layer& Layer::operator=(Layer&& other) noexcept {
 }
 
 Layer::~Layer() {
-  if (handle_ != nullptr) record_->exports->LayerClose(handle_);
+  if (handle_ == nullptr) return;
+  const std::lock_guard calls(record_->calls_mutex);
+  record_->exports->LayerClose(handle_);
 }
 
 bool Layer::read_block(std::int32_t row, std::int32_t column,
@@ -253,6 +294,7 @@ bool Layer::read_block(std::int32_t row, std::int32_t column,
     return read_sampled_block(*record_->samples, layer, row, column, pixels);
   }
   void* block = pixels.data();
+  const std::lock_guard calls(record_->calls_mutex);
   if (record_->exports->LayerRasterRead(handle_, row, column, &block) != 0) {
     refuse(record_->path + ": block " + std::to_string(row) + ", " + std::to_string(column) +
                " of " + name_ + " cannot be read",
@@ -264,6 +306,7 @@ bool Layer::read_block(std::int32_t row, std::int32_t column,
 std::optional<MapInfo> Layer::map_info() const {
   if (record_->is_over_samples()) return std::nullopt;
   const ReportCollector reports;
+  const std::lock_guard calls(record_->calls_mutex);
   // No map is told by outs that stay as they were.
   constexpr double untouched = std::numeric_limits<double>::quiet_NaN();
   char* projection = nullptr;
@@ -284,6 +327,7 @@ std::optional<MapInfo> Layer::map_info() const {
 std::optional<MapProjection> Layer::map_projection() const {
   if (record_->is_over_samples()) return std::nullopt;
   const ReportCollector reports;
+  const std::lock_guard calls(record_->calls_mutex);
   char* name = nullptr;
   std::array<MifValue, 8> v{};
   const std::int32_t result = record_->exports->LayerMapProjectionRead(

@@ -301,6 +301,10 @@ SampleTarget without_gaps(const SampleTarget& target, const SampleWindow& window
 
 }  // namespace
 
+void Samples::check_window(std::size_t number, const SampleWindow& window) const {
+  check_inside(images().at(number), window);
+}
+
 void Samples::read(std::size_t number, const SampleWindow& window, const Conversion& conversion,
                    const SampleTarget& given) const {
   const SampleImage& image = images().at(number);
