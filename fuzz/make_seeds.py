@@ -126,6 +126,23 @@ def samples_seeds():
         write("samples", f"cut{number}", choice + cosar((9, 40))[:-333])
 
 
+def grid_seeds(folder):
+    """Each with what its annotation says of the scene."""
+    # The last ends on the leap day that follows.
+    for name, options in (("plain", ()), ("delays", ("--ionosphere", "2", "--troposphere", "14")),
+                          ("midnight", ("--start", "2008-02-28T23:59:59.990000"))):
+        file = simulate(folder / ("grid" + name), "--empty-images", *options)
+        scene = re.search("<sceneInfo>.*?</sceneInfo>", file.read_text(), re.S)[0]
+        facts = [re.search(f"<{tag}>.*?<timeUTC>([^<]*)<", scene, re.S)[1] for tag in ("start", "stop")]
+        facts += [re.search(f"<{tag}>([^<]*)<", scene)[1] for tag in ("firstPixel", "lastPixel")]
+        content = (file.parent / "ANNOTATION" / "GEOREF.xml").read_text()
+        for change, (old, new) in {"": ("", ""), "-other": ("geoReference", "other"),
+                                   "-nan": ("<lat>", "<lat>NaN"), "-twice": ('irg="2"', 'irg="1"'),
+                                   "-many": ("<total>", "<total>9")}.items():
+            write("grid", name + change,
+                  " ".join([*facts, "64", "64"]).encode() + b"\0" + content.replace(old, new, 1).encode())
+
+
 def dictionary():
     words = set()
     for table in TABLES.glob("*.tsv"):
@@ -141,5 +158,6 @@ with tempfile.TemporaryDirectory() as scratch:
     product_seeds()
     record_seeds(Path(scratch))
     other_seeds(Path(scratch))
+    grid_seeds(Path(scratch))
 samples_seeds()
 dictionary()

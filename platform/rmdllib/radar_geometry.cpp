@@ -16,6 +16,8 @@ namespace rmdllib {
 
 namespace {
 
+constexpr double speed_of_light = 299792458;  // m/s, by definition of the metre
+
 using Model = std::span<const gridkit::DecodedField>;
 
 // The value of a field of the model.
@@ -63,7 +65,7 @@ bool runs_back(Model model, const char* name) {
 
 }  // namespace
 
-RadarGeometry::RadarGeometry(Model model)
+RadarGeometry::RadarGeometry(Model model, const SignalCorrections& corrections)
     : lines_(field<std::int32_t>(model, "num_lines")),
       samples_(field<std::int32_t>(model, "num_samples")),
       start_(number(model, "image_start_time")),
@@ -77,7 +79,8 @@ RadarGeometry::RadarGeometry(Model model)
       side_(number(model, "look_side") < 0 ? LookSide::left : LookSide::right),
       average_height_(number(model, "target_height")),
       earth_(number(model, "semimajor"), number(model, "semiminor")),
-      orbit_(orbit_of(model)) {
+      orbit_(orbit_of(model)),
+      corrections_(corrections) {
   if (lines_ < 2 || samples_ < 1 || !(line_interval_ > 0)) {
     throw gridkit::Error("the sensor model gives its lines no times");
   }
@@ -89,6 +92,9 @@ RadarGeometry::RadarGeometry(Model model)
                                           [](double term) { return std::isfinite(term); });
   if (is_ground_range_ && !has_polynomial) {
     throw gridkit::Error("the sensor model has no polynomial from ground range to slant range");
+  }
+  if (!std::isfinite(corrections_.range_delay) || !std::isfinite(corrections_.azimuth_shift)) {
+    throw gridkit::Error("the corrections of the sensor model's times are no finite numbers");
   }
 }
 
@@ -119,7 +125,7 @@ double RadarGeometry::ground_range(double slant_range) const {
   throw gridkit::Error("the sensor model's polynomial gives that slant range no ground range");
 }
 
-RadarPoint RadarGeometry::radar_of(Pixel pixel) const {
+RadarPoint RadarGeometry::raster_of(Pixel pixel) const {
   const double line = lines_run_back_ ? lines_ - 1 - pixel.line : pixel.line;
   const double sample = samples_run_back_ ? samples_ - 1 - pixel.sample : pixel.sample;
   const double along = sample * range_spacing_;
@@ -127,9 +133,15 @@ RadarPoint RadarGeometry::radar_of(Pixel pixel) const {
           is_ground_range_ ? slant_range(along) : near_range_ + along};
 }
 
+RadarPoint RadarGeometry::corrected(RadarPoint raster) const {
+  return {raster.time - corrections_.azimuth_shift,
+          raster.range - corrections_.range_delay * speed_of_light / 2};
+}
+
 Pixel RadarGeometry::pixel_of(RadarPoint point) const {
-  const double line = (point.time - start_) / line_interval_;
-  const double along = is_ground_range_ ? ground_range(point.range) : point.range - near_range_;
+  const double line = (point.time + corrections_.azimuth_shift - start_) / line_interval_;
+  const double range = point.range + corrections_.range_delay * speed_of_light / 2;
+  const double along = is_ground_range_ ? ground_range(range) : range - near_range_;
   const double sample = along / range_spacing_;
   return {lines_run_back_ ? lines_ - 1 - line : line,
           samples_run_back_ ? samples_ - 1 - sample : sample};

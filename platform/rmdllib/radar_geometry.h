@@ -17,8 +17,16 @@ struct Pixel {
   double sample = 0;
 };
 
+// By how much the times of an image's raster exceed those of its geometry: the signal takes longer
+// than light in a vacuum, and the processor's clock has an error. A place is seen at zero Doppler at
+// the raster's azimuth time less the shift, and at its two-way range time less the delay.
+struct SignalCorrections {
+  double range_delay = 0;    // s, both ways
+  double azimuth_shift = 0;  // s
+};
+
 // Where the pixels of an image in radar geometry lie on Earth, from the generic sensor model that
-// its format publishes, and from nothing else. Lines are equally spaced in time from the start to
+// its format publishes, and from nothing else but the corrections that are handed in. Lines are equally spaced in time from the start to
 // the end of the image; samples are equally spaced in slant range, or in ground range, which the
 // model's polynomial turns into slant range. Either may run backwards.
 class GRIDKIT_API RadarGeometry {
@@ -27,8 +35,9 @@ class GRIDKIT_API RadarGeometry {
   static constexpr const char* design = "RADAR_Generic_v2.2";
 
   // From a decoded record of that design. Throws gridkit::Error for a record that gives no
-  // geometry.
-  explicit RadarGeometry(std::span<const gridkit::DecodedField> model);
+  // geometry, and for corrections that are no finite numbers.
+  explicit RadarGeometry(std::span<const gridkit::DecodedField> model,
+                         const SignalCorrections& corrections = {});
 
   double lines() const { return lines_; }
   double samples() const { return samples_; }
@@ -37,9 +46,18 @@ class GRIDKIT_API RadarGeometry {
   const Ellipsoid& earth() const { return earth_; }
   const OrbitTrack& orbit() const { return orbit_; }
 
+  const SignalCorrections& corrections() const { return corrections_; }
+
+  // When and how far away the raster itself has a pixel, without corrections: half the way of light
+  // in its range time.
+  RadarPoint raster_of(Pixel pixel) const;
+
+  // Between such a point and its zero-Doppler coordinates.
+  RadarPoint corrected(RadarPoint raster) const;
+
   // Between an image place and its zero-Doppler coordinates. Throws gridkit::Error where the
   // ground-range polynomial has no answer.
-  RadarPoint radar_of(Pixel pixel) const;
+  RadarPoint radar_of(Pixel pixel) const { return corrected(raster_of(pixel)); }
   Pixel pixel_of(RadarPoint point) const;
 
   // The place at a height that is seen at a pixel. Throws gridkit::Error as rmdllib::to_ground
@@ -69,6 +87,7 @@ class GRIDKIT_API RadarGeometry {
   double average_height_;
   Ellipsoid earth_;
   OrbitTrack orbit_;
+  SignalCorrections corrections_;
 };
 
 }  // namespace rmdllib

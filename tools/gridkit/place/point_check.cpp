@@ -38,6 +38,7 @@ PointCheck check_point(const rmdllib::RadarGeometry& geometry, rmdllib::Pixel pi
                        const ScenePoint& stated) {
   const Geodetic start = {stated.latitude, stated.longitude, geometry.average_height()};
   const rmdllib::RadarPoint seen = geometry.radar_of(pixel);
+  const rmdllib::RadarPoint raster = geometry.raster_of(pixel);
   const Vector3 velocity = geometry.orbit().at(seen.time).velocity;
   const double speed_east = dot(velocity, Ellipsoid::east(start));
   const double speed_north = dot(velocity, Ellipsoid::north(start));
@@ -68,8 +69,8 @@ PointCheck check_point(const rmdllib::RadarGeometry& geometry, rmdllib::Pixel pi
           along(rest),
           across(rest),
           miss_at(geometry, pixel, stated, geometry.average_height()).length(),
-          std::remainder(seen.time - stated.azimuth_time, day),
-          seen.range - stated.slant_range};
+          std::remainder(raster.time - stated.azimuth_time, day),
+          raster.range - stated.slant_range};
 }
 
 PointCheck check_point(const rmdllib::Placement& map, rmdllib::Pixel pixel,

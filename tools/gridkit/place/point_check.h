@@ -10,7 +10,7 @@ struct PointCheck {
   double along = 0;   // rest at that height, in metres on the ground, in the direction of flight
   double across = 0;  // and across it, to the right
   double at_average_height = 0;  // distance when the scene's average height is taken, in metres
-  // By how much the pixel's time and slant range exceed the annotated ones. The height that is
+  // By how much the raster's own time and slant range exceed the annotated ones. The height that is
   // solved for takes up an error of the range, so that it shows here alone. 0 on a map.
   double azimuth_time = 0;  // seconds
   double slant_range = 0;   // metres
