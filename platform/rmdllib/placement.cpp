@@ -16,6 +16,10 @@ RadarGeometry geometry_of(const gridkit::NonStandardData& model) {
 
 }  // namespace
 
+SignalCorrections corrections_of(const gridkit::GeolocationGrid& grid) {
+  return {grid.range_delay(), grid.azimuth_shift()};
+}
+
 Placement::Place Placement::place_of(const gridkit::Product& product) {
   const std::string model = std::string(":") + RadarGeometry::design;
   const auto names = product.data_names();
@@ -43,6 +47,10 @@ Placement::Placement(const gridkit::Product& product) try : place_(place_of(prod
 }
 
 Placement::Placement(const gridkit::NonStandardData& model) : place_(geometry_of(model)) {}
+
+void Placement::apply(const SignalCorrections& corrections) {
+  if (const auto* geometry = radar()) place_ = geometry->with(corrections);
+}
 
 double Placement::lines() const {
   return radar() != nullptr ? radar()->lines() : std::get<Map>(place_).lines;

@@ -3,11 +3,15 @@
 #include <variant>
 
 #include "gridkit/export.h"
+#include "gridkit/geolocation_grid.h"
 #include "gridkit/map_point.h"
 #include "gridkit/product.h"
 #include "rmdllib/radar_geometry.h"
 
 namespace rmdllib {
+
+// The corrections that a geolocation grid tells of its product's raster.
+GRIDKIT_API SignalCorrections corrections_of(const gridkit::GeolocationGrid& grid);
 
 // Where the pixels of a product lie on Earth, from what its format publishes alone: the generic
 // sensor model where it offers one, else the map data of its first layer.
@@ -18,6 +22,10 @@ class GRIDKIT_API Placement {
 
   // From a sensor model by itself. Throws gridkit::Error for one that gives no geometry.
   explicit Placement(const gridkit::NonStandardData& model);
+
+  // Corrects the times of a sensor model's raster by so much instead of what they were corrected by
+  // before; a map stays as it is. Throws gridkit::Error for numbers that are not finite.
+  void apply(const SignalCorrections& corrections);
 
   // The sensor model's geometry, null for an image on a map.
   const RadarGeometry* radar() const { return std::get_if<RadarGeometry>(&place_); }

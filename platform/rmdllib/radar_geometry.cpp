@@ -65,7 +65,7 @@ bool runs_back(Model model, const char* name) {
 
 }  // namespace
 
-RadarGeometry::RadarGeometry(Model model, const SignalCorrections& corrections)
+RadarGeometry::RadarGeometry(Model model)
     : lines_(field<std::int32_t>(model, "num_lines")),
       samples_(field<std::int32_t>(model, "num_samples")),
       start_(number(model, "image_start_time")),
@@ -79,8 +79,7 @@ RadarGeometry::RadarGeometry(Model model, const SignalCorrections& corrections)
       side_(number(model, "look_side") < 0 ? LookSide::left : LookSide::right),
       average_height_(number(model, "target_height")),
       earth_(number(model, "semimajor"), number(model, "semiminor")),
-      orbit_(orbit_of(model)),
-      corrections_(corrections) {
+      orbit_(orbit_of(model)) {
   if (lines_ < 2 || samples_ < 1 || !(line_interval_ > 0)) {
     throw gridkit::Error("the sensor model gives its lines no times");
   }
@@ -93,9 +92,15 @@ RadarGeometry::RadarGeometry(Model model, const SignalCorrections& corrections)
   if (is_ground_range_ && !has_polynomial) {
     throw gridkit::Error("the sensor model has no polynomial from ground range to slant range");
   }
-  if (!std::isfinite(corrections_.range_delay) || !std::isfinite(corrections_.azimuth_shift)) {
+}
+
+RadarGeometry RadarGeometry::with(const SignalCorrections& corrections) const {
+  if (!std::isfinite(corrections.range_delay) || !std::isfinite(corrections.azimuth_shift)) {
     throw gridkit::Error("the corrections of the sensor model's times are no finite numbers");
   }
+  RadarGeometry result = *this;
+  result.corrections_ = corrections;
+  return result;
 }
 
 double RadarGeometry::slant_range(double ground_range) const {

@@ -18,26 +18,30 @@ struct Pixel {
 };
 
 // By how much the times of an image's raster exceed those of its geometry: the signal takes longer
-// than light in a vacuum, and the processor's clock has an error. A place is seen at zero Doppler at
-// the raster's azimuth time less the shift, and at its two-way range time less the delay.
+// than light in a vacuum, and the processor's clock has an error. A place is seen at zero Doppler
+// at the raster's azimuth time less the shift, and at its two-way range time less the delay.
 struct SignalCorrections {
   double range_delay = 0;    // s, both ways
   double azimuth_shift = 0;  // s
 };
 
 // Where the pixels of an image in radar geometry lie on Earth, from the generic sensor model that
-// its format publishes, and from nothing else but the corrections that are handed in. Lines are equally spaced in time from the start to
-// the end of the image; samples are equally spaced in slant range, or in ground range, which the
-// model's polynomial turns into slant range. Either may run backwards.
+// its format publishes, and from nothing else unless corrections are handed in. Lines are equally
+// spaced in time from the start to the end of the image; samples are equally spaced in slant range,
+// or in ground range, which the model's polynomial turns into slant range. Either may run
+// backwards.
 class GRIDKIT_API RadarGeometry {
  public:
   // The design of such a model.
   static constexpr const char* design = "RADAR_Generic_v2.2";
 
   // From a decoded record of that design. Throws gridkit::Error for a record that gives no
-  // geometry, and for corrections that are no finite numbers.
-  explicit RadarGeometry(std::span<const gridkit::DecodedField> model,
-                         const SignalCorrections& corrections = {});
+  // geometry.
+  explicit RadarGeometry(std::span<const gridkit::DecodedField> model);
+
+  // The same with the raster's times corrected by so much instead of what they were corrected by
+  // before. Throws gridkit::Error for numbers that are not finite.
+  RadarGeometry with(const SignalCorrections& corrections) const;
 
   double lines() const { return lines_; }
   double samples() const { return samples_; }
@@ -52,7 +56,7 @@ class GRIDKIT_API RadarGeometry {
   // in its range time.
   RadarPoint raster_of(Pixel pixel) const;
 
-  // Between such a point and its zero-Doppler coordinates.
+  // The zero-Doppler coordinates of such a point.
   RadarPoint corrected(RadarPoint raster) const;
 
   // Between an image place and its zero-Doppler coordinates. Throws gridkit::Error where the

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -61,6 +62,17 @@ GridCheck check_grid(const rmdllib::RadarGeometry& geometry, const gridkit::Geol
   for (const gkc_GridPoint& point : grid.points()) all.push_back(residual_of(geometry, point));
   return {all.size(), summed_up(all, &Residual::along), summed_up(all, &Residual::across),
           summed_up(all, &Residual::height)};
+}
+
+std::string fault_of(const GridCheck& check) {
+  constexpr double largest = 10;  // m, as of the scene's corners
+  if (check.along.worst <= largest && check.across.worst <= largest) return {};
+  char text[160];
+  std::snprintf(text, sizeof text,
+                "points of the geolocation grid lie up to %.1f m along and %.1f m across the line "
+                "of sight from where the model has them",
+                check.along.worst, check.across.worst);
+  return text;
 }
 
 json grid_as_json(const GridCheck& check) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "gridkit/geolocation_grid.h"
 #include "rmdllib/radar_geometry.h"
@@ -26,6 +27,9 @@ struct GridCheck {
 // Compares every point with the geometry: seen from its place on Earth against its own azimuth and
 // range time, less the geometry's corrections. Throws gridkit::Error where a point is not seen.
 GridCheck check_grid(const rmdllib::RadarGeometry& geometry, const gridkit::GeolocationGrid& grid);
+
+// What is wrong about a grid, one sentence; empty where it agrees with the geometry.
+std::string fault_of(const GridCheck& check);
 
 // The result as `gridkit locate --check` shows it.
 nlohmann::ordered_json grid_as_json(const GridCheck& check);

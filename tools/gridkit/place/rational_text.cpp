@@ -11,7 +11,7 @@ constexpr double goal = 0.01;  // pixel
 
 }  // namespace
 
-json rational_model_as_json(const rmdllib::FittedRationalModel& fitted) {
+json rational_model_as_json(const rmdllib::FittedRationalModel& fitted, bool delays) {
   const rmdllib::RationalModel& model = fitted.model;
   return {{"LINE_OFF", model.line.offset},
           {"SAMP_OFF", model.sample.offset},
@@ -30,11 +30,12 @@ json rational_model_as_json(const rmdllib::FittedRationalModel& fitted) {
           {"ERR_LINE", fitted.largest_line_error},
           {"ERR_SAMP", fitted.largest_sample_error},
           {"MIN_HEIGHT", fitted.heights.lowest},
-          {"MAX_HEIGHT", fitted.heights.highest}};
+          {"MAX_HEIGHT", fitted.heights.highest},
+          {"delays", delays}};
 }
 
-void print_rational_model(const rmdllib::FittedRationalModel& fitted) {
-  const json document = rational_model_as_json(fitted);
+void print_rational_model(const rmdllib::FittedRationalModel& fitted, bool delays) {
+  const json document = rational_model_as_json(fitted, delays);
   for (const auto& [name, value] : document.items()) {
     if (!value.is_array()) {
       std::cout << name << ": " << value << '\n';

@@ -7,12 +7,14 @@
 
 // A rational model by GDAL's names: the offsets and scales of line, sample (pixels), latitude,
 // longitude (degrees) and height (metres above the ellipsoid), four times twenty coefficients, the
-// largest errors ERR_LINE and ERR_SAMP (pixels), and the heights it was fitted over.
-nlohmann::ordered_json rational_model_as_json(const rmdllib::FittedRationalModel& fitted);
+// largest errors ERR_LINE and ERR_SAMP (pixels), the heights it was fitted over, and whether the
+// signal's delays were applied.
+nlohmann::ordered_json rational_model_as_json(const rmdllib::FittedRationalModel& fitted,
+                                              bool delays);
 
 // The same on standard output, a number a line as "NAME: NUMBER": the form that GDAL reads beside
 // IMAGE.tif as IMAGE_RPC.TXT. Numbers read back bit for bit.
-void print_rational_model(const rmdllib::FittedRationalModel& fitted);
+void print_rational_model(const rmdllib::FittedRationalModel& fitted, bool delays);
 
 // What a user must be told of a model that misses its goal; empty for one that keeps it.
 std::string remark_on(const rmdllib::FittedRationalModel& fitted);
