@@ -132,7 +132,7 @@ class Products(unittest.TestCase):
         folder = self.product.parent
         self.assertEqual("X_HH_MAGNITUDE_1\nX_HH_PHASE_2\n", text(GRIDKIT, "layers", folder))
         self.assertEqual(8, json.loads(text(GRIDKIT, "data", "--json", folder, ":TSX_Beta0"))["size"])
-        self.assertEqual(5, len(json.loads(text(GRIDKIT, "locate", "--json", folder, "--check"))))
+        self.assertEqual(5, len(json.loads(text(GRIDKIT, "locate", "--json", folder, "--check"))["points"]))
         self.assertEqual(8192, len(run(GRIDKIT, "read", "--raw", folder, "X_HH_PHASE_2", "--block", 0, 0,
                                        status=0).stdout))
 

@@ -142,8 +142,9 @@ class Forms(unittest.TestCase):
     def test_locate_check(self):
         for variant, product in self.products.items():
             with self.subTest(variant):
-                points = self.output("locate-check", GRIDKIT, "locate", "--check", "--json", product)
-                self.assertEqual(5, len(points))
+                checked = self.output("locate-check", GRIDKIT, "locate", "--check", "--json", product)
+                self.assertEqual(5, len(checked["points"]))
+                self.assertEqual(variant in ("GEC", "EEC"), checked["grid"] is None)
 
     def test_locate_rpc(self):
         for variant in ("SSC", "MGD"):

@@ -7,6 +7,7 @@ import re
 import subprocess
 import sys
 import unittest
+from xml.etree import ElementTree
 
 from programs import FOLDER, GRIDKIT, SIMULATE, complaint, real_annotations, run, simulate, text
 from rasters import described
@@ -126,7 +127,7 @@ class Check(unittest.TestCase):
         for variant in ("SSC", "MGD", "GEC", "EEC"):
             with self.subTest(variant=variant):
                 annotation = simulate("check", "--variant", variant, "--height", 950)
-                points = locate(annotation, "--check")
+                points = locate(annotation, "--check")["points"]
                 self.assertEqual(["centre"] + [f"corner {i}" for i in range(1, 5)],
                                  [point["point"] for point in points])
                 for point in points:
@@ -139,7 +140,7 @@ class Check(unittest.TestCase):
         annotation = simulate("cost", "--height", 1500)
         content = annotation.read_text()
         annotation.write_text(re.sub("<sceneAverageHeight>[^<]*<", "<sceneAverageHeight>500<", content))
-        points = locate(annotation, "--check")
+        points = locate(annotation, "--check")["points"]
         for point in points:
             # At 35 degrees incidence a kilometre of height moves a place by 1 km / tan(35 degrees).
             self.assertAlmostEqual(point["height"], 1500, delta=1)
@@ -173,13 +174,16 @@ class Check(unittest.TestCase):
 
         annotation = self.changed("ranges", shift)
         done = run(GRIDKIT, "locate", "--json", annotation, "--check", status=1)
-        for point in json.loads(done.stdout):
+        for point in json.loads(done.stdout)["points"]:
             self.assertAlmostEqual(50, point["slantRange"], delta=0.01)
             self.assertLess(abs(point["azimuthTime"]), 5e-6)
             self.assertLess(abs(point["along"]) + abs(point["across"]), 0.5, "invisible on the ground")
         names = ["centre"] + [f"corner {i}" for i in range(1, 5)]
+        said = done.stderr.decode().splitlines()
+        self.assertRegex(said[0], "^gridkit: warning: .*GEOREF.xml: does not belong to this image: the columns of its "
+                         "points are up to .* off those that their times tell; ")
         self.assertEqual([f"gridkit: {annotation}: {name}: its pixel's slant range is +50.0 m off the annotated "
-                          "rangeTime" for name in names], done.stderr.decode().splitlines())
+                          "rangeTime" for name in names], said[1:])
 
     def test_an_error_in_time_is_told(self):
         def shift(content):
@@ -188,25 +192,25 @@ class Check(unittest.TestCase):
 
         annotation = self.changed("times", shift)
         done = run(GRIDKIT, "locate", "--json", annotation, "--check", status=1)
-        self.assertAlmostEqual(-0.002, json.loads(done.stdout)[1]["azimuthTime"], delta=5e-6)
+        self.assertAlmostEqual(-0.002, json.loads(done.stdout)["points"][1]["azimuthTime"], delta=5e-6)
         self.assertRegex(done.stderr.decode(),
                          f"^gridkit: {re.escape(str(annotation))}: corner 1: its pixel's time is -[12][09][09][0-9] us off "
                          "the annotated azimuthTimeUTC\n$")
 
     def test_times_and_ranges_agree_to_the_precision_of_the_model(self):
         for variant in ("SSC", "MGD"):
-            for point in locate(simulate("agree", "--variant", variant), "--check"):
+            for point in locate(simulate("agree", "--variant", variant), "--check")["points"]:
                 # Seconds of the day in single precision, 2 microseconds each; MGD's polynomial is a fit.
                 self.assertLess(abs(point["azimuthTime"]), 5e-6)
                 self.assertLess(abs(point["slantRange"]), 0.02)
-        on_a_map = locate(simulate("agree", "--variant", "GEC"), "--check")
+        on_a_map = locate(simulate("agree", "--variant", "GEC"), "--check")["points"]
         self.assertEqual({(None, None)}, {(p["azimuthTime"], p["slantRange"]) for p in on_a_map})
 
     def test_every_heading_tells_its_unit(self):
         radar, maps = (text(GRIDKIT, "locate", simulate("heads", "--variant", v), "--check").splitlines()
                        for v in ("SSC", "GEC"))
         self.assertEqual("point line sample latitude, deg longitude, deg height, m along, m across, m at average "
-                         "height, m time, us range, m", " ".join(radar[1].split()))
+                         "height, m time, us range, m", " ".join(radar[2].split()))
         self.assertEqual("point line sample latitude, deg longitude, deg north, m east, m", " ".join(maps[0].split()))
 
     def test_points_without_a_pixel_are_nothing_to_check(self):
@@ -218,7 +222,7 @@ class Check(unittest.TestCase):
 class RationalModels(unittest.TestCase):
     OFFSETS = [f"{name}_{part}" for part in ("OFF", "SCALE") for name in ("LINE", "SAMP", "LAT", "LONG", "HEIGHT")]
     COEFFICIENTS = [f"{name}_{part}_COEFF" for name in ("LINE", "SAMP") for part in ("NUM", "DEN")]
-    QUALITY = ["ERR_LINE", "ERR_SAMP", "MIN_HEIGHT", "MAX_HEIGHT"]
+    QUALITY = ["ERR_LINE", "ERR_SAMP", "MIN_HEIGHT", "MAX_HEIGHT", "delays"]
 
     def test_gdal_places_the_targets_by_them(self):
         """The way of a user: coefficients in the file that GDAL looks for beside an image."""
@@ -326,13 +330,138 @@ class Refusals(unittest.TestCase):
                          "lines no times\n", complaint(GRIDKIT, "locate", annotation, 0, 0))
 
 
+class GeolocationGrids(unittest.TestCase):
+    DELAYS = ("--troposphere", 14, "--ionosphere", 2, "--azimuth-shift", -180)
+    RANGE_DELAY, SHIFT = 16e-9, -180e-6
+
+    def mountains(self, name, *options):
+        return simulate(name, "--relief", 300, *self.DELAYS, *options, lines=400, samples=360)
+
+    def grid(self, annotation):
+        return annotation.parent / "ANNOTATION" / "GEOREF.xml"
+
+    def test_delays_bring_targets_to_their_pixels(self):
+        for variant, options in (("SSC", ()), ("MGD", ("--start-with", "LATEAZFARRG")),
+                                 ("SSC", ("--centre", "-33.5,-70.25", "--pass", "ascending", "--look", "left"))):
+            annotation = self.mountains("delays", "--variant", variant, *options)
+            for target in truth(annotation)["targets"]:
+                with self.subTest(variant=variant, target=target["name"]):
+                    place = target["latitude"], target["longitude"], target["height"]
+                    seen = locate(annotation, "--ground", *place)
+                    self.assertIs(True, seen["delays"])
+                    self.assertAlmostEqual(target["line"], seen["line"], delta=0.02)
+                    self.assertAlmostEqual(target["sample"], seen["sample"], delta=0.02)
+                    found = locate(annotation, target["line"], target["sample"], "--height", target["height"])
+                    self.assertAlmostEqual(target["latitude"], found["latitude"], delta=1e-6)
+                    self.assertAlmostEqual(target["longitude"], found["longitude"], delta=1e-6)
+                    self.assertIn("  delays applied", text(GRIDKIT, "locate", annotation, "--ground", *place))
+
+    def test_without_them_places_are_off_by_delay_and_shift(self):
+        annotation = self.mountains("left_out")
+        content = annotation.read_text()
+        first, last = (float(re.search(f"<{tag}>([^<]*)<", content)[1]) for tag in ("firstPixel", "lastPixel"))
+        start, stop = (re.search(f"<{tag}>.*?<timeUTC>[^<]*:([0-9.]*)Z?<", content, re.S)[1] for tag in ("start", "stop"))
+        samples = self.RANGE_DELAY / (last - first) * (360 - 1)
+        lines = self.SHIFT / (float(stop) - float(start)) * (400 - 1)
+        for target in truth(annotation)["targets"]:
+            seen = locate(annotation, "--no-delays", "--ground", target["latitude"], target["longitude"],
+                          target["height"])
+            self.assertIs(False, seen["delays"])
+            self.assertAlmostEqual(target["line"] - lines, seen["line"], delta=0.02)
+            self.assertAlmostEqual(target["sample"] - samples, seen["sample"], delta=0.02)
+        self.assertNotIn("delays", text(GRIDKIT, "locate", annotation, 10, 20, "--no-delays"))
+
+    def test_height_of_the_terrain_is_the_grids(self):
+        annotation = self.mountains("terrain")
+        points = {(int(p.find("row").text) - 1, int(p.find("col").text) - 1): float(p.find("height").text)
+                  for p in ElementTree.parse(self.grid(annotation)).iter("gridPoint")}
+        for (line, sample), height in list(points.items())[:30]:
+            if line < 400 and sample < 360:
+                seen = locate(annotation, line, sample, "--height", "terrain")
+                self.assertAlmostEqual(height, seen["height"], delta=1e-9)
+        # A quarter of the way from one point to the next, both ways.
+        (l0, l1), (s0, s1) = (sorted({place[i] for place in points})[:2] for i in (0, 1))
+        between = locate(annotation, l0 + (l1 - l0) / 4, s0 + (s1 - s0) / 4, "--height", "terrain")
+        self.assertAlmostEqual((9 * points[l0, s0] + 3 * points[l0, s1] + 3 * points[l1, s0] + points[l1, s1]) / 16,
+                               between["height"], delta=1e-9)
+        self.assertIn("lies outside the image", complaint(GRIDKIT, "locate", annotation, 400, 7, "--height", "terrain"))
+        self.assertIn("--height: must be a number of metres, or terrain",
+                      complaint(GRIDKIT, "locate", annotation, 1, 2, "--height", "sea", status=2))
+
+    def test_every_point_of_the_grid_is_checked(self):
+        for variant in ("SSC", "MGD"):
+            annotation = self.mountains("checked", "--variant", variant)
+            points = len(list(ElementTree.parse(self.grid(annotation)).iter("gridPoint")))
+            checked = locate(annotation, "--check")
+            self.assertIs(True, checked["delays"])
+            grid = checked["grid"]
+            self.assertEqual(points, grid["points"])
+            # The record holds seconds in single precision: 2 microseconds or 15 mm along the track.
+            for name, most in (("along", 0.02), ("across", 0.001), ("height", 0.001)):
+                self.assertLess(grid[name]["worst"], most, name)
+                self.assertLessEqual(abs(grid[name]["mean"]), grid[name]["worst"])
+                self.assertLessEqual(grid[name]["std"], grid[name]["worst"])
+            without = locate(annotation, "--check", "--no-delays")
+            self.assertIs(False, without["delays"])
+            # Half the way of light in the delay, and 180 microseconds at some 7 km/s.
+            self.assertAlmostEqual(-self.RANGE_DELAY * 299792458 / 2, without["grid"]["across"]["mean"], delta=0.001)
+            self.assertAlmostEqual(-self.SHIFT * 7080, without["grid"]["along"]["mean"], delta=0.05)
+            printed = text(GRIDKIT, "locate", annotation, "--check")
+            self.assertIn("delays applied: 16.000 ns in range time, -180.0 us in azimuth time\n", printed)
+            self.assertRegex(printed, f"geolocation grid, {points} points +mean, m +scatter, m +worst, m\n"
+                             "  along the track +[^\n]*\n  across, line of sight [^\n]*\n  height [^\n]*\n$")
+
+    def test_points_that_lie_elsewhere_are_told(self):
+        annotation = self.mountains("elsewhere")
+        grid = self.grid(annotation)
+        content = grid.read_text()
+        latitude = re.search("<lat>([^<]*)<", content)
+        grid.write_text(content[:latitude.start(1)] + str(float(latitude[1]) + 0.001) + content[latitude.end(1):])
+        done = run(GRIDKIT, "locate", annotation, "--check", status=1)
+        self.assertRegex(done.stderr.decode(), "^gridkit: .*: points of the geolocation grid lie up to 1[01][0-9].[0-9] m "
+                         "along and [0-9.]* m across the line of sight from where the model has them\n$")
+
+    def test_a_grid_that_cannot_be_used_is_a_warning(self):
+        annotation = self.mountains("unusable")
+        plain = locate(annotation, 10, 20, "--no-delays")
+        self.grid(annotation).write_text("<geoReference>")
+        done = run(GRIDKIT, "locate", "--json", annotation, 10, 20)
+        self.assertEqual(plain, json.loads(done.stdout))
+        self.assertRegex(done.stderr.decode(), "^gridkit: warning: .*/ANNOTATION/GEOREF.xml:1:15: /geoReference: .*; the "
+                         "geolocation grid is not used, and no delays are applied\n$")
+        self.assertEqual(b"", run(GRIDKIT, "locate", "--no-delays", annotation, 10, 20).stderr)
+        self.assertIn("it has no geolocation grid, which alone tells the terrain's height",
+                      run(GRIDKIT, "locate", annotation, 10, 20, "--height", "terrain", status=1).stderr.decode())
+
+    def test_a_product_without_a_grid_has_no_delays(self):
+        annotation = simulate("gridless", "--profile", "minimal")
+        self.assertIs(False, locate(annotation, 10, 20)["delays"])
+        self.assertIs(False, locate(simulate("map", "--variant", "GEC"), 10, 20)["delays"])
+
+    def test_the_rational_model_has_the_delays(self):
+        annotation = self.mountains("fitted")
+        self.assertIs(True, locate(annotation, "--rpc")["delays"])
+        self.assertIs(False, locate(annotation, "--rpc", "--no-delays")["delays"])
+        image = FOLDER / "fitted.tif"
+        run(GRIDKIT, "read", annotation, "X_HH_MAGNITUDE_1", image)
+        (FOLDER / "fitted_RPC.TXT").write_text(text(GRIDKIT, "locate", "--rpc", annotation))
+        targets = truth(annotation)["targets"]
+        lines = "\n".join(f"{t['longitude']!r} {t['latitude']!r} {t['height']!r}" for t in targets)
+        done = subprocess.run(["gdaltransform", "-rpc", "-i", str(image)], input=lines.encode(),
+                              capture_output=True, check=True)
+        for target, line in zip(targets, done.stdout.decode().splitlines()):
+            x, y, _ = map(float, line.split())
+            self.assertAlmostEqual(target["sample"] + 0.5, x, delta=0.02)
+            self.assertAlmostEqual(target["line"] + 0.5, y, delta=0.02)
+
+
 class RealAnnotations(unittest.TestCase):
     def test_corners_lie_within_two_metres_at_their_height(self):
         files = real_annotations()
         if not files:
             self.skipTest("none at hand")
         for file in files:
-            for point in locate(file, "--check"):
+            for point in locate(file, "--check")["points"]:
                 # The centre's row and column are rounded to whole ones, by some lines.
                 limit = 5 if point["point"] == "centre" else 2
                 self.assertLess((point["along"]**2 + point["across"]**2)**0.5, limit, (file, point))
