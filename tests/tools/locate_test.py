@@ -443,7 +443,7 @@ class GeolocationGrids(unittest.TestCase):
         self.assertIs(True, locate(annotation, "--rpc")["delays"])
         self.assertIs(False, locate(annotation, "--rpc", "--no-delays")["delays"])
         image = FOLDER / "fitted.tif"
-        run(GRIDKIT, "read", annotation, "X_HH_MAGNITUDE_1", image)
+        run(GRIDKIT, "read", annotation, "X_HH_MAGNITUDE_1", image, "--overwrite")
         (FOLDER / "fitted_RPC.TXT").write_text(text(GRIDKIT, "locate", "--rpc", annotation))
         targets = truth(annotation)["targets"]
         lines = "\n".join(f"{t['longitude']!r} {t['latitude']!r} {t['height']!r}" for t in targets)

@@ -299,7 +299,7 @@ void add_locate(CLI::App& app, Action& chosen) {
           ->add_option("--height", request->height_text,
                        "Metres above the ellipsoid, or `terrain`, the height that the geolocation "
                        "grid has there; without it the scene's average")
-          ->type_name("METRES|terrain");
+          ->type_name("METRES");
   auto* ground = command
                      ->add_option("--ground", request->ground,
                                   "Latitude, longitude in degrees and height in metres")
