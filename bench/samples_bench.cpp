@@ -128,7 +128,8 @@ void check(const Bench& bench, Compare compare) {
 
 void check_floats(const Bench& bench) {
   check(bench, [&](std::size_t place, std::int16_t i, std::int16_t q) {
-    return bench.target[2 * place] == i && bench.target[2 * place + 1] == q;
+    return bench.target[2 * place] == static_cast<float>(i) &&
+           bench.target[2 * place + 1] == static_cast<float>(q);
   });
 }
 

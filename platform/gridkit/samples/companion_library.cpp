@@ -1,5 +1,6 @@
 #include "gridkit/samples/companion_library.h"
 
+#include <mutex>
 #include <string>
 #include <system_error>
 
@@ -8,6 +9,26 @@
 #include "gridkit/error.h"
 
 namespace gridkit {
+namespace {
+
+// The system's loader keeps threads apart by a lock of its own. This one orders what a library's
+// constants are filled with before another thread's use of them where checkers see it too.
+std::mutex& loading() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+std::shared_ptr<void> load(const std::filesystem::path& library) {
+  const std::lock_guard guard(loading());
+  void* const loaded = ::dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (loaded == nullptr) throw Error("the companion does not load: " + std::string(::dlerror()));
+  return {loaded, [](void* handle) {
+            const std::lock_guard held(loading());
+            ::dlclose(handle);
+          }};
+}
+
+}  // namespace
 
 std::shared_ptr<const gkc_Companion> load_companion(const std::filesystem::path& library) {
   std::error_code ignored;
@@ -15,10 +36,7 @@ std::shared_ptr<const gkc_Companion> load_companion(const std::filesystem::path&
     throw Error("the plug-in has no companion (" + library.string() +
                 "), so that samples cannot be reached; its layers can");
   }
-  std::shared_ptr<void> loaded(::dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL), [](void* handle) {
-    if (handle != nullptr) ::dlclose(handle);
-  });
-  if (loaded == nullptr) throw Error("the companion does not load: " + std::string(::dlerror()));
+  const std::shared_ptr<void> loaded = load(library);
   const auto entry = reinterpret_cast<gkc_GetCompanionFunction>(::dlsym(loaded.get(), GKC_ENTRY));
   const gkc_Companion* table = entry == nullptr ? nullptr : entry();
   if (table == nullptr) throw Error(library.string() + ": is no companion: it lacks " GKC_ENTRY);
