@@ -9,6 +9,7 @@ import unittest
 
 import numpy
 
+from png import Png
 from programs import FOLDER, GRIDKIT, complaint, main, run, simulate
 from radiometry import Annotation, backscatter
 from rasters import metadata, pixels
@@ -146,6 +147,36 @@ class Told(unittest.TestCase):
         self.assertIn("GEOREF.xml", said)
         self.assertEqual("sensor model, on the ellipsoid at 600 m",
                          metadata(FOLDER / "nogrid.tif")["CALIBRATION_INCIDENCE"])
+
+
+class Pictures(unittest.TestCase):
+    def picture(self, annotation, kind):
+        output = FOLDER / "picture.png"
+        run(GRIDKIT, "quicklook", annotation, output, "--size", 60, "--overwrite", "--calibrate", kind,
+            "--subtract-noise")
+        return Png(output.read_bytes())
+
+    def test_are_means_of_the_pixels_between_what_black_and_white_are_told_to_be(self):
+        annotation = with_real_noise(simulate("picture", lines=SHAPE[0], samples=SHAPE[1]))
+        values, _ = calibrated(annotation, "X_HH_MAGNITUDE_1", "sigma0", "--subtract-noise")
+        for kind in ("sigma0", "sigma0-db"):
+            picture = self.picture(annotation, kind)
+            shape = (picture.height, picture.width)
+            cell = numpy.ix_(*(numpy.arange(n) * m // n for n, m in zip(SHAPE, shape)))
+            sums, counts = numpy.zeros(shape), numpy.zeros(shape)
+            numpy.add.at(sums, cell, values.astype(float))
+            numpy.add.at(counts, cell, 1)
+            mean = (sums / counts).clip(1e-9, None)
+            found = re.fullmatch(r"(root of the mean sigma0|mean sigma0 in decibels), black at (\S+)(?: dB)? and white at "
+                                 r"(\S+)(?: dB)?", picture.texts["Shows"])
+            low, high = float(found.group(2)), float(found.group(3))
+            shown = numpy.sqrt(mean) if kind == "sigma0" else 10 * numpy.log10(mean)
+            wanted = ((shown - low) / (high - low) * 255).clip(0, 254) + 1
+            colours = numpy.array([list(line) for line in picture.lines])
+            # A colour is a whole number, and the texts round their four digits.
+            self.assertLess(numpy.abs(wanted - colours - 0.5).max(), 1)
+            self.assertGreater(len(set(colours.flat)), 100)
+            self.assertIn("- noise) * sin(incidence)", picture.texts["CALIBRATION"])
 
 
 class Refused(unittest.TestCase):

@@ -1,6 +1,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "tools/gridkit/picture/quicklook.h"
 #include "tools/gridkit/product/image_warning.h"
 #include "tools/gridkit/product/layer_name.h"
+#include "tools/gridkit/read/calibration.h"
 #include "tools/gridkit/read/line_ranges.h"
 #include "tools/gridkit/read/output_file.h"
 #include "tools/gridkit/read/standard_output.h"
@@ -26,13 +28,19 @@ of the mean phasor, in colours that go around a circle. Pixels are square on the
 product can be placed, else they keep the layer's own aspect. What has no data is transparent: nothing
 but zero magnitudes, and lines that could not be read. The PNG's texts tell what it shows.
 
+--calibrate shows backscatter in place of magnitudes, as `gridkit read` has it: the root of the mean, or
+with -db the mean in decibels.
+
 Examples:
   gridkit quicklook PRODUCT picture.png
-  gridkit quicklook PRODUCT X_HH_PHASE_2 phase.png --size 512)";
+  gridkit quicklook PRODUCT X_HH_PHASE_2 phase.png --size 512
+  gridkit quicklook PRODUCT sigma0.png --calibrate sigma0-db)";
 
 struct Request {
   std::vector<std::string> names;  // product, layer or none, output
   std::int32_t size = 1024;
+  std::string calibration;  // one of calibration_names(), or empty
+  bool subtract_noise = false;
   bool overwrite = false;
   bool quiet = false;
 
@@ -51,15 +59,31 @@ std::string chosen_layer(const gridkit::Product& product, const Request& request
   return names.front();
 }
 
+std::optional<PictureCalibration> calibration_of_picture(const gridkit::Product& product,
+                                                         const std::string& layer,
+                                                         const Request& request) {
+  if (request.calibration.empty()) return std::nullopt;
+  const CalibrationRequest wanted = calibration_named(request.calibration, request.subtract_noise);
+  warn_about_grid(product, wanted);
+  try {
+    const Calibration calibration = calibration_of(product, product.open_layer(layer), wanted);
+    return PictureCalibration{calibration.radiometry(), wanted.in_decibels, calibration.metadata()};
+  } catch (const gridkit::Error& error) {
+    throw gridkit::led_by(product.path(), error);
+  }
+}
+
 int save_quicklook(const Host& host, const Request& request) {
   const gridkit::Product product = host.open(request.product());
   check_output(request.output(), OutputFormat::png, request.overwrite, product);
   check_images_to_read(product.path());
   const std::string layer = chosen_layer(product, request);
+  const auto calibration = calibration_of_picture(product, layer, request);
   const Quicklook quicklook = [&] {
     Progress progress(product.open_layer(layer).height(), request.quiet);
-    return make_quicklook(product, layer, request.size,
-                          [&](std::int32_t lines) { progress.advance(lines); });
+    return make_quicklook(
+        product, layer, request.size, [&](std::int32_t lines) { progress.advance(lines); },
+        calibration);
   }();
   const auto picture = gridkit::encode_png(quicklook.picture);
   if (request.output() == standard_output) {
@@ -97,6 +121,13 @@ void add_quicklook(CLI::App& app, Action& chosen) {
                            " to " + std::to_string(largest_picture))
           ->capture_default_str(),
       "PIXELS", smallest_picture, largest_picture);
+  auto* calibrate = command->add_option("--calibrate", request->calibration,
+                                        "Backscatter instead of magnitudes; -db: in decibels");
+  take_one_of(calibrate, calibration_names());
+  command
+      ->add_flag("--subtract-noise", request->subtract_noise,
+                 "Without the instrument's own noise, by the product's noise records")
+      ->needs(calibrate);
   command->add_flag("--overwrite", request->overwrite, "Replace an output that exists");
   command->add_flag("-q,--quiet", request->quiet, "No progress bar");
   command->callback([request, &chosen] {

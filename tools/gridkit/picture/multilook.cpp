@@ -52,6 +52,8 @@ Multilook::Multilook(PixelMeaning meaning, PictureSize image, PictureSize pictur
   }
   if (meaning == PixelMeaning::magnitude) {
     intensities_.resize(width);
+  } else if (meaning == PixelMeaning::power) {
+    powers_.resize(width);
   } else {
     cosines_.resize(width);
     sines_.resize(width);
@@ -64,6 +66,15 @@ std::int32_t Multilook::row_of(std::int32_t line) const {
 }
 
 void Multilook::add(std::span<const std::uint16_t> pixels, std::int32_t lines) {
+  add_lines(pixels, lines);
+}
+
+void Multilook::add(std::span<const float> powers, std::int32_t lines) {
+  add_lines(powers, lines);
+}
+
+template <class Pixel>
+void Multilook::add_lines(std::span<const Pixel> pixels, std::int32_t lines) {
   const auto width = static_cast<std::size_t>(image_.width);
   for (std::int32_t i = 0; i < lines; ++i) {
     add_line(pixels.subspan(static_cast<std::size_t>(i) * width, width));
@@ -96,14 +107,27 @@ void Multilook::add_line(std::span<const std::uint16_t> pixels) {
   }
 }
 
+void Multilook::add_line(std::span<const float> powers) {
+  for (std::size_t c = 0; c < powers_.size(); ++c) {
+    const auto from = static_cast<std::size_t>(column_starts_[c]);
+    const auto until = static_cast<std::size_t>(column_starts_[c + 1]);
+    double sum = 0;
+    for (std::size_t s = from; s < until; ++s) sum += static_cast<double>(powers[s]);
+    powers_[c] += sum;
+  }
+}
+
 void Multilook::complete_line() {
   const std::int32_t row = row_of(next_line_ - 1);
   // Lines of the image that fell into the row.
   std::int32_t lines = 1;
   while (lines < next_line_ && row_of(next_line_ - 1 - lines) == row) ++lines;
   for (std::size_t c = 0; c + 1 < column_starts_.size(); ++c) {
-    if (meaning_ == PixelMeaning::magnitude) {
-      const double count = double{1} * lines * (column_starts_[c + 1] - column_starts_[c]);
+    const double count = double{1} * lines * (column_starts_[c + 1] - column_starts_[c]);
+    if (meaning_ == PixelMeaning::power) {
+      const double mean = powers_[c] / count;
+      picture_.values.push_back(mean == 0 ? no_data : static_cast<float>(mean));
+    } else if (meaning_ == PixelMeaning::magnitude) {
       const double mean = static_cast<double>(intensities_[c]) / count;
       picture_.values.push_back(mean > 0 ? static_cast<float>(std::sqrt(mean)) : no_data);
     } else {
@@ -111,6 +135,7 @@ void Multilook::complete_line() {
     }
   }
   std::fill(intensities_.begin(), intensities_.end(), 0);
+  std::fill(powers_.begin(), powers_.end(), 0);
   std::fill(cosines_.begin(), cosines_.end(), 0);
   std::fill(sines_.begin(), sines_.end(), 0);
 }

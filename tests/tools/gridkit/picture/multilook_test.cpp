@@ -93,6 +93,15 @@ TEST(Multilook, CellsOfZeroMagnitudesAreWithoutData) {
   EXPECT_FALSE(std::isnan(picture[1]));
 }
 
+TEST(Multilook, TakesTheMeanOfPowers) {
+  Multilook looks(PixelMeaning::power, {4, 2}, {2, 1});
+  looks.add(std::vector<float>{3, 4, 0, 0}, 1);
+  looks.add(std::vector<float>{-9, -4, 0, 0}, 1);
+  const auto picture = looks.finish({}).values;
+  EXPECT_EQ(picture[0], -1.5F);
+  EXPECT_TRUE(std::isnan(picture[1]));
+}
+
 TEST(Multilook, RowsOfMissingLinesAreWithoutData) {
   for (const auto meaning : {PixelMeaning::magnitude, PixelMeaning::phase}) {
     const auto picture = reduced(meaning, {1, 8}, {1, 4}, Pixels(8, 7), {{3, 4}}).values;
