@@ -34,6 +34,7 @@ set(public_headers
   gridkit/map_data.h
   gridkit/map_point.h
   gridkit/map_projection.h
+  gridkit/map_wkt.h
   gridkit/memory.h
   gridkit/opener.h
   gridkit/os_error.h

@@ -148,6 +148,11 @@ GRIDKIT_API int32_t gridkit_files(const gridkit_product* product, char*** paths,
 GRIDKIT_API int32_t gridkit_data(const gridkit_product* product, const char* name, char** json,
                                  gridkit_error** error);
 
+// What the product is and what is in it, as JSON: format, description, file, layers and data, as
+// json/v1/info.schema.json has them.
+GRIDKIT_API int32_t gridkit_info(const gridkit_product* product, char** json,
+                                 gridkit_error** error);
+
 // ---- Windows
 // -------------------------------------------------------------------------------------
 
@@ -321,11 +326,28 @@ typedef struct gridkit_geometry {
   double first_state_time;  // of the first state vector
   double state_interval;    // between state vectors
   int64_t state_vector_count;
+  double sample_spacing;  // in slant or in ground range, as is_ground_range says
 } gridkit_geometry;
 
 // gridkit_NotThere for a product that publishes neither a sensor model nor map data.
 GRIDKIT_API int32_t gridkit_get_geometry(const gridkit_product* product, gridkit_geometry* geometry,
                                          gridkit_error** error);
+
+// The map that a product's images lie on: column c and line r, counted at pixel corners, lie at
+// x = upper_left_x + c * pixel_width, y = upper_left_y + r * pixel_height, in metres. With north up
+// the height is negative.
+typedef struct gridkit_map {
+  size_t size;
+  double upper_left_x;  // outer corner of the first pixel
+  double upper_left_y;
+  double pixel_width;
+  double pixel_height;
+} gridkit_map;
+
+// Gives the map, and its projection as well-known text (WKT 1). gridkit_NotThere for a product that
+// lies on none, or on one whose projection has no such text.
+GRIDKIT_API int32_t gridkit_get_map(const gridkit_product* product, gridkit_map* map, char** wkt,
+                                    gridkit_error** error);
 
 // The state vectors of the orbit, as many as gridkit_geometry.state_vector_count, which the caller
 // tells by `count`: [count] times, [count][3] positions and [count][3] velocities, Earth-fixed.

@@ -22,7 +22,7 @@ C_HEADERS = {"debug/debug_channel.h", "handlepool/handlepool.h",
              *(f"gridkit/{name}.h" for name in ("companion", "dictionary", "export", "file", "instance", "layer",
                                                 "map_projection", "memory", "preference", "report",
                                                 "string_list", "text"))}
-CPP_HEADERS = {*(f"gridkit/{name}.h" for name in ("error", "image_reader", "indexed_png", "map_data", "map_point",
+CPP_HEADERS = {*(f"gridkit/{name}.h" for name in ("error", "image_reader", "indexed_png", "map_data", "map_point", "map_wkt",
                                                   "os_error", "partial_file", "plugin", "product",
                                                   "raster_header", "raster_writer", "record_decoder", "samples",
                                                   "shared_file", "version", "whole_file")),

@@ -65,6 +65,7 @@ gridkit_geometry radar_geometry(const OpenProduct& product, const Placement& pla
   filled.state_interval = orbit.interval();
   filled.state_vector_count =
       static_cast<std::int64_t>(field<std::vector<double>>(model, "rsx").size());
+  filled.sample_spacing = field<double>(model, "range_pix_spacing");
   return filled;
 }
 
