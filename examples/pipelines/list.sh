@@ -3,8 +3,8 @@
 #
 #   list.sh ARCHIVE [NOT_TAKEN]
 #
-# NOT_TAKEN becomes the list of the others: XML files of the same root element that none of the formats
-# knows by name, as those of a sister mission.
+# Products of TerraSAR-X's sister satellites have the same form and names of their own.
+# NOT_TAKEN becomes the list of the others: XML files of the same root element under any other name.
 set -euo pipefail
 export LC_ALL=C
 
@@ -14,6 +14,9 @@ templates=$(gridkit formats --json | jq -r '.[].template')
 names=()
 while IFS= read -r template; do
   names+=(-o -name "$template")
+  if [[ $template == TSX1* ]]; then
+    names+=(-o -name "TDX1${template#TSX1}" -o -name "PAZ1${template#TSX1}")
+  fi
 done <<<"$templates"
 
 cd "$archive"

@@ -178,16 +178,25 @@ class Archive(unittest.TestCase):
                          recipe("run.sh", empty, output))
         self.assertEqual([], table(output))
 
+    def test_products_of_sister_satellites_are_taken(self):
+        output = FOLDER / "family out"
+        products = [simulate(f"family/{satellite}", "--satellite", satellite, lines=64, samples=64)
+                    for satellite in ("PAZ-1", "TDX-1", "TSX-1")]
+        self.assertEqual("3 products: 3 in table.csv, 0 in refused.tsv, 0 in undone.txt\n",
+                         recipe("run.sh", FOLDER / "family", output))
+        self.assertEqual([str(product.relative_to(FOLDER / "family")) for product in products],
+                         (output / "products.txt").read_text().splitlines())
+
     def test_annotations_that_no_format_knows_are_counted(self):
-        archive, output = FOLDER / "sisters", FOLDER / "sisters out"
-        product = simulate("sisters/one", lines=64, samples=64)
-        sister = archive / "two" / product.name.replace("TSX1", "TDX1")
-        sister.parent.mkdir()
-        shutil.copy(product, sister)
+        archive, output = FOLDER / "others", FOLDER / "others out"
+        product = simulate("others/one", lines=64, samples=64)
+        other = archive / "two" / product.name.replace("TSX1", "copy_of_TSX1")
+        other.parent.mkdir()
+        shutil.copy(product, other)
         (archive / "two" / "note.xml").write_text("<note>no level1Product</note>")
         self.assertEqual("1 products: 1 in table.csv, 0 in refused.tsv, 0 in undone.txt; other annotations, of no "
                          "format that is read: 1 in not_taken.txt\n", recipe("run.sh", archive, output))
-        self.assertEqual([str(sister.relative_to(archive))], (output / "not_taken.txt").read_text().splitlines())
+        self.assertEqual([str(other.relative_to(archive))], (output / "not_taken.txt").read_text().splitlines())
 
     def test_names_that_a_list_cannot_hold_end_it(self):
         folder = FOLDER / "line feed"

@@ -20,6 +20,16 @@ class Sisters(unittest.TestCase):
             self.assertRegex(told, rf"satellite +{satellite}, orbit ")
             self.assertEqual("TerraSAR-X", json.loads(text(GRIDKIT, "info", "--json", annotation))["format"])
 
+    def test_beam_mode_and_orbit_are_told_as_of_terrasar_x(self):
+        told = []
+        for satellite in ("TSX-1", *SISTERS):
+            info = json.loads(text(GRIDKIT, "info", "--json", simulate(satellite, "--satellite", satellite)))
+            self.assertEqual(satellite, info["satellite"].pop("mission"))
+            told.append((info["mode"], info["satellite"], info["polarisations"]))
+        self.assertEqual("strip_005", told[0][0]["beam"])
+        self.assertEqual(told[0], told[1])
+        self.assertEqual(told[0], told[2])
+
     def test_a_folder_of_one_is_found(self):
         annotation = simulate("folder", "--satellite", "TDX-1")
         self.assertIn("X_HH_MAGNITUDE_1", text(GRIDKIT, "layers", FOLDER / "folder"))
