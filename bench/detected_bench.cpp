@@ -23,10 +23,10 @@ namespace {
 
 constexpr int size = 4096;
 
-struct closer {
+struct Closer {
   void operator()(void* dataset) const { GDALClose(dataset); }
 };
-using Dataset = std::unique_ptr<void, closer>;
+using Dataset = std::unique_ptr<void, Closer>;
 
 // An image whose pixels differ, read by the plug-in or by the library itself. Each sweep opens it
 // anew, as a program does that reads an image once: the library keeps what it read.

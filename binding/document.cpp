@@ -13,10 +13,7 @@ using lmx::elmx_error;
 
 namespace {
 
-// Event numbers of an element's start, beside those of classified names.
-constexpr int unknown_name = 1;
-constexpr int unclassified_element = 7;
-constexpr int first_classified = 12;
+constexpr int first_classified = 12;  // of the event numbers that maps give names
 
 }  // namespace
 
@@ -86,7 +83,7 @@ bool read_current_member(const ClassDescription& description, void* object,
 
 bool stands_on_member(const ClassDescription& description, lmx::c_xml_reader& reader) {
   const int event = reader.current_event;
-  if (event != unclassified_element && event != unknown_name && event < first_classified) {
+  if (event != lmx::event_start && event != lmx::event_unknown && event < first_classified) {
     return false;
   }
   reader.tokenise(description.element_map, lmx::current_element);

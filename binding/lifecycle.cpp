@@ -21,7 +21,8 @@ void copy_object(const ClassDescription& description, void* target, const void* 
   swap(description, target, copied.get());
 }
 
-// Enumerated texts travel by their numbers, so a text outside its set does not survive the copy.
+// Kept on purpose: enumerated texts travel by their numbers, so a text outside its set does not
+// survive the copy.
 void copy_text(const Member& m, Held<std::string>& target, const std::string& source) {
   if (m.values.empty()) {
     target.set(source);

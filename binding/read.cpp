@@ -13,8 +13,6 @@ namespace {
 using lmx::c_xml_reader;
 using lmx::elmx_error;
 
-constexpr int element_end = 6;
-
 // Moves to the next element start or end.
 elmx_error next_element(const ClassDescription& description, c_xml_reader& reader,
                         const lmx::c_string_stack_node& element) {
@@ -26,7 +24,7 @@ elmx_error next_element(const ClassDescription& description, c_xml_reader& reade
 
 elmx_error read_end(const ClassDescription& description, c_xml_reader& reader,
                     const lmx::c_string_stack_node& element) {
-  if (reader.current_event == element_end && !(element != reader.current_name)) return {};
+  if (reader.current_event == lmx::event_end && !(element != reader.current_name)) return {};
   return reader.handle_error(elmx_error{lmx::error_element_not_ended}, element.get_str(),
                              description.source_tag, 0,
                              std::string("</") + element.get_str() + ">");
@@ -58,12 +56,13 @@ elmx_error read_attributes(const ClassDescription& description, void* object, c_
 elmx_error read_children(const ClassDescription& description, void* object, c_xml_reader& reader,
                          const lmx::c_string_stack_node& element) {
   const lmx::c_xml_reader_local local(&reader);
-  if (reader.current_event != element_end) {
+  if (reader.current_event != lmx::event_end) {
     const elmx_error error = next_element(description, reader, element);
     if (error != 0) return error;
   }
-  if (reader.current_event == element_end) {
-    // An optional element may stand empty, and its required members then go unchecked by design.
+  if (reader.current_event == lmx::event_end) {
+    // Kept on purpose: an optional element may stand empty, and its required members then go
+    // unchecked.
     if (description.may_be_empty) return {};
     return reader.handle_error(elmx_error{lmx::error_element_empty}, element.get_str(),
                                description.source_tag, 0, "content");
@@ -75,9 +74,9 @@ elmx_error read_children(const ClassDescription& description, void* object, c_xm
 elmx_error read_own_text(const ClassDescription& description, void* object, c_xml_reader& reader,
                          const lmx::c_string_stack_node& element) {
   reader.current_name = element.str();
-  const bool has_content = reader.current_event != element_end;
+  const bool has_content = reader.current_event != lmx::event_end;
   elmx_error error = read_text(description, object, reader, reader.current_name, has_content);
-  if (error != 0 || reader.current_event == element_end) return error;
+  if (error != 0 || reader.current_event == lmx::event_end) return error;
   error = next_element(description, reader, element);
   return error != 0 ? error : read_end(description, reader, element);
 }

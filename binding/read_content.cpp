@@ -176,6 +176,7 @@ elmx_error read_choice(const Walk& w) {
     return w.fault(elmx_error{lmx::error_no_choice_present}, w.name, expected_choice(w.description),
                    members.front());
   }
+  // Kept on purpose: what an earlier read on the same object chose is not released.
   Choice& choice = choice_of(w.description, w.object);
   choice = {static_cast<int>(found - members.begin()), create_chosen(*found)};
   const elmx_error error = read_chosen(w, *found, choice.object);

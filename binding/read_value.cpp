@@ -106,13 +106,8 @@ elmx_error convert(const ValueSite& site, T& target) {
 
 template <std::floating_point T>
 elmx_error convert(const ValueSite& site, T& target) {
-  // Most numbers come without blanks and convert as they stand.
-  std::string& text = site.reader.value_text;
-  std::optional<double> number = lmx::to_valid_double(text);
-  if (!number) {
-    lmx::collapse(text);
-    number = lmx::to_valid_double(text);
-  }
+  const std::string& text = site.reader.value_text;
+  const std::optional<double> number = lmx::to_valid_double(text);
   elmx_error error =
       demand(number.has_value(), site, lmx::error_invalid_value, [] { return "a number"; });
   if (error != 0) return error;
@@ -167,9 +162,7 @@ lmx::elmx_whitespace whitespace_of(const Member& m) {
   if (m.form == Form::token_list) {
     return m.role == Role::element ? lmx::whitespace_preserve : lmx::whitespace_collapse;
   }
-  const bool kept =
-      m.type == ValueType::string || m.type == ValueType::float64 || m.type == ValueType::float32;
-  return kept ? lmx::whitespace_preserve : lmx::whitespace_collapse;
+  return m.type == ValueType::string ? lmx::whitespace_preserve : lmx::whitespace_collapse;
 }
 
 elmx_error store_value(const ValueSite& site, void* held) {

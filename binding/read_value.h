@@ -27,9 +27,7 @@ struct ValueSite {
 };
 
 // How the value's whitespace is treated before it is checked: texts of elements and attributes stay
-// as they are; integers, booleans, times and list-valued attributes and texts are collapsed.
-// Floating numbers, of which there are most, stay as they are too: store_value collapses those
-// that do not convert so.
+// as they are; numbers, booleans, times and list-valued attributes and texts are collapsed.
 lmx::elmx_whitespace whitespace_of(const Member& m);
 
 // Checks reader.value_text by the member's type, in the type's order of checks, and stores it in

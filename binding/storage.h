@@ -15,8 +15,8 @@
 
 namespace binding {
 
-// A single value or a nested object, followed by whether it was read or set. The flag does not
-// guard the value: a value that was never set reads as its default, one that was unset as before.
+// A single value or a nested object, followed by whether it was read or set. Kept on purpose: the
+// flag does not guard the value, which reads as its default if never set, if unset as before.
 template <class T>
 struct Held {
   T value{};

@@ -122,8 +122,8 @@ elmx_error write_member(const void* object, const Member& m, c_xml_writer& write
 
 // --- A choice's member ---------------------------------------------------------------------------
 
-// A text or a list that stands at a document's root. The bracket that closes the start tag is
-// indented like the tag.
+// A text or a list that stands at a document's root. Kept on purpose: the bracket that closes the
+// start tag is indented like the tag.
 template <class Value>
 void write_global(const Value& value, const Member& m, c_xml_writer& writer) {
   writer(true) << '<' << m.name;

@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cstddef>
-#include <cstring>
+#include <optional>
 
 #include "companion/failure.h"
 #include "image/cosar_layout.h"
@@ -11,54 +11,29 @@ namespace companion {
 
 namespace {
 
-// The words of a burst's first record, big-endian. Bytes 28 to 31 are the letters "CSAR".
-enum Word : std::size_t {
-  word_samples = 2,
-  word_lines = 3,
-  word_record_bytes = 5,
-  word_records = 6,
-  word_mark = 7,
-  word_version = 8,
-  word_count = 9
-};
-using Header = std::array<unsigned char, 4 * word_count>;
-
-std::uint32_t word(const Header& header, Word index) {
-  std::uint32_t value = 0;
-  for (std::size_t i = 0; i < 4; ++i) value = value << 8U | header[4 * index + i];
-  return value;
-}
-
-bool is_burst(const Header& header) {
-  return std::memcmp(header.data() + 4 * std::size_t{word_mark}, "CSAR", 4) == 0;
-}
-
-// Whether there is a burst's header at the offset.
-bool read_header(const CosarFile& cosar, std::int64_t offset, Header& header) {
+// The header of the burst at the offset, if there is one.
+std::optional<cosar::BurstHeader> read_header(const CosarFile& cosar, std::int64_t offset) {
+  std::array<char, cosar::header_bytes> bytes{};
   gke_Report* report = nullptr;
   const std::int64_t got =
-      gkf_SharedRead(cosar.file.get(), header.data(), std::int64_t{sizeof header}, offset, &report);
+      gkf_SharedRead(cosar.file.get(), bytes.data(), std::int64_t{sizeof bytes}, offset, &report);
   if (got < 0) {
     throw Failure(gkc_CannotRead, cosar.path,
                   "cannot be read at byte " + std::to_string(offset) + ": " + take_report(report));
   }
-  return got == std::int64_t{sizeof header} && is_burst(header);
+  return got == std::int64_t{sizeof bytes} ? cosar::burst_header(bytes) : std::nullopt;
 }
 
 // The burst that a header tells of, and in `end` where the next one begins.
-CosarBurst burst_of(const CosarFile& cosar, const Header& header, std::int64_t offset,
+CosarBurst burst_of(const CosarFile& cosar, const cosar::BurstHeader& header, std::int64_t offset,
                     std::int64_t& end) {
-  const std::uint32_t samples = word(header, word_samples);
-  const std::uint32_t lines = word(header, word_lines);
-  const std::uint32_t record = word(header, word_record_bytes);
-  const std::uint32_t records = word(header, word_records);
-  const std::uint32_t version = word(header, word_version);
+  const auto& [low_bytes, samples, lines, record, records, version] = header;
   const auto fail = [&](const std::string& fault) {
     throw Failure(gkc_BadImage, cosar.path,
                   "the header of burst " + std::to_string(cosar.bursts.size() + 1) + ", at byte " +
                       std::to_string(offset) + ": " + fault);
   };
-  if (version != 1 && version != 2) {
+  if (version != cosar::integers && version != cosar::half_floats) {
     fail("samples of version " + std::to_string(version) +
          "; known are 1, integers of 16 bits, and 2, half-precision numbers");
   }
@@ -103,13 +78,12 @@ CosarFile open_cosar(const std::string& path) {
     failure.path = path;
     throw failure;
   }
-  Header header{};
   std::int64_t next = 0;
-  for (std::int64_t at = 0; read_header(cosar, at, header); at = next) {
+  for (std::int64_t at = 0; const auto header = read_header(cosar, at); at = next) {
     if (cosar.bursts.size() == most_bursts) {
       throw Failure(gkc_BadImage, path, "has more than " + std::to_string(most_bursts) + " bursts");
     }
-    cosar.bursts.push_back(burst_of(cosar, header, at, next));
+    cosar.bursts.push_back(burst_of(cosar, *header, at, next));
   }
   if (cosar.bursts.empty()) {
     throw Failure(gkc_BadImage, path, "is no COSAR file: \"CSAR\" does not stand at byte 28");

@@ -57,8 +57,8 @@ void set_scene_times(RadarGenericModel& model, level1bProductBase& product) {
 void set_geometry(RadarGenericModel& model, const TsxFile& file) {
   level1bProductBase& product = *file.product;
   model.doy = tsx_DayOfYear(model.year, model.month, model.day);
-  model.semimajor = 6378137.0;
-  model.semiminor = 6356752.314;
+  model.semimajor = published_semimajor;
+  model.semiminor = published_semiminor;
   model.wavelength = speed_of_light / product.centerFrequency();
   if (file.productVariant == variant_ssc) {
     model.range_pix_spacing = product.projectedSpacingSlantRange();

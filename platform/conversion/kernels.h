@@ -11,7 +11,7 @@
 namespace conversion {
 
 // The loops over samples and pixels, compiled once for each instruction set that pays: one source,
-// pixel_kernels.inc and sample_kernels.inc. All give the same bits, those that conversion.h tells.
+// kernel_table.inc. All give the same bits, those that conversion.h tells.
 // `count` may be anything; targets overlap no sources.
 struct Kernels {
   const char* name;  // of the instruction set

@@ -3,15 +3,10 @@
 namespace conversion {
 
 namespace {
-#include "conversion/pixel_kernels.inc"
-#include "conversion/sample_kernels.inc"
+#include "conversion/kernel_table.inc"
 }  // namespace
 
 extern const Kernels avx2_kernels;
-const Kernels avx2_kernels = {
-    "AVX2", split_big_endian, split,        from_big_endian, magnitude, phase,
-    narrow, widen_integers,   widen_pixels, widen_halves,    moduli,    angles,
-    powers, squares,          scale,        decibels,        weigh,     ramp,
-    blend};
+const Kernels avx2_kernels = kernels_of("AVX2");
 
 }  // namespace conversion

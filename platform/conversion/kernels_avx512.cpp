@@ -3,15 +3,10 @@
 namespace conversion {
 
 namespace {
-#include "conversion/pixel_kernels.inc"
-#include "conversion/sample_kernels.inc"
+#include "conversion/kernel_table.inc"
 }  // namespace
 
 extern const Kernels avx512_kernels;
-const Kernels avx512_kernels = {
-    "AVX-512", split_big_endian, split,        from_big_endian, magnitude, phase,
-    narrow,    widen_integers,   widen_pixels, widen_halves,    moduli,    angles,
-    powers,    squares,          scale,        decibels,        weigh,     ramp,
-    blend};
+const Kernels avx512_kernels = kernels_of("AVX-512");
 
 }  // namespace conversion

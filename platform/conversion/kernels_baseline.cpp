@@ -3,8 +3,7 @@
 namespace conversion {
 
 namespace {
-#include "conversion/pixel_kernels.inc"
-#include "conversion/sample_kernels.inc"
+#include "conversion/kernel_table.inc"
 
 // What any machine of the kind runs.
 #ifdef __SSE2__
@@ -15,10 +14,6 @@ constexpr const char* baseline = "portable";
 }  // namespace
 
 extern const Kernels baseline_kernels;
-const Kernels baseline_kernels = {
-    baseline, split_big_endian, split,        from_big_endian, magnitude, phase,
-    narrow,   widen_integers,   widen_pixels, widen_halves,    moduli,    angles,
-    powers,   squares,          scale,        decibels,        weigh,     ramp,
-    blend};
+const Kernels baseline_kernels = kernels_of(baseline);
 
 }  // namespace conversion

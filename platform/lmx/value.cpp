@@ -48,40 +48,6 @@ Magnitude parse_integer(std::string_view text) {
   return {negative, value};
 }
 
-// The powers of ten, all of which a double holds exactly, as far as a short decimal has digits.
-constexpr std::size_t longest_short_decimal = 18;  // 16 digits, a sign and a point
-constexpr std::array<double, longest_short_decimal + 1> powers_of_ten = {
-    1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
-    1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
-
-// A number written without exponent and with so few digits that they make a whole number which a
-// double holds exactly. The quotient of two exact doubles is rounded once, to the double nearest to
-// the text: the same that from_chars and atof find. Nothing for any other text.
-std::optional<double> convert_short_decimal(std::string_view text) {
-  if (text.size() > longest_short_decimal) return std::nullopt;
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  if (at != end && (*at == '-' || *at == '+')) ++at;
-  std::uint64_t digits = 0;
-  const auto take_digits = [&] {
-    const char* const first = at;
-    for (; at != end && is_digit(*at); ++at) {
-      digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
-    }
-    return static_cast<std::size_t>(at - first);
-  };
-  const std::size_t whole = take_digits();
-  std::size_t fraction = 0;
-  if (at != end && *at == '.') {
-    ++at;
-    fraction = take_digits();
-  }
-  constexpr std::uint64_t exact_up_to = std::uint64_t{1} << 53;
-  if (at != end || whole + fraction == 0 || digits > exact_up_to) return std::nullopt;
-  const double value = static_cast<double>(digits) / powers_of_ten[fraction];
-  return text[0] == '-' ? -value : value;
-}
-
 // atof in the locale "C", whatever the process's is; for the rare numbers that from_chars does not
 // take.
 double convert_by_library(const char* text) {
@@ -227,7 +193,6 @@ double to_double(const std::string& text) {
 }
 
 std::optional<double> to_valid_double(const std::string& text) {
-  if (const auto value = convert_short_decimal(text)) return value;
   // from_chars also takes "inf", "nan(1)" and the like; of what it takes whole, only the forms that
   // XML Schema has too end so.
   const char* const end = text.data() + text.size();

@@ -80,8 +80,8 @@ void expect_truth(const gridkit::GeolocationGrid& grid, const simulate::Scene& s
     const simulate::RasterTimes times = {point.azimuth_time - epoch, point.range_time};
     const simulate::Geodetic place = scene.ground_at(times);
     // 10^-9 degrees are 0.1 mm; times of the day have 10^-11 s, which is 10^-7 m.
-    EXPECT_NEAR(point.latitude, place.latitude / degree, 1e-9);
-    EXPECT_NEAR(point.longitude, place.longitude / degree, 1e-9);
+    EXPECT_NEAR(point.latitude, place.latitude_radians / degree, 1e-9);
+    EXPECT_NEAR(point.longitude, place.longitude_radians / degree, 1e-9);
     EXPECT_NEAR(point.height, place.height, 1e-4);
     EXPECT_NEAR(point.incidence, scene.incidence_at(place) / degree, 1e-8);
     const simulate::Pixel pixel = scene.pixel_at(times);

@@ -69,7 +69,8 @@ TEST_F(MifNode, EndsAtTheFirstFailureAndKeepsWhatWasMade) {
     toolkit().fail_at[step.operation] = 1;
     create(nullptr);
     ASSERT_FALSE(toolkit().printed.empty()) << step.operation;
-    EXPECT_EQ(toolkit().printed.front(), (PrintedReport{"tsx_CreateMIFNode", step.message, 2}));
+    EXPECT_EQ(toolkit().printed.front(),
+              (PrintedReport{"tsx_CreateMIFNode", step.message, gke_SeverityError}));
     EXPECT_EQ(text != nullptr, step.has_text) << step.operation;
     EXPECT_EQ(size != 0, step.has_size) << step.operation;
     EXPECT_EQ(type != nullptr, step.has_type) << step.operation;
@@ -85,7 +86,7 @@ TEST_F(MifNode, LeavesItsReportToACallerWithASlot) {
 }
 
 TEST_F(MifNode, DropsWhatTheSlotHeld) {
-  report = gke_CreateErrorReport("word", 1, 2, nullptr, "of the design", 0);
+  report = gke_CreateErrorReport("word", 1, gke_SeverityError, nullptr, "of the design", 0);
   create(&report);
   EXPECT_EQ(report, nullptr);
 }

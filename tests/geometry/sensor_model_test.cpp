@@ -274,7 +274,7 @@ TEST_F(SensorModel, PassesTheOrbitModelsReportOn) {
   EXPECT_TRUE(toolkit().printed.empty());
   gke_PrintErrorReport(report, 0, 0);
   EXPECT_EQ(toolkit().printed.front(),
-            (PrintedReport{"tsx_GenericSARRead", "rmdl_modelEphemeris failed", 2}));
+            (PrintedReport{"tsx_GenericSARRead", "rmdl_modelEphemeris failed", gke_SeverityError}));
   gke_DeleteErrorReportEx(&report);
 }
 

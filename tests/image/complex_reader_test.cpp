@@ -176,7 +176,8 @@ TEST_F(ComplexReader, AFailingSeekHasItsWordsAndLeavesTheBlock) {
   toolkit().fail_at["gkf_fseeko"] = 3;
   EXPECT_TRUE(read(0, 0)) << "the pointer stays";
   EXPECT_EQ(toolkit().printed,
-            (std::vector<PrintedReport>{{"tsx_ReadLineComplex", "gkf_fseeko failed", 2}}));
+            (std::vector<PrintedReport>{
+                {"tsx_ReadLineComplex", "gkf_fseeko failed", gke_SeverityError}}));
   EXPECT_EQ(pixels[0], 777);
   EXPECT_EQ(toolkit().live_blocks, 0);
 }
@@ -198,7 +199,7 @@ TEST_F(ComplexReader, ThereIsNoFifthImage) {
 }
 
 TEST_F(ComplexReader, DropsWhatTheCallersSlotHeld) {
-  gke_Report* slot = gke_CreateErrorReport("before", 0, 2, nullptr, "stale", 0);
+  gke_Report* slot = gke_CreateErrorReport("before", 0, gke_SeverityError, nullptr, "stale", 0);
   TsxLayer layer{&file, 0};
   void* block = pixels.data();
   tsx_ReadLineComplex(&layer, 0, 0, &block, 0, &slot);
@@ -298,9 +299,9 @@ TEST_F(ComplexReader, RefusesBlocksBeyondTwoGibibytesUnallocated) {
     file.blockWidth = size.width;
     file.blockHeight = size.height;
     EXPECT_TRUE(read(0, 0)) << "the pointer stays";
-    EXPECT_EQ(
-        toolkit().printed,
-        (std::vector<PrintedReport>{{"tsx_ReadLineComplex", "No memory for block buffers", 2}}));
+    EXPECT_EQ(toolkit().printed,
+              (std::vector<PrintedReport>{
+                  {"tsx_ReadLineComplex", "No memory for block buffers", gke_SeverityError}}));
     EXPECT_EQ(toolkit().calls["gkm_HeapMalloc"], 0);
     EXPECT_EQ(pixels[0], 777);
   }

@@ -109,7 +109,7 @@ TEST_F(Layers, WithoutAPolarisationThereIsNoName) {
 }
 
 TEST_F(Layers, TheNameBuilderClearsTheCallersReport) {
-  gke_Report* stale = gke_CreateErrorReport("before", 0, 2, nullptr, "stale", 0);
+  gke_Report* stale = gke_CreateErrorReport("before", 0, gke_SeverityError, nullptr, "stale", 0);
   gke_Report* slot = stale;
   gkm_HeapFree(tsx_FileLayerNamesGet(&file, 0, &slot));
   EXPECT_EQ(slot, nullptr);
@@ -119,8 +119,9 @@ TEST_F(Layers, TheNameBuilderClearsTheCallersReport) {
 TEST_F(Layers, AFailingNameHasItsWords) {
   toolkit().fail_at["gks_Sprintf"] = 2;
   EXPECT_TRUE(names(-1).empty());
-  EXPECT_EQ(toolkit().printed[0],
-            (PrintedReport{"tsxFileLayerNamesGet", "tsx_FileLayerNamesGet failed", 2}));
+  EXPECT_EQ(
+      toolkit().printed[0],
+      (PrintedReport{"tsxFileLayerNamesGet", "tsx_FileLayerNamesGet failed", gke_SeverityError}));
   EXPECT_EQ(toolkit().live_reports, 0);
 }
 
@@ -133,8 +134,9 @@ TEST_F(Layers, AFailingAppendHasItsWords) {
     file.layerNames = nullptr;
     toolkit().fail_at["gks_StringListAppend"] = toolkit().calls["gks_StringListAppend"] + call;
     EXPECT_TRUE(names(-1).empty());
-    EXPECT_EQ(toolkit().printed[0],
-              (PrintedReport{"tsxFileLayerNamesGet", "gks_StringListAppend failed", 2}));
+    EXPECT_EQ(
+        toolkit().printed[0],
+        (PrintedReport{"tsxFileLayerNamesGet", "gks_StringListAppend failed", gke_SeverityError}));
     const int kept = file.layerNames == nullptr ? 0 : file.layerNames->count;
     EXPECT_EQ(kept, call / 2) << call;
     EXPECT_EQ(toolkit().live_blocks, kept == 0 ? 0 : kept + 1) << "texts and their array";
@@ -144,8 +146,9 @@ TEST_F(Layers, AFailingAppendHasItsWords) {
 TEST_F(Layers, AFailingDeleteIsAWarningAndChangesNothing) {
   toolkit().fail_at["gks_StringListDelete"] = 1;
   EXPECT_EQ(names().size(), 4U);
-  EXPECT_EQ(toolkit().printed[0],
-            (PrintedReport{"tsxFileLayerNamesGet", "gks_StringListDelete failed", 0}));
+  EXPECT_EQ(
+      toolkit().printed[0],
+      (PrintedReport{"tsxFileLayerNamesGet", "gks_StringListDelete failed", gke_SeverityWarning}));
 }
 
 TEST_F(Layers, AFailingDeleteAfterAFailingAppendIsPrintedToo) {
@@ -251,16 +254,18 @@ TEST_F(Layers, AFailingPreferenceIsPrintedAndTheHandleDelivered) {
 TEST_F(Layers, ARefusedNameHasItsWordsAndNoHandle) {
   const int32_t before = s_tsxLayerOpenCount;
   EXPECT_EQ(open("nonsense").layer, nullptr);
-  EXPECT_EQ(toolkit().printed,
-            (std::vector<PrintedReport>{{"tsxLayerOpen", "tsx_LayerCheck failed", 2}}));
+  EXPECT_EQ(
+      toolkit().printed,
+      (std::vector<PrintedReport>{{"tsxLayerOpen", "tsx_LayerCheck failed", gke_SeverityError}}));
   EXPECT_EQ(s_tsxLayerOpenCount, before);
 }
 
 TEST_F(Layers, WithoutMemoryThereIsNoHandle) {
   toolkit().fail_at["gkm_HeapMalloc"] = 1;
   EXPECT_EQ(open("X_HH_MAGNITUDE_1").layer, nullptr);
-  EXPECT_EQ(toolkit().printed,
-            (std::vector<PrintedReport>{{"tsxLayerOpen", "No memory in layeropen", 2}}));
+  EXPECT_EQ(
+      toolkit().printed,
+      (std::vector<PrintedReport>{{"tsxLayerOpen", "No memory in layeropen", gke_SeverityError}}));
 }
 
 TEST_F(Layers, OfAProductOfNegativeHeightTellIt) {

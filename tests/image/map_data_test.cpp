@@ -69,7 +69,7 @@ TEST_F(MapData, InfoThatCannotBeReadIsReported) {
   toolkit().fail_at["gkl_MapInfoRead"] = 1;
   EXPECT_EQ(info(variant_gec), -1);
   EXPECT_EQ(toolkit().printed.front(),
-            (PrintedReport{"tsxLayerMapInfoRead", "gkl_MapInfoRead failed", 2}));
+            (PrintedReport{"tsxLayerMapInfoRead", "gkl_MapInfoRead failed", gke_SeverityError}));
   EXPECT_EQ(toolkit().live_reports, 0);
 }
 
@@ -122,9 +122,9 @@ TEST_F(MapData, ProjectionThatCannotBeReadLeavesAReportUnprinted) {
   EXPECT_EQ(name, nullptr);
   for (const MifValue value : mif) EXPECT_EQ(value, nullptr);
   EXPECT_TRUE(toolkit().printed.empty());
-  EXPECT_EQ(
-      toolkit().created,
-      (std::vector<PrintedReport>{{"tsxLayerMapProjectionRead", "gkl_LayerMapProjectionRead", 2}}));
+  EXPECT_EQ(toolkit().created,
+            (std::vector<PrintedReport>{
+                {"tsxLayerMapProjectionRead", "gkl_LayerMapProjectionRead", gke_SeverityError}}));
   EXPECT_EQ(toolkit().live_reports, 2) << "the toolkit's and the function's, neither deleted";
 }
 
@@ -133,9 +133,9 @@ TEST_F(MapData, ProjectionThatCannotBeConvertedKeepsItsName) {
   EXPECT_EQ(projection(variant_gec), -1);
   EXPECT_STREQ(name, "UTM");
   EXPECT_TRUE(toolkit().printed.empty());
-  EXPECT_EQ(
-      toolkit().created,
-      (std::vector<PrintedReport>{{"tsxLayerMapProjectionRead", "gkj_ProjectionConvertToMIF", 2}}));
+  EXPECT_EQ(toolkit().created,
+            (std::vector<PrintedReport>{
+                {"tsxLayerMapProjectionRead", "gkj_ProjectionConvertToMIF", gke_SeverityError}}));
 }
 
 TEST_F(MapData, ProjectionDoesNotLookAtAFailureOfTheInfo) {
@@ -183,8 +183,9 @@ TEST_F(MapData, TheNameAloneAnswersWhenTheConversionFails) {
   toolkit().fail_at["gkj_ProjectionConvertFromMIF"] = 1;
   toolkit().fail_until["gkj_ProjectionConvertFromMIF"] = 2;
   EXPECT_EQ(supported("UTM"), 1);
-  EXPECT_EQ(toolkit().printed.front(), (PrintedReport{"tsxInstanceMapProjectionIsSupported",
-                                                      "gkj_ProjectionConvertFromMIF failed", 2}));
+  EXPECT_EQ(toolkit().printed.front(),
+            (PrintedReport{"tsxInstanceMapProjectionIsSupported",
+                           "gkj_ProjectionConvertFromMIF failed", gke_SeverityError}));
   EXPECT_EQ(supported("Lambert"), 0);
 }
 

@@ -56,14 +56,15 @@ TEST_F(RasterRead, WithoutARectangleItFails) {
   toolkit().fail_at["gkl_PixelRectCreate"] = 1;
   EXPECT_EQ(read(0, 0), -1);
   EXPECT_EQ(toolkit().printed[0],
-            (PrintedReport{"tsxLayerRasterRead", "gkl_PixelRectCreate failed", 2}));
+            (PrintedReport{"tsxLayerRasterRead", "gkl_PixelRectCreate failed", gke_SeverityError}));
   EXPECT_EQ(toolkit().live_blocks, 0);
 }
 
 TEST_F(RasterRead, AFailingReadLeavesTheBlockAndItsOwnBuffers) {
   toolkit().fail_at["gkl_LayerRead"] = 1;
   EXPECT_EQ(read(0, 0), -1);
-  EXPECT_EQ(toolkit().printed[0], (PrintedReport{"tsxLayerRasterRead", "gkl_LayerRead failed", 2}));
+  EXPECT_EQ(toolkit().printed[0],
+            (PrintedReport{"tsxLayerRasterRead", "gkl_LayerRead failed", gke_SeverityError}));
   EXPECT_EQ(pixels[0], 777);
   EXPECT_EQ(toolkit().live_blocks, 1) << "the staging buffer is lost on this road, as told";
 }
@@ -126,8 +127,9 @@ TEST_F(RasterRead, AComplexFailureIsWrapped) {
   EXPECT_EQ(read(0, 0), -1) << "no image is open";
   ASSERT_EQ(toolkit().printed.size(), 2U);
   EXPECT_EQ(toolkit().printed[0],
-            (PrintedReport{"tsxLayerRasterRead", "tsx_ReadLineComplex failed", 2}));
-  EXPECT_EQ(toolkit().printed[1], (PrintedReport{"tsx_ReadLineComplex", "gkf_fseeko failed", 2}));
+            (PrintedReport{"tsxLayerRasterRead", "tsx_ReadLineComplex failed", gke_SeverityError}));
+  EXPECT_EQ(toolkit().printed[1],
+            (PrintedReport{"tsx_ReadLineComplex", "gkf_fseeko failed", gke_SeverityError}));
   EXPECT_EQ(toolkit().live_reports, 0);
 }
 

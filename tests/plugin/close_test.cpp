@@ -66,8 +66,9 @@ TEST_F(Close, EachStepOfTheReleaseCanEndIt) {
     const char* variant;
     std::size_t reports;
   };
-  for (const Step& step : {Step{"gkl_LayerClose", "GEC", 2}, Step{"gks_StringListDelete", "SSC", 2},
-                           Step{"gkf_Close", "SSC", 2}}) {
+  for (const Step& step : {Step{"gkl_LayerClose", "GEC", gke_SeverityError},
+                           Step{"gks_StringListDelete", "SSC", gke_SeverityError},
+                           Step{"gkf_Close", "SSC", gke_SeverityError}}) {
     delete toolkit().document;
     reset_toolkit();
     toolkit().files[path] = annotation;

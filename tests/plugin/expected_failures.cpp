@@ -27,12 +27,12 @@ int layers(const std::string& variant) {
 }
 
 PrintedReport made_to_fail(const std::string& operation) {
-  return {operation, "made to fail", 2};
+  return {operation, "made to fail", gke_SeverityError};
 }
 
 // A failure of the function, over what it was told by the operation.
 Reports over(const char* word, const char* message, const std::string& operation,
-             std::int32_t severity = 2) {
+             std::int32_t severity = gke_SeverityError) {
   return {{word, message, severity}, made_to_fail(operation)};
 }
 
@@ -83,11 +83,11 @@ Expectation without_memory_in_open(const std::string& variant, int nth) {
   // What recognition asks for comes first.
   const int vectors = nth - open_allocation::line_of_recognition;
   if (vectors > arrays(variant)) {
-    return unfinished({{open_word, "No memory for the product's directory", 2}},
+    return unfinished({{open_word, "No memory for the product's directory", gke_SeverityError}},
                       sum(lost_by_unfinished(variant, true), {{"block", arrays(variant)}}));
   }
-  return unfinished({{open_word, "tsx_GenericSARRead failed", 2},
-                     {"tsx_GenericSARRead", "No memory for the state vectors", 2}},
+  return unfinished({{open_word, "tsx_GenericSARRead failed", gke_SeverityError},
+                     {"tsx_GenericSARRead", "No memory for the state vectors", gke_SeverityError}},
                     sum(lost_by_unfinished(variant, true), {{"block", vectors - 1}}));
 }
 
@@ -96,11 +96,12 @@ Expectation unformatted_in_open(const std::string& variant, int nth, const Expec
   if (nth == open_text::counter) return {whole.outcome, {made}, sum(whole.lost, {{"text", -1}})};
   if (is_complex(variant)) {
     return unfinished_at_image(variant, nth - open_text::first_image,
-                               {{open_word, "gkf_fopen failed", 2}, made});
+                               {{open_word, "gkf_fopen failed", gke_SeverityError}, made});
   }
-  return unfinished_at_image(
-      variant, nth - open_text::first_image,
-      {{open_word, "gkl_LayerGetNames failed", 2}, {"gkl_LayerGetNames", "no path", 2}, made});
+  return unfinished_at_image(variant, nth - open_text::first_image,
+                             {{open_word, "gkl_LayerGetNames failed", gke_SeverityError},
+                              {"gkl_LayerGetNames", "no path", gke_SeverityError},
+                              made});
 }
 
 // Failures after recognition, in an open that builds a record.
@@ -108,7 +109,7 @@ Expectation failing_open(const std::string& variant, const std::string& operatio
                          const Expectation& whole) {
   if (operation == record_allocation) {
     return {"none, title 0",
-            {{open_word, "No memory for TsxFile structure", 2}},
+            {{open_word, "No memory for TsxFile structure", gke_SeverityError}},
             sum(counter_text, {{"file", 1}})};
   }
   if (operation == "gkm_HeapMalloc") return without_memory_in_open(variant, nth);
@@ -118,27 +119,28 @@ Expectation failing_open(const std::string& variant, const std::string& operatio
     if (nth == open_copy::map_projection) {
       return {whole.outcome, {}, sum(whole.lost, {{"text", -1}})};
     }
-    return unfinished({{open_word, "No memory for the product's path", 2}},
+    return unfinished({{open_word, "No memory for the product's path", gke_SeverityError}},
                       sum(lost_by_unfinished(variant, false), {{"text", -1}}));
   }
   // The version text that is not found; what is sought and missing anyway changes nothing.
   if (operation == "gks_SubString" && nth == 3) {
-    return unfinished({{open_word, "Wrong XML schema file detected", 2}},
+    return unfinished({{open_word, "Wrong XML schema file detected", gke_SeverityError}},
                       lost_by_unfinished(variant, false));
   }
   if (operation == "rmdl_modelEphemeris") {
-    return unfinished({{open_word, "tsx_GenericSARRead failed", 2},
-                       {"tsx_GenericSARRead", "rmdl_modelEphemeris failed", 2},
+    return unfinished({{open_word, "tsx_GenericSARRead failed", gke_SeverityError},
+                       {"tsx_GenericSARRead", "rmdl_modelEphemeris failed", gke_SeverityError},
                        made_to_fail(operation)},
                       sum(lost_by_unfinished(variant, true), {{"block", arrays(variant)}}));
   }
   if (operation == "gkf_fopen") {
-    return unfinished_at_image(variant, nth - 1, {{open_word, "gkf_fopen failed", 2}});
+    return unfinished_at_image(variant, nth - 1,
+                               {{open_word, "gkf_fopen failed", gke_SeverityError}});
   }
   if (operation == "gki_GetInit") {
     return unfinished_at_image(variant, nth - 1,
-                               {{open_word, "gkl_LayerGetNames failed", 2},
-                                {"gkl_LayerGetNames", "no token", 2},
+                               {{open_word, "gkl_LayerGetNames failed", gke_SeverityError},
+                                {"gkl_LayerGetNames", "no token", gke_SeverityError},
                                 made_to_fail(operation)});
   }
   if (operation == "gkl_LayerGetNames") {
@@ -154,7 +156,7 @@ Expectation failing_open(const std::string& variant, const std::string& operatio
     lost = sum(lost, is_complex(variant)
                          ? Losses{{"stream", images}}
                          : Losses{{"layer", images}, {"list", images}, {"entry", 3 * images}});
-    return unfinished({{open_word, "pool_AddFileHandleToList failed", 2}}, lost);
+    return unfinished({{open_word, "pool_AddFileHandleToList failed", gke_SeverityError}}, lost);
   }
   if (operation == "pool_FindFileHandleIfOpen" || operation == "gks_SubString") return whole;
   untold();
@@ -228,7 +230,7 @@ Expectation failing_names(const Expectation& whole, const std::string& operation
 Expectation failing_data_names(const std::string& operation) {
   const char* const word = "tsxFileRasterFormatsNonStandardDataNamesGet";
   if (operation == "gks_Sprintf") return {"-1", over(word, "gks_Sprintf failed.", operation), {}};
-  return {"-1", {{word, "No memory for the list of names", 2}}, {}};
+  return {"-1", {{word, "No memory for the list of names", gke_SeverityError}}, {}};
 }
 
 // The design of the sensor model is destroyed, that of the calibration factor is left behind.
@@ -244,14 +246,14 @@ Expectation failing_data(const Expectation& whole, const std::string& step,
   }
   const auto at = [&](const char* outcome, const char* message) {
     return Expectation{outcome,
-                       {{"tsxFileDataRead", "Creating MIF Node failed.", 2},
-                        {"tsx_CreateMIFNode", message, 2},
+                       {{"tsxFileDataRead", "Creating MIF Node failed.", gke_SeverityError},
+                        {"tsx_CreateMIFNode", message, gke_SeverityError},
                         made_to_fail(operation)},
                        whole.lost};
   };
   if (operation == "gkd_DesignCreate") {
     Expectation expected = at("-1", "dictionary add failed");
-    expected.printed.back() = {"gkd_DictionaryAddDesign", "no design", 2};
+    expected.printed.back() = {"gkd_DictionaryAddDesign", "no design", gke_SeverityError};
     expected.lost = {};
     return expected;
   }
@@ -276,9 +278,10 @@ Expectation failing_data(const Expectation& whole, const std::string& step,
 
 Expectation failing_layer_open(const Expectation& whole, const std::string& operation) {
   const char* const word = "tsxLayerOpen";
-  if (operation == "gkm_HeapMalloc") return {"none", {{word, "No memory in layeropen", 2}}, {}};
+  if (operation == "gkm_HeapMalloc")
+    return {"none", {{word, "No memory in layeropen", gke_SeverityError}}, {}};
   if (operation == "gks_REComp" || operation == "gks_REExec") {
-    return {"none", {{word, "tsx_LayerCheck failed", 2}}, {}};
+    return {"none", {{word, "tsx_LayerCheck failed", gke_SeverityError}}, {}};
   }
   // The preference and the counter's text are told of and change nothing.
   Expectation expected = {whole.outcome, {made_to_fail(operation)}, whole.lost};
@@ -291,20 +294,20 @@ Expectation failing_read(const std::string& variant, const Expectation& whole,
   const char* const word = "tsxLayerRasterRead";
   const char* const no_memory = "No memory for block buffers";
   if (is_complex(variant)) {
-    const PrintedReport outer{word, "tsx_ReadLineComplex failed", 2};
+    const PrintedReport outer{word, "tsx_ReadLineComplex failed", gke_SeverityError};
     // Nothing of the line and no end of the file: nothing is converted.
     if (operation == "gkf_fread") return {"0", {}, {}};
     // One item of the sixth line, 5 x 8 samples from the start: 40 pixels of 64.
     if (operation == "gkf_feof" && step == "second read") return {"0 some pixels", {}, {}};
     if (operation == "gkm_HeapMalloc") {
-      return {"-1", {outer, {"tsx_ReadLineComplex", no_memory, 2}}, {}};
+      return {"-1", {outer, {"tsx_ReadLineComplex", no_memory, gke_SeverityError}}, {}};
     }
     if (operation == "gkf_fseeko") {
-      return {"-1", {outer, {"tsx_ReadLineComplex", "gkf_fseeko failed", 2}}, {}};
+      return {"-1", {outer, {"tsx_ReadLineComplex", "gkf_fseeko failed", gke_SeverityError}}, {}};
     }
     untold();
   }
-  if (operation == "gkm_HeapMalloc") return {"-1", {{word, no_memory, 2}}, {}};
+  if (operation == "gkm_HeapMalloc") return {"-1", {{word, no_memory, gke_SeverityError}}, {}};
   if (operation == "gkl_PixelRectCreate") {
     return {"-1", over(word, "gkl_PixelRectCreate failed", operation), {}};
   }
@@ -326,7 +329,7 @@ Expectation failing_map(const Expectation& whole, const std::string& step,
   }
   if (is_info) {
     return {nth == 1 ? "-1 (null) metre" : "-1 UTM (null)",
-            {{"tsxLayerMapInfoRead", "No memory for the map information", 2}},
+            {{"tsxLayerMapInfoRead", "No memory for the map information", gke_SeverityError}},
             {}};
   }
   // The name is the conversion's where it succeeds.

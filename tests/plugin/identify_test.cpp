@@ -57,7 +57,8 @@ TEST_F(Identify, RecognisesAFileWithoutAVersionTextAndLeavesTheIndex) {
 TEST_F(Identify, RefusesAnotherLevelOrMissionInSilence) {
   EXPECT_EQ(identify(annotation("3.4", "Level 1A Product")), -1);
   EXPECT_EQ(identify(annotation("3.4", "Level 1B Product", "ERS-1")), -1);
-  const PrintedReport foreign = {"tsx_FileIdentify", "This is not a TerraSAR-X file.", 2};
+  const PrintedReport foreign = {"tsx_FileIdentify", "This is not a TerraSAR-X file.",
+                                 gke_SeverityError};
   EXPECT_EQ(toolkit().created, (std::vector<PrintedReport>{foreign, foreign}));
   EXPECT_TRUE(toolkit().printed.empty());
   EXPECT_EQ(toolkit().live_reports, 0);
@@ -203,8 +204,9 @@ TEST_F(Identify, WrapsEachFailureInItsWords) {
     reset_toolkit();
     toolkit().fail_at[failing.operation] = failing.call;
     EXPECT_EQ(identify(annotation("3.4")), -1);
-    EXPECT_EQ(toolkit().created,
-              (std::vector<PrintedReport>{{"tsx_FileIdentify", failing.message, 2}}));
+    EXPECT_EQ(
+        toolkit().created,
+        (std::vector<PrintedReport>{{"tsx_FileIdentify", failing.message, gke_SeverityError}}));
     EXPECT_TRUE(toolkit().printed.empty());
     EXPECT_EQ(toolkit().live_reports, 0);
   }
@@ -214,7 +216,8 @@ TEST_F(Identify, PrintsAFailingCloseAsAWarning) {
   toolkit().fail_at["gkf_Close"] = 1;
   EXPECT_EQ(identify(annotation("3.4")), 0);
   ASSERT_EQ(toolkit().printed.size(), 2U);
-  EXPECT_EQ(toolkit().printed[0], (PrintedReport{"tsx_FileIdentify", "gkf_Close failed", 0}));
+  EXPECT_EQ(toolkit().printed[0],
+            (PrintedReport{"tsx_FileIdentify", "gkf_Close failed", gke_SeverityWarning}));
   EXPECT_EQ(toolkit().live_reports, 0);
 }
 

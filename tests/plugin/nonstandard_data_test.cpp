@@ -79,9 +79,9 @@ TEST_F(NonStandardData, ListLosesNothingWhenANameCannotBeMade) {
     int32_t count = -7;
     char** list = nullptr;
     EXPECT_EQ(tsxFileRasterFormatsNonStandardDataNamesGet(&file, &count, &list), -1);
-    EXPECT_EQ(
-        toolkit().printed.front(),
-        (PrintedReport{"tsxFileRasterFormatsNonStandardDataNamesGet", "gks_Sprintf failed.", 2}));
+    EXPECT_EQ(toolkit().printed.front(),
+              (PrintedReport{"tsxFileRasterFormatsNonStandardDataNamesGet", "gks_Sprintf failed.",
+                             gke_SeverityError}));
     EXPECT_EQ(toolkit().live_blocks, 0);
     EXPECT_EQ(list, nullptr);
   }
@@ -129,7 +129,7 @@ TEST_F(NonStandardData, NeedsADictionary) {
   toolkit().fail_at["gkd_DictionaryCreate"] = 1;
   EXPECT_EQ(read(":TSX_Beta0"), -1);
   EXPECT_EQ(toolkit().printed.front(),
-            (PrintedReport{"tsxFileDataRead", "dictionary create failed", 2}));
+            (PrintedReport{"tsxFileDataRead", "dictionary create failed", gke_SeverityError}));
 }
 
 TEST_F(NonStandardData, TellsAFailedEncoding) {

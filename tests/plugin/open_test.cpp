@@ -55,8 +55,9 @@ TEST_F(Open, RefusesModesThatCreate) {
     EXPECT_EQ(open(mode), nullptr);
     EXPECT_EQ(title, -1);
     ASSERT_EQ(toolkit().printed.size(), 1U) << mode;
-    EXPECT_EQ(toolkit().printed[0],
-              (PrintedReport{word, "TerraSAR-X file creation is not supported", 2}));
+    EXPECT_EQ(
+        toolkit().printed[0],
+        (PrintedReport{word, "TerraSAR-X file creation is not supported", gke_SeverityError}));
   }
   EXPECT_EQ(toolkit().calls["gkf_Open"], 0);
 }
@@ -178,20 +179,20 @@ TEST_F(Open, AFailingOpenOfTheAnnotationGivesNoRecord) {
   toolkit().fail_at["gkf_Open"] = 2;
   EXPECT_EQ(open(), nullptr);
   EXPECT_EQ(title, 0);
-  EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, "gkf_Open failed", 2}));
+  EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, "gkf_Open failed", gke_SeverityError}));
   EXPECT_EQ(s_tsxFileTitleIdentifyAndOpenCount, opened_before);
   EXPECT_EQ(toolkit().live_reports, 0);
 }
 
 // An unfinished record is handed out, the error printed, and the registry does not know it.
-#define EXPECT_UNFINISHED(record, message)                              \
-  do {                                                                  \
-    ASSERT_NE(record, nullptr);                                         \
-    EXPECT_FALSE(registered(record));                                   \
-    EXPECT_EQ(title, 0);                                                \
-    ASSERT_FALSE(toolkit().printed.empty());                            \
-    EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, message, 2})); \
-    EXPECT_EQ(toolkit().live_reports, 0);                               \
+#define EXPECT_UNFINISHED(record, message)                                              \
+  do {                                                                                  \
+    ASSERT_NE(record, nullptr);                                                         \
+    EXPECT_FALSE(registered(record));                                                   \
+    EXPECT_EQ(title, 0);                                                                \
+    ASSERT_FALSE(toolkit().printed.empty());                                            \
+    EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, message, gke_SeverityError})); \
+    EXPECT_EQ(toolkit().live_reports, 0);                                               \
   } while (false)
 
 TEST_F(Open, WithoutMemoryForItsTextsTheRecordIsUnfinished) {
@@ -407,7 +408,7 @@ TEST_F(Open, TheAnnotationIsClosedUntilThatSucceeds) {
   EXPECT_EQ(title, 0);
   EXPECT_EQ(toolkit().calls["gkf_Close"], 5);
   ASSERT_EQ(toolkit().printed.size(), 6U) << "three chains of two";
-  EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, "gkf_Close failed", 2}));
+  EXPECT_EQ(toolkit().printed[0], (PrintedReport{word, "gkf_Close failed", gke_SeverityError}));
   EXPECT_EQ(toolkit().live_reports, 0);
 }
 

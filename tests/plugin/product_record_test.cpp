@@ -113,8 +113,8 @@ TEST_F(ProductRecord, WithoutMemoryTheOpenHasItsWordsAndNoRecord) {
   EXPECT_EQ(tsxFileTitleIdentifyAndOpen("a.xml", &title, "r"), nullptr);
   EXPECT_EQ(title, 0);
   EXPECT_EQ(toolkit().printed,
-            (std::vector<PrintedReport>{
-                {"tsxFileTitleIdentifyAndOpen", "No memory for TsxFile structure", 2}}));
+            (std::vector<PrintedReport>{{"tsxFileTitleIdentifyAndOpen",
+                                         "No memory for TsxFile structure", gke_SeverityError}}));
 }
 
 TEST_F(ProductRecord, AComplexProductIsReleasedInAFixedOrder) {
@@ -182,7 +182,8 @@ TEST_F(ProductRecord, AFailingStepEndsTheReleaseAtOnce) {
     toolkit().fail_at[failing.operation] = toolkit().calls[failing.operation] + failing.call;
     fileFree(record);
     EXPECT_EQ(toolkit().log, failing.log) << failing.message;
-    EXPECT_EQ(toolkit().created, (std::vector<PrintedReport>{{"fileFree", failing.message, 2}}));
+    EXPECT_EQ(toolkit().created,
+              (std::vector<PrintedReport>{{"fileFree", failing.message, gke_SeverityError}}));
     EXPECT_TRUE(toolkit().printed.empty()) << failing.message;
     EXPECT_EQ(toolkit().live_reports, failing.reports) << failing.message;
     EXPECT_NE(record->sarModel->rsx.elements, nullptr) << "not reached: " << failing.message;

@@ -46,7 +46,8 @@ void gkd_DictionaryAddDesign(gkd_Dictionary* dictionary, gkd_Design* design, gke
   if (design != nullptr) {
     dictionary->designs.push_back(design);
   } else if (err != nullptr) {
-    *err = gke_CreateErrorReport("gkd_DictionaryAddDesign", 0, 2, *err, "no design", 0);
+    *err = gke_CreateErrorReport("gkd_DictionaryAddDesign", 0, gke_SeverityError, *err, "no design",
+                                 0);
   }
 }
 char* gkd_DictionaryEncodeToString(const gkd_Dictionary* dictionary, gke_Report** err) {

@@ -91,7 +91,7 @@ static gke_Report* new_report(PrintedReport content, gke_Report* previous) {
 }
 
 void report(const char* operation, gke_Report** err, const char* message) {
-  if (err != nullptr) *err = new_report({operation, message, 2}, *err);
+  if (err != nullptr) *err = new_report({operation, message, gke_SeverityError}, *err);
 }
 
 bool failed(const char* operation, gke_Report** err) {

@@ -55,7 +55,8 @@ bool fails(std::string_view operation) {
 
 bool failed(const char* operation, gke_Report** err) {
   if (!fails(operation)) return false;
-  if (err != nullptr) *err = gke_CreateErrorReport(operation, 0, 2, *err, "made to fail", 0);
+  if (err != nullptr)
+    *err = gke_CreateErrorReport(operation, 0, gke_SeverityError, *err, "made to fail", 0);
   return true;
 }
 

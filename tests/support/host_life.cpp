@@ -81,7 +81,7 @@ class Life {
 
  private:
   void step(const std::string& name, const std::function<std::string()>& action) {
-    steps.push_back({name, "no memory", 0});
+    steps.push_back({name, "no memory", gke_SeverityWarning});
     try {
       steps.back().outcome = action();
     } catch (const gridkit::Error& error) {

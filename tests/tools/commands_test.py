@@ -431,6 +431,19 @@ class Rewrite(unittest.TestCase):
         self.assertGreater(output.stat().st_size, 80 << 20)
         run(ANNOTATION, "check", output)
 
+    def test_an_attribute_that_grows_past_what_is_read_is_told(self):
+        # Each quotation mark takes six bytes once it is escaped, and a tag may have 64 MiB.
+        product = simulate("quoted").read_text()
+        source, output = FOLDER / "quoted.xml", FOLDER / "quoted_again.xml"
+        marks = '"' * (12 << 20)
+        source.write_text(re.sub('<calibrationConstant layerIndex="[^"]*"', f"<calibrationConstant layerIndex='{marks}'",
+                                 product, count=1))
+        run(ANNOTATION, "check", source)
+        self.assertEqual(f"tsx-annotation: {output}: cannot be written: /level1Product/calibration would not be read "
+                         "again: the text is too long: found more than 64 MiB in one piece\n",
+                         complaint(ANNOTATION, "rewrite", source, output))
+        self.assertEqual([], list(FOLDER.glob("quoted_again.xml*")))
+
     def test_a_faulty_file_is_refused_and_nothing_left(self):
         faulty = FOLDER / "faulty.xml"
         faulty.write_text("<level1Product/>")

@@ -41,7 +41,7 @@ std::string bursts_as_text(const CosarHeader& header) {
 
 std::string version_as_text(std::uint32_t version) {
   const std::string number = "version " + std::to_string(version) + " of the format";
-  return version == cosar_half_floats ? "half-precision floats, " + number : number;
+  return version == cosar::half_floats ? "half-precision floats, " + number : number;
 }
 
 class Check {
@@ -50,19 +50,19 @@ class Check {
       : path_(path), annotated_(annotated) {}
 
   // Whether the samples are what readers of the format know.
-  void with_format(const CosarBurst& burst, const std::string& which) {
-    if (burst.version == cosar_integers) return;
+  void with_format(const cosar::BurstHeader& burst, const std::string& which) {
+    if (burst.version == cosar::integers) return;
     add(std::string(sample_type_fact) + which, version_as_text(burst.version),
         "16-bit integers, version 1", Authority::format);
   }
 
   // Whether the annotation has the file right.
   void with_annotation(const CosarHeader& header) {
-    const CosarBurst& burst = header.bursts.front();
+    const cosar::BurstHeader& burst = header.bursts.front();
     const std::string lines = std::to_string(annotated_.lines);
     const std::string samples = std::to_string(annotated_.samples);
     const std::uint64_t record =
-        cosar_record_bytes(static_cast<std::uint64_t>(std::max(annotated_.samples, 0)));
+        cosar::record_bytes(static_cast<std::uint64_t>(std::max(annotated_.samples, 0)));
     if (burst.record_bytes != record) {
       add("record width", in_bytes(burst.record_bytes),
           in_bytes(record) + ", for " + samples + " samples a line");
@@ -78,14 +78,14 @@ class Check {
   }
 
   // Whether a burst's own numbers fit together.
-  void with_itself(const CosarBurst& burst, const std::string& which) {
-    if (burst.record_bytes < cosar_record_bytes(burst.samples)) {
+  void with_itself(const cosar::BurstHeader& burst, const std::string& which) {
+    if (burst.record_bytes < cosar::record_bytes(burst.samples)) {
       add("record width" + which, in_bytes(burst.record_bytes),
           std::to_string(burst.samples) + " samples a line, which take " +
-              in_bytes(cosar_record_bytes(burst.samples)),
+              in_bytes(cosar::record_bytes(burst.samples)),
           Authority::header);
     }
-    const std::uint64_t records = std::uint64_t{burst.lines} + cosar_annotation_records;
+    const std::uint64_t records = std::uint64_t{burst.lines} + cosar::annotation_records;
     if (burst.records != records) {
       add("records" + which, std::to_string(burst.records),
           std::to_string(burst.lines) + " lines, which with their annotation take " +
@@ -153,7 +153,7 @@ std::vector<ImageFinding> check_cosar(const std::string& path, const CosarHeader
 }
 
 std::string describe_cosar(const CosarHeader& header) {
-  const CosarBurst& burst = header.bursts.front();
+  const cosar::BurstHeader& burst = header.bursts.front();
   const std::string size = std::to_string(burst.lines) + " lines x " +
                            std::to_string(burst.samples) + " samples, records of " +
                            in_bytes(burst.record_bytes);

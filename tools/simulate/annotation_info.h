@@ -132,8 +132,8 @@ void fill_image_info(const AnnotationSource& source, ImageInfo& info) {
   raster.set_numberOfRows(scene.options.lines);
   raster.set_numberOfColumns(scene.options.samples);
   // rowSpacing is the spacing along a row, that is in range.
-  raster.get_rowSpacing().set_rowSpacing(as_float(scene.sample_spacing));
-  raster.get_columnSpacing().set_columnSpacing(as_float(scene.line_spacing));
+  raster.get_rowSpacing().set_rowSpacing(as_float(scene.annotated_sample_spacing()));
+  raster.get_columnSpacing().set_columnSpacing(as_float(scene.annotated_line_spacing()));
   if (source.has_optional()) {
     raster.get_rowSpacing().append_units(is_complex ? "s" : "m");
     raster.get_columnSpacing().append_units(is_complex ? "s" : "m");
@@ -160,8 +160,8 @@ void fill_coordinate(const AnnotationSource& source, Pixel pixel, Coordinate& co
     coordinate.set_refRow(static_cast<std::int32_t>(std::lround(pixel.line)) + 1);
     coordinate.set_refColumn(static_cast<std::int32_t>(std::lround(pixel.sample)) + 1);
   }
-  coordinate.set_lat(as_float(in_degrees(place.latitude)));
-  coordinate.set_lon(as_float(in_degrees(place.longitude)));
+  coordinate.set_lat(as_float(in_degrees(place.latitude_radians)));
+  coordinate.set_lon(as_float(in_degrees(place.longitude_radians)));
   coordinate.set_azimuthTimeUTC(date_time(scene.utc(times.azimuth)));
   coordinate.set_rangeTime(times.range);
   coordinate.set_incidenceAngle(in_degrees(scene.incidence_at(place)));
@@ -170,7 +170,7 @@ void fill_coordinate(const AnnotationSource& source, Pixel pixel, Coordinate& co
 template <class SceneInfo>
 void fill_scene_info(const AnnotationSource& source, SceneInfo& info) {
   const Scene& scene = source.scene;
-  const Pixel spacing = scene.ground_spacing();
+  const GroundSpacing spacing = scene.ground_spacing();
   const OrbitCount orbit = count_orbits(scene.epoch);
   info.set_sceneID("C" + std::to_string(orbit.cycle) + "_N" + std::to_string(orbit.relative) + "_" +
                    (scene.options.pass == Pass::ascending ? "A_" : "D_") + source.mode_text() +
@@ -180,10 +180,10 @@ void fill_scene_info(const AnnotationSource& source, SceneInfo& info) {
   fill_instant(scene.utc(scene.stop), info.get_stop());
   info.get_rangeTime().set_firstPixel(scene.near_time);
   info.get_rangeTime().set_lastPixel(scene.far_time);
-  info.set_sceneAzimuthExtent(spacing.line * (scene.options.lines - 1));
+  info.set_sceneAzimuthExtent(spacing.line_metres * (scene.options.lines - 1));
   if constexpr (requires { info.set_sceneRangeExtent(0.0); }) {
     if (source.has_optional())
-      info.set_sceneRangeExtent(spacing.sample * (scene.options.samples - 1));
+      info.set_sceneRangeExtent(spacing.sample_metres * (scene.options.samples - 1));
   }
   const Pixel middle{std::floor(scene.options.lines / 2.0),
                      std::floor(scene.options.samples / 2.0)};
@@ -229,16 +229,18 @@ void fill_preview(const AnnotationSource& source, Preview& preview) {
   raster.set_numberOfColumns(preview_size(scene.options.samples));
   raster.set_columnBlockLength(reduction);
   raster.set_rowBlockLength(reduction);
-  raster.get_rowSpacing().set_rowSpacing(as_float(scene.sample_spacing * reduction));
-  raster.get_columnSpacing().set_columnSpacing(as_float(scene.line_spacing * reduction));
+  raster.get_rowSpacing().set_rowSpacing(as_float(scene.annotated_sample_spacing() * reduction));
+  raster.get_columnSpacing().set_columnSpacing(
+      as_float(scene.annotated_line_spacing() * reduction));
   if (source.has_all()) {
-    const Pixel spacing = scene.ground_spacing();
+    const GroundSpacing spacing = scene.ground_spacing();
     raster.get_rowSpacing().set_units(scene.is_complex() ? "s" : "m");
     raster.get_columnSpacing().set_units(scene.is_complex() ? "s" : "m");
-    raster.set_projectedSpacingAzimuth(as_float(spacing.line * reduction));
-    raster.get_projectedSpacingRange().set_groundNear(as_float(spacing.sample * reduction));
-    raster.get_projectedSpacingRange().set_groundFar(as_float(spacing.sample * reduction));
-    raster.get_projectedSpacingRange().set_slantRange(as_float(spacing.sample * reduction / 2));
+    raster.set_projectedSpacingAzimuth(as_float(spacing.line_metres * reduction));
+    raster.get_projectedSpacingRange().set_groundNear(as_float(spacing.sample_metres * reduction));
+    raster.get_projectedSpacingRange().set_groundFar(as_float(spacing.sample_metres * reduction));
+    raster.get_projectedSpacingRange().set_slantRange(
+        as_float(spacing.sample_metres * reduction / 2));
   }
   auto& composite = preview.get_compositeQuicklook();
   composite.set_imageDataFormat("TIFF");

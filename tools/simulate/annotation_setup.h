@@ -15,8 +15,8 @@ void fill_order(const AnnotationSource& source, Order& order) {
   order.set_orbitAccuracy("SCIE");
   order.append_sceneSpecification("CENTERCOORDS");
   auto& centre = order.get_orderedScene().get_sceneCenterCoord();
-  centre.set_lat(as_float(in_degrees(scene.centre.latitude)));
-  centre.set_lon(as_float(in_degrees(scene.centre.longitude)));
+  centre.set_lat(as_float(in_degrees(scene.centre.latitude_radians)));
+  centre.set_lon(as_float(in_degrees(scene.centre.longitude_radians)));
   if (source.has_all()) centre.set_centerCoordHeight(scene.centre.height);
   order.append_imagingMode(source.mode_text());
   order.set_lookDirection(source.look_text());

@@ -45,8 +45,8 @@ void fill_grid(const AnnotationSource& source, Grid& grid) {
   auto& raster = grid.get_imageRaster();
   raster.set_numberOfRows(grid_size(scene.options.lines));
   raster.set_numberOfColumns(grid_size(scene.options.samples));
-  raster.set_rowSpacing(as_float(scene.sample_spacing * grid_step));
-  raster.set_columnSpacing(as_float(scene.line_spacing * grid_step));
+  raster.set_rowSpacing(as_float(scene.annotated_sample_spacing() * grid_step));
+  raster.set_columnSpacing(as_float(scene.annotated_line_spacing() * grid_step));
 }
 
 template <class Projected>
@@ -85,14 +85,14 @@ void fill_corners(const Scene& scene, Geographic& geographic, Cartographic& cart
   const MapCorner ur = map_corner(scene, 0, right);
   const MapCorner lr = map_corner(scene, bottom, right);
   const MapCorner ll = map_corner(scene, bottom, 0);
-  geographic.set_upperLeftLongitude(as_float(in_degrees(ul.ground.longitude)));
-  geographic.set_upperLeftLatitude(as_float(in_degrees(ul.ground.latitude)));
-  geographic.set_upperRightLongitude(as_float(in_degrees(ur.ground.longitude)));
-  geographic.set_upperRightLatitude(as_float(in_degrees(ur.ground.latitude)));
-  geographic.set_lowerRightLongitude(as_float(in_degrees(lr.ground.longitude)));
-  geographic.set_lowerRightLatitude(as_float(in_degrees(lr.ground.latitude)));
-  geographic.set_lowerLeftLongitude(as_float(in_degrees(ll.ground.longitude)));
-  geographic.set_lowerLeftLatitude(as_float(in_degrees(ll.ground.latitude)));
+  geographic.set_upperLeftLongitude(as_float(in_degrees(ul.ground.longitude_radians)));
+  geographic.set_upperLeftLatitude(as_float(in_degrees(ul.ground.latitude_radians)));
+  geographic.set_upperRightLongitude(as_float(in_degrees(ur.ground.longitude_radians)));
+  geographic.set_upperRightLatitude(as_float(in_degrees(ur.ground.latitude_radians)));
+  geographic.set_lowerRightLongitude(as_float(in_degrees(lr.ground.longitude_radians)));
+  geographic.set_lowerRightLatitude(as_float(in_degrees(lr.ground.latitude_radians)));
+  geographic.set_lowerLeftLongitude(as_float(in_degrees(ll.ground.longitude_radians)));
+  geographic.set_lowerLeftLatitude(as_float(in_degrees(ll.ground.latitude_radians)));
   cartographic.set_upperLeftEasting(ul.map.easting);
   cartographic.set_upperLeftNorthing(ul.map.northing);
   cartographic.set_upperRightEasting(ur.map.easting);
@@ -129,8 +129,8 @@ void fill_geocoded_info(const AnnotationSource& source, Geocoded& info) {
   projection.set_zoneID(grid.projection.is_ups() ? (grid.projection.is_north() ? "N" : "S")
                                                  : std::to_string(grid.projection.zone()));
   const Geodetic centre = grid.projection.centre();
-  projection.get_projectionCenter().set_longitude(as_float(in_degrees(centre.longitude)));
-  projection.get_projectionCenter().set_latitude(as_float(in_degrees(centre.latitude)));
+  projection.get_projectionCenter().set_longitude(as_float(in_degrees(centre.longitude_radians)));
+  projection.get_projectionCenter().set_latitude(as_float(in_degrees(centre.latitude_radians)));
   projection.get_mapOrigin().set_easting(as_float(grid.projection.origin().easting));
   projection.get_mapOrigin().set_northing(as_float(grid.projection.origin().northing));
   projection.set_scaleFactor(as_float(grid.projection.scale_factor()));
@@ -142,8 +142,8 @@ void fill_geocoded_info(const AnnotationSource& source, Geocoded& info) {
   const MapCorner middle =
       map_corner(scene, (scene.options.lines - 1) / 2.0, (scene.options.samples - 1) / 2.0);
   auto& at = geo.get_sceneCenterCoordsGeographic();
-  at.set_centerCoordLongitude(as_float(in_degrees(middle.ground.longitude)));
-  at.set_centerCoordLatitude(as_float(in_degrees(middle.ground.latitude)));
+  at.set_centerCoordLongitude(as_float(in_degrees(middle.ground.longitude_radians)));
+  at.set_centerCoordLatitude(as_float(in_degrees(middle.ground.latitude_radians)));
   geo.get_sceneCenterCoordsCartographic().set_centerCoordEasting(middle.map.easting);
   geo.get_sceneCenterCoordsCartographic().set_centerCoordNorthing(middle.map.northing);
   geo.set_imageResamplingMethod("NONE");

@@ -169,8 +169,8 @@ void write_point(Xml& xml, const Scene& scene, RasterTimes since_reference) {
   const Pixel pixel = scene.pixel_at(times);
   xml.element("t", since_reference.azimuth);
   xml.element("tau", since_reference.range);
-  xml.element("lat", place.latitude / degree);
-  xml.element("lon", place.longitude / degree);
+  xml.element("lat", place.latitude_radians / degree);
+  xml.element("lon", place.longitude_radians / degree);
   xml.element("row", std::string_view(std::to_string(std::lround(pixel.line) + 1)));
   xml.element("col", std::string_view(std::to_string(std::lround(pixel.sample) + 1)));
   xml.element("inc", scene.incidence_at(place) / degree);

@@ -44,8 +44,7 @@ fs::path placed(const std::string& annotation, const std::string& folder, bool o
   return copy;
 }
 
-// Pixels' spacing on the ground, m.
-Pixel ground_spacing(const std::string& annotation, const std::string& schema) {
+GroundSpacing ground_spacing(const std::string& annotation, const std::string& schema) {
   return with_root(schema, [&](auto& root) {
     root.unmarshal(annotation.c_str());
     const auto& info = std::as_const(root.get_level1Product()).get_productInfo();
@@ -54,10 +53,10 @@ Pixel ground_spacing(const std::string& annotation, const std::string& schema) {
     const double along = scene.get_sceneAzimuthExtent() / std::max(1, raster.get_numberOfRows());
     const double across = raster.get_rowSpacing().get_rowSpacing();
     if (std::string(info.get_imageDataInfo().get_imageDataFormat()) != "COSAR") {
-      return Pixel{along, across};
+      return GroundSpacing{along, across};
     }
     const double incidence = scene.get_sceneCenterCoord().get_incidenceAngle() * degree;
-    return Pixel{along, range_of(across) / std::sin(incidence)};
+    return GroundSpacing{along, range_of(across) / std::sin(incidence)};
   });
 }
 
@@ -109,8 +108,8 @@ void refuse_outside(const fs::path& folder, const fs::path& image) {
 // Writes one image after the other.
 class Maker {
  public:
-  Maker(const AnnotatedImages& images, std::optional<gridkit::Georeference> map, Pixel spacing,
-        const ImageContent& content)
+  Maker(const AnnotatedImages& images, std::optional<gridkit::Georeference> map,
+        GroundSpacing spacing, const ImageContent& content)
       : images_(images), map_(std::move(map)), spacing_(spacing), content_(content) {}
 
   void make(std::size_t index) const {
@@ -134,7 +133,7 @@ class Maker {
  private:
   const AnnotatedImages& images_;
   std::optional<gridkit::Georeference> map_;
-  Pixel spacing_;
+  GroundSpacing spacing_;
   const ImageContent& content_;
 };
 

@@ -53,13 +53,13 @@ double wrapped(double angle) {
 }  // namespace
 
 MapProjection MapProjection::utm_at(const Geodetic& place) {
-  const double east = wrapped(place.longitude) / degree + 180;
+  const double east = wrapped(place.longitude_radians) / degree + 180;
   const int zone = std::min(60, static_cast<int>(east / 6) + 1);
-  return {zone, place.latitude >= 0};
+  return {zone, place.latitude_radians >= 0};
 }
 
 MapProjection MapProjection::ups_at(const Geodetic& place) {
-  return {0, place.latitude >= 0};
+  return {0, place.latitude_radians >= 0};
 }
 
 int MapProjection::epsg() const {
@@ -82,18 +82,18 @@ double MapProjection::scale_factor() const {
 }
 
 MapPoint MapProjection::to_map(const Geodetic& place) const {
-  const double longitude = wrapped(place.longitude - centre().longitude);
+  const double longitude = wrapped(place.longitude_radians - centre().longitude_radians);
   const MapPoint zero = origin();
   if (is_ups()) {
     const double sign = north_ ? 1 : -1;
     const double e = eccentricity();
-    const double t = std::exp(-std::asinh(conformal_tangent(sign * place.latitude)));
+    const double t = std::exp(-std::asinh(conformal_tangent(sign * place.latitude_radians)));
     const double full = std::sqrt(std::pow(1 + e, 1 + e) * std::pow(1 - e, 1 - e));
     const double rho = 2 * wgs84::semimajor * scale_factor() * t / full;
     return {zero.easting + rho * std::sin(longitude),
             zero.northing - sign * rho * std::cos(longitude)};
   }
-  const double t = conformal_tangent(place.latitude);
+  const double t = conformal_tangent(place.latitude_radians);
   const double xi = std::atan2(t, std::cos(longitude));
   const double eta = std::asinh(std::sin(longitude) / std::hypot(t, std::cos(longitude)));
   double north = xi;
@@ -130,7 +130,7 @@ Geodetic MapProjection::to_ground(MapPoint point, double height) const {
   }
   const double tangent = std::sin(xi) / std::hypot(std::sinh(eta), std::cos(xi));
   const double longitude = std::atan2(std::sinh(eta), std::cos(xi));
-  return {latitude_of(tangent), wrapped(centre().longitude + longitude), height};
+  return {latitude_of(tangent), wrapped(centre().longitude_radians + longitude), height};
 }
 
 }  // namespace simulate

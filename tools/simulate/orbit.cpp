@@ -79,14 +79,15 @@ State solve_acquisition(const Acquisition& a) {
   const double off_nadir = std::asin(wgs84::semimajor / orbit_radius * std::sin(a.incidence));
   const double arc = a.incidence - off_nadir;
   const bool ascending = a.pass == Pass::ascending;
-  const double ratio = std::cos(inclination) / std::cos(a.place.latitude);
+  const double ratio = std::cos(inclination) / std::cos(a.place.latitude_radians);
   const double heading = ascending ? std::asin(std::clamp(ratio, -1.0, 1.0))
                                    : std::numbers::pi - std::asin(std::clamp(ratio, -1.0, 1.0));
   const double side =
       a.look == Look::right ? -1 : 1;  // where the satellite is, seen from the place
   const double bearing = heading + side * std::numbers::pi / 2;
-  const double latitude = a.place.latitude + arc * std::cos(bearing);
-  const double longitude = a.place.longitude + arc * std::sin(bearing) / std::cos(a.place.latitude);
+  const double latitude = a.place.latitude_radians + arc * std::cos(bearing);
+  const double longitude =
+      a.place.longitude_radians + arc * std::sin(bearing) / std::cos(a.place.latitude_radians);
   double argument = std::asin(std::clamp(std::sin(latitude) / std::sin(inclination), -1.0, 1.0));
   if (!ascending) argument = std::numbers::pi - argument;
   double node =

@@ -20,7 +20,7 @@ RadarPoint to_radar(const Orbit& orbit, const Geodetic& place) {
 
 Geodetic to_ground(const Orbit& orbit, RadarPoint point, double height, const Geodetic& near) {
   const State s = orbit.at(point.time);
-  Vector3 p = to_earth_fixed({near.latitude, near.longitude, height});
+  Vector3 p = to_earth_fixed({near.latitude_radians, near.longitude_radians, height});
   for (int i = 0; i < 60; ++i) {
     const Geodetic place = to_geodetic(p);
     const Vector3 sight = p - s.position;

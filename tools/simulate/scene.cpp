@@ -27,10 +27,10 @@ void centre_lines(Scene& scene, double half_microseconds) {
 }
 
 void lay_out_slant_range(Scene& scene) {
-  scene.line_spacing = 1 / scene.prf;
-  scene.sample_spacing = 1 / scene.rsf;
+  scene.line_spacing_seconds = 1 / scene.prf;
+  scene.sample_spacing_seconds = 1 / scene.rsf;
   centre_lines(scene, (scene.options.lines - 1) * line_microseconds / 2);
-  const double half = (scene.options.samples - 1) * scene.sample_spacing / 2;
+  const double half = (scene.options.samples - 1) * scene.sample_spacing_seconds / 2;
   const double middle =
       delay_of(to_radar(scene.orbit, scene.centre).range) + scene.options.delays.range();
   scene.near_time = middle - half;
@@ -39,7 +39,7 @@ void lay_out_slant_range(Scene& scene) {
 
 void lay_out_ground_range(Scene& scene) {
   constexpr double spacing = 2.75;  // m
-  scene.line_spacing = scene.sample_spacing = spacing;
+  scene.line_spacing_metres = scene.sample_spacing_metres = spacing;
   const double duration = (scene.options.lines - 1) * spacing / scene.ground_velocity;
   centre_lines(scene, std::round(duration / 2 / microsecond));
   const double extent = (scene.options.samples - 1) * spacing;
@@ -53,7 +53,7 @@ void lay_out_ground_range(Scene& scene) {
 // The geocoded image's times and ranges are those of its corners.
 void lay_out_map(Scene& scene) {
   constexpr double spacing = 2.5;  // m
-  scene.line_spacing = scene.sample_spacing = spacing;
+  scene.line_spacing_metres = scene.sample_spacing_metres = spacing;
   const MapProjection projection = scene.options.polar_projection
                                        ? MapProjection::ups_at(scene.centre)
                                        : MapProjection::utm_at(scene.centre);
@@ -139,7 +139,7 @@ void check(const Options& options) {
 Geodetic Scene::to_ground(Pixel pixel) const {
   if (!map) return ground_at(times_of(pixel));
   Geodetic place = to_average_ground(pixel);
-  place.height = terrain_height(place.latitude, place.longitude);
+  place.height = terrain_height(place.latitude_radians, place.longitude_radians);
   return place;
 }
 
@@ -179,8 +179,8 @@ RasterTimes Scene::times_of(Pixel pixel) const {
   const double line = late(options.start_with) ? options.lines - 1 - pixel.line : pixel.line;
   const double sample = far(options.start_with) ? options.samples - 1 - pixel.sample : pixel.sample;
   return {start + line * (stop - start) / (options.lines - 1),
-          ground_range ? ground_range->slant_time(sample * sample_spacing)
-                       : near_time + sample * sample_spacing};
+          ground_range ? ground_range->slant_time(sample * sample_spacing_metres)
+                       : near_time + sample * sample_spacing_seconds};
 }
 
 Geodetic Scene::ground_at(RasterTimes times) const {
@@ -193,7 +193,7 @@ Geodetic Scene::ground_at(RasterTimes times) const {
   const auto [lowest, highest] = height_range();
   const auto rise_at = [&](double height) {
     const Geodetic place = simulate::to_ground(orbit, seen, height, centre);
-    return terrain_height(place.latitude, place.longitude) - height;
+    return terrain_height(place.latitude_radians, place.longitude_radians) - height;
   };
   constexpr double step = 10;     // m; a narrower peak that is seen at several heights is missed
   constexpr double close = 1e-6;  // m
@@ -224,16 +224,18 @@ Pixel Scene::to_pixel(const Geodetic& place) const {
 Pixel Scene::pixel_at(RasterTimes times) const {
   if (map) return to_pixel(ground_at(times));
   const double line = (times.azimuth - start) / (stop - start) * (options.lines - 1);
-  const double sample = ground_range ? ground_range->ground_range(times.range) / sample_spacing
-                                     : (times.range - near_time) / sample_spacing;
+  const double sample = ground_range
+                            ? ground_range->ground_range(times.range) / sample_spacing_metres
+                            : (times.range - near_time) / sample_spacing_seconds;
   return {late(options.start_with) ? options.lines - 1 - line : line,
           far(options.start_with) ? options.samples - 1 - sample : sample};
 }
 
-double Scene::terrain_height(double latitude, double longitude) const {
-  if (terrain) return terrain->height_at(latitude, longitude);
+double Scene::terrain_height(double latitude_radians, double longitude_radians) const {
+  if (terrain) return terrain->height_at(latitude_radians, longitude_radians);
   if (options.variant != Variant::eec) return options.height;
-  return options.height + eec_relief * std::sin(latitude * 9000) * std::cos(longitude * 7000);
+  return options.height +
+         eec_relief * std::sin(latitude_radians * 9000) * std::cos(longitude_radians * 7000);
 }
 
 std::pair<double, double> Scene::height_range() const {
@@ -243,27 +245,28 @@ std::pair<double, double> Scene::height_range() const {
 
 double Scene::heading() const {
   const Vector3 v = orbit.at(0).velocity;
-  const double sl = std::sin(centre.longitude);
-  const double cl = std::cos(centre.longitude);
-  const double sp = std::sin(centre.latitude);
-  const double cp = std::cos(centre.latitude);
+  const double sl = std::sin(centre.longitude_radians);
+  const double cl = std::cos(centre.longitude_radians);
+  const double sp = std::sin(centre.latitude_radians);
+  const double cp = std::cos(centre.latitude_radians);
   const double east = -sl * v.x + cl * v.y;
   const double north = -sp * cl * v.x - sp * sl * v.y + cp * v.z;
   const double angle = std::atan2(east, north) / degree;
   return angle < 0 ? angle + 360 : angle;
 }
 
-Pixel Scene::ground_spacing() const {
-  if (!is_complex()) return {line_spacing, sample_spacing};
-  return {ground_velocity * line_spacing,
-          range_of(sample_spacing) / std::sin(incidence_at(centre))};
+GroundSpacing Scene::ground_spacing() const {
+  if (!is_complex()) return {line_spacing_metres, sample_spacing_metres};
+  return {ground_velocity * line_spacing_seconds,
+          range_of(sample_spacing_seconds) / std::sin(incidence_at(centre))};
 }
 
 TerrainPlan terrain_plan(const Scene& scene) {
   constexpr double margin = 5000;  // m, for a geolocation grid that reaches beyond the image
-  const Pixel spacing = scene.ground_spacing();
-  const double half_diagonal =
-      std::hypot(spacing.line * scene.options.lines, spacing.sample * scene.options.samples) / 2;
+  const GroundSpacing spacing = scene.ground_spacing();
+  const double half_diagonal = std::hypot(spacing.line_metres * scene.options.lines,
+                                          spacing.sample_metres * scene.options.samples) /
+                               2;
   // Hills are seen from up to four times their height away, at 15 degrees of incidence.
   return {scene.centre, scene.options.relief, half_diagonal + 4 * scene.options.relief + margin};
 }

@@ -55,9 +55,11 @@ struct Scene {
   double stop = 0;
   double near_time = 0;  // two-way slant range times of the nearest and farthest pixel, s
   double far_time = 0;
-  double line_spacing = 0;     // along azimuth: s for complex images, else m
-  double sample_spacing = 0;   // along range: s for complex images, else m
-  double ground_velocity = 0;  // m/s, of the zero-Doppler point
+  double line_spacing_seconds = 0;    // along azimuth; complex images only
+  double sample_spacing_seconds = 0;  // along range, two-way; complex images only
+  double line_spacing_metres = 0;     // the same of all others
+  double sample_spacing_metres = 0;
+  double ground_velocity = 0;                           // m/s, of the zero-Doppler point
   std::optional<GroundRangePolynomial> ground_range{};  // MGD
   std::optional<MapGrid> map{};                         // GEC, EEC
   Utc epoch{};
@@ -66,6 +68,14 @@ struct Scene {
 
   Utc utc(double time) const { return epoch.after(time); }
   bool is_complex() const { return options.variant == Variant::ssc; }
+
+  // As an annotation tells the spacings: in seconds of complex images, in metres of others.
+  double annotated_line_spacing() const {
+    return is_complex() ? line_spacing_seconds : line_spacing_metres;
+  }
+  double annotated_sample_spacing() const {
+    return is_complex() ? sample_spacing_seconds : sample_spacing_metres;
+  }
 
   // The place that a pixel shows, and the pixel that shows a place.
   Geodetic to_ground(Pixel pixel) const;
@@ -93,7 +103,7 @@ struct Scene {
 
   // Height of the terrain: that of its model, where there is none the average everywhere but in
   // terrain-corrected products.
-  double terrain_height(double latitude, double longitude) const;
+  double terrain_height(double latitude_radians, double longitude_radians) const;
 
   // Between these the terrain's heights lie.
   std::pair<double, double> height_range() const;
@@ -103,8 +113,8 @@ struct Scene {
   // Direction of flight over ground at the centre, degrees clockwise from north.
   double heading() const;
 
-  // Ground distances of one pixel at the centre: along azimuth and along range, m.
-  Pixel ground_spacing() const;
+  // Of pixels at the centre, on the ground.
+  GroundSpacing ground_spacing() const;
 };
 
 // A point target: where it is and where the image shows it.

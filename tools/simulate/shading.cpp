@@ -22,10 +22,11 @@ double factor_at(const Scene& scene, const Geodetic& place) {
   constexpr double darkest = 0.05;
   constexpr double brightest = 12;
   const double north_arm = arm / wgs84::semiminor;
-  const double east_arm = arm / (wgs84::semimajor * std::cos(place.latitude));
+  const double east_arm = arm / (wgs84::semimajor * std::cos(place.latitude_radians));
   const auto point = [&](double north, double east) {
-    Geodetic near{place.latitude + north * north_arm, place.longitude + east * east_arm, 0};
-    near.height = scene.terrain_height(near.latitude, near.longitude);
+    Geodetic near{place.latitude_radians + north * north_arm,
+                  place.longitude_radians + east * east_arm, 0};
+    near.height = scene.terrain_height(near.latitude_radians, near.longitude_radians);
     return to_earth_fixed(near);
   };
   const Vector3 normal = unit(cross(point(0, 1) - point(0, -1), point(1, 0) - point(-1, 0)));

@@ -31,7 +31,7 @@ double sinc(double x) {
 
 }  // namespace
 
-Synthesis::Synthesis(Pixel spacing, std::vector<Pixel> targets, std::uint64_t seed,
+Synthesis::Synthesis(GroundSpacing spacing, std::vector<Pixel> targets, std::uint64_t seed,
                      std::int32_t image, std::shared_ptr<const Shading> shading)
     : targets_(std::move(targets)),
       seed_(random_bits(seed ^ random_bits(static_cast<std::uint64_t>(image) + 1))),
@@ -41,8 +41,8 @@ Synthesis::Synthesis(Pixel spacing, std::vector<Pixel> targets, std::uint64_t se
 // A patchwork of fields with a river through it, in metres on ground. Hills are wooded evenly, so
 // that their slopes show: those towards the satellite are brighter, those away from it darker.
 double Synthesis::backscatter(std::int32_t line, std::size_t sample) const {
-  const double along = line * spacing_.line;
-  const double across = static_cast<double>(sample) * spacing_.sample;
+  const double along = line * spacing_.line_metres;
+  const double across = static_cast<double>(sample) * spacing_.sample_metres;
   if (shading_) {
     const double woods = 0.8 + 0.4 * noise(along / 60, across / 60, 7);
     return woods * shading_->at({static_cast<double>(line), static_cast<double>(sample)});

@@ -21,10 +21,10 @@ struct Sample {
 // order and come out the same every time.
 class Synthesis {
  public:
-  // `spacing` is that of pixels, in metres on the ground, and `targets` are where point targets
+  // `spacing` is that of the pixels, and `targets` are where point targets
   // appear. Without a shading the ground is even.
-  Synthesis(Pixel spacing, std::vector<Pixel> targets, std::uint64_t seed, std::int32_t image,
-            std::shared_ptr<const Shading> shading = nullptr);
+  Synthesis(GroundSpacing spacing, std::vector<Pixel> targets, std::uint64_t seed,
+            std::int32_t image, std::shared_ptr<const Shading> shading = nullptr);
 
   // Complex samples of a line, [samples].
   void complex_line(std::int32_t line, std::span<Sample> samples) const;
@@ -38,7 +38,7 @@ class Synthesis {
 
   std::vector<Pixel> targets_;
   std::uint64_t seed_;
-  Pixel spacing_;  // m on ground
+  GroundSpacing spacing_;
   std::shared_ptr<const Shading> shading_;
 };
 

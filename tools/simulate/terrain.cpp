@@ -109,15 +109,15 @@ class SyntheticTerrain final : public Terrain {
  public:
   explicit SyntheticTerrain(const TerrainPlan& plan)
       : centre_(plan.centre),
-        north_(std::ceil((centre_.latitude + plan.extent / wgs84::semiminor) / arcsecond)),
-        west_(std::floor((centre_.longitude - plan.extent / around()) / arcsecond)),
+        north_(std::ceil((centre_.latitude_radians + plan.extent / wgs84::semiminor) / arcsecond)),
+        west_(std::floor((centre_.longitude_radians - plan.extent / around()) / arcsecond)),
         grid_(nodes(2 * plan.extent / wgs84::semiminor), nodes(2 * plan.extent / around())) {
     for (std::size_t l = 0; l < grid_.lines(); ++l) {
       for (std::size_t s = 0; s < grid_.samples(); ++s) {
         const double latitude = (north_ - static_cast<double>(l)) * arcsecond;
         const double longitude = (west_ + static_cast<double>(s)) * arcsecond;
-        const double rise = hills((longitude - centre_.longitude) * around(),
-                                  (latitude - centre_.latitude) * wgs84::semiminor);
+        const double rise = hills((longitude - centre_.longitude_radians) * around(),
+                                  (latitude - centre_.latitude_radians) * wgs84::semiminor);
         grid_.line(l)[s] = static_cast<float>(centre_.height + plan.relief * (rise - 0.5));
       }
     }
@@ -126,9 +126,9 @@ class SyntheticTerrain final : public Terrain {
   }
 
   double height_at(double latitude, double longitude) const override {
-    const double east = std::remainder(longitude - centre_.longitude, 2 * std::numbers::pi);
-    const auto height =
-        grid_.at(north_ - latitude / arcsecond, (centre_.longitude + east) / arcsecond - west_);
+    const double east = std::remainder(longitude - centre_.longitude_radians, 2 * std::numbers::pi);
+    const auto height = grid_.at(north_ - latitude / arcsecond,
+                                 (centre_.longitude_radians + east) / arcsecond - west_);
     if (!height) refuse_place(latitude, longitude);
     return *height;
   }
@@ -155,7 +155,7 @@ class SyntheticTerrain final : public Terrain {
 
  private:
   // Metres to a radian of longitude.
-  double around() const { return wgs84::semimajor * std::cos(centre_.latitude); }
+  double around() const { return wgs84::semimajor * std::cos(centre_.latitude_radians); }
   static std::size_t nodes(double angle) { return static_cast<std::size_t>(angle / arcsecond) + 3; }
 
   Geodetic centre_;

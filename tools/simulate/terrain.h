@@ -14,7 +14,7 @@ class Terrain {
   virtual ~Terrain() = default;
 
   // In metres. Throws std::domain_error where the grid has no height.
-  virtual double height_at(double latitude, double longitude) const = 0;
+  virtual double height_at(double latitude_radians, double longitude_radians) const = 0;
 
   // No height of the grid is less or more.
   virtual double lowest() const = 0;

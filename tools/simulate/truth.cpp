@@ -9,8 +9,8 @@ namespace {
 using json = nlohmann::ordered_json;
 
 json place_as_json(const Geodetic& place) {
-  return {{"latitude", place.latitude / degree},
-          {"longitude", place.longitude / degree},
+  return {{"latitude", place.latitude_radians / degree},
+          {"longitude", place.longitude_radians / degree},
           {"height", place.height}};
 }
 
@@ -104,8 +104,8 @@ json truth_of(const AnnotationSource& source, const std::vector<Target>& targets
                 {"rsf", scene.rsf},
                 {"firstRangeTime", scene.near_time},
                 {"lastRangeTime", scene.far_time},
-                {"lineSpacing", scene.line_spacing},
-                {"sampleSpacing", scene.sample_spacing},
+                {"lineSpacing", scene.annotated_line_spacing()},
+                {"sampleSpacing", scene.annotated_sample_spacing()},
                 {"groundVelocity", scene.ground_velocity},
                 {"heading", scene.heading()},
                 {"centre", place_as_json(scene.centre)}};

@@ -5,11 +5,11 @@ namespace simulate {
 using namespace wgs84;
 
 Vector3 to_earth_fixed(const Geodetic& place) {
-  const double s = std::sin(place.latitude);
-  const double c = std::cos(place.latitude);
+  const double s = std::sin(place.latitude_radians);
+  const double c = std::cos(place.latitude_radians);
   const double normal = semimajor / std::sqrt(1 - eccentricity2 * s * s);
   const double across = (normal + place.height) * c;
-  return {across * std::cos(place.longitude), across * std::sin(place.longitude),
+  return {across * std::cos(place.longitude_radians), across * std::sin(place.longitude_radians),
           (normal * (1 - eccentricity2) + place.height) * s};
 }
 
@@ -33,8 +33,9 @@ Geodetic to_geodetic(Vector3 position) {
 }
 
 Vector3 up_at(const Geodetic& place) {
-  const double c = std::cos(place.latitude);
-  return {c * std::cos(place.longitude), c * std::sin(place.longitude), std::sin(place.latitude)};
+  const double c = std::cos(place.latitude_radians);
+  return {c * std::cos(place.longitude_radians), c * std::sin(place.longitude_radians),
+          std::sin(place.latitude_radians)};
 }
 
 }  // namespace simulate

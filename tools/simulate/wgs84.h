@@ -22,10 +22,10 @@ inline constexpr double rotation = 7.292115e-5;    // rad/s
 inline constexpr double j2 = 1.08262982e-3;        // second zonal harmonic
 }  // namespace wgs84
 
-// Geodetic latitude and longitude in radians, height above the ellipsoid in metres.
+// Geodetic coordinates, height above the ellipsoid in metres.
 struct Geodetic {
-  double latitude = 0;
-  double longitude = 0;
+  double latitude_radians = 0;
+  double longitude_radians = 0;
   double height = 0;
 };
 

@@ -94,16 +94,16 @@ TEST(Tokenise, SetsTheClosingEventForAnUnknownNameAndChangesNothingElse) {
   c_xml_reader_memory reader(document.data(), document.size());
   elmx_error error{};
   reader.get_element_event(map, &error, &reader.current_name);
-  EXPECT_EQ(reader.current_event, 1);
+  EXPECT_EQ(reader.current_event, event_unknown);
   EXPECT_EQ(reader.current_name, "a");
   reader.tokenise(map, current_element);
-  EXPECT_EQ(reader.current_event, 1);
+  EXPECT_EQ(reader.current_event, event_unknown);
   EXPECT_EQ(reader.current_name, "a");
   reader.get_element_event(map, &error, &reader.current_name);
   EXPECT_EQ(reader.current_event, 21);
   reader.get_attribute_event(nullptr, &error, &reader.attribute_name);
   reader.get_element_event(map, &error, &reader.current_name);
-  EXPECT_EQ(reader.current_event, 1) << "bb is not b: names compare at their length";
+  EXPECT_EQ(reader.current_event, event_unknown) << "bb is not b: names compare at their length";
 }
 
 TEST(Namespaces, AnElementInANamespaceMatchesNoRow) {
@@ -112,7 +112,7 @@ TEST(Namespaces, AnElementInANamespaceMatchesNoRow) {
     c_xml_reader_memory reader(document, std::strlen(document));
     elmx_error error{};
     reader.get_element_event(map, &error, &reader.current_name);
-    EXPECT_EQ(reader.current_event, 1) << document;
+    EXPECT_EQ(reader.current_event, event_unknown) << document;
     EXPECT_EQ(reader.get_element_ns_id(), 0) << document;
     EXPECT_EQ(reader.local_name, "a") << document;
   }
@@ -220,7 +220,7 @@ TEST(Tokenise, ClassifiesAttributesWithoutAPrefixOnly) {
   ASSERT_TRUE(reader.get_attribute_event(nullptr, &error, &reader.attribute_name));
   EXPECT_EQ(reader.attribute_name, "p:x");
   reader.tokenise(map, current_attribute);
-  EXPECT_EQ(reader.current_event, 1);
+  EXPECT_EQ(reader.current_event, event_unknown);
 }
 
 TEST(Namespaces, DeclarationsEndWithTheirElement) {

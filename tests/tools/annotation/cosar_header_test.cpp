@@ -35,7 +35,7 @@ CosarHeader header_of(const std::string& bytes) {
 TEST(CosarHeader, TellsTheWordsOfABurst) {
   const CosarHeader header = header_of(burst(1));
   ASSERT_EQ(header.bursts.size(), 1U);
-  const CosarBurst& only = header.bursts[0];
+  const cosar::BurstHeader& only = header.bursts[0];
   EXPECT_EQ(only.low_bytes, 336U);
   EXPECT_EQ(only.samples, 10U);
   EXPECT_EQ(only.lines, 3U);
@@ -48,7 +48,7 @@ TEST(CosarHeader, TellsTheWordsOfABurst) {
 }
 
 TEST(CosarHeader, WidthOfARecordCountsTwoWordsAheadOfTheSamples) {
-  EXPECT_EQ(cosar_record_bytes(10), 48U);  // 4 x (10 + 2)
+  EXPECT_EQ(cosar::record_bytes(10), 48U);  // 4 x (10 + 2)
 }
 
 TEST(CosarHeader, GoesFromBurstToBurst) {

@@ -12,8 +12,8 @@ TEST(Ellipsoid, PlacesComeBack) {
   for (const double lat : {-89.9, -45.0, 0.0, 30.0, 89.9}) {
     const Geodetic place{lat * degree, 2.5, 1234};
     const Geodetic back = to_geodetic(to_earth_fixed(place));
-    EXPECT_NEAR(back.latitude, place.latitude, 1e-14);
-    EXPECT_NEAR(back.longitude, place.longitude, 1e-14);
+    EXPECT_NEAR(back.latitude_radians, place.latitude_radians, 1e-14);
+    EXPECT_NEAR(back.longitude_radians, place.longitude_radians, 1e-14);
     EXPECT_NEAR(back.height, place.height, 1e-7);
   }
 }
@@ -193,7 +193,7 @@ TEST(GroundRange, FollowsTheEllipsoid) {
   // Two pixels half the image apart lie as far apart on ground as their spacing says.
   const Vector3 a = to_earth_fixed(scene.to_ground({512, 100}));
   const Vector3 b = to_earth_fixed(scene.to_ground({512, 612}));
-  EXPECT_NEAR(length(b - a), 512 * scene.sample_spacing, 0.05);
+  EXPECT_NEAR(length(b - a), 512 * scene.sample_spacing_metres, 0.05);
 }
 
 TEST(GroundRange, RastersCanBeTurned) {

@@ -57,8 +57,8 @@ TEST(Projections, AreConformal) {
         ups ? MapProjection::ups_at(place(lat, lon)) : MapProjection::utm_at(place(lat, lon));
     const double step = 1e-5 / degree * degree;
     const Geodetic here = place(lat, lon);
-    const Geodetic north{here.latitude + step, here.longitude, 0};
-    const Geodetic east{here.latitude, here.longitude + step, 0};
+    const Geodetic north{here.latitude_radians + step, here.longitude_radians, 0};
+    const Geodetic east{here.latitude_radians, here.longitude_radians + step, 0};
     const auto scale = [&](const Geodetic& there) {
       const MapPoint a = p.to_map(here);
       const MapPoint b = p.to_map(there);

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 #include <iostream>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -13,25 +15,27 @@ constexpr double goal = 0.01;  // pixel
 
 json rational_model_as_json(const rmdllib::FittedRationalModel& fitted, bool delays) {
   const rmdllib::RationalModel& model = fitted.model;
-  return {{"LINE_OFF", model.line.offset},
-          {"SAMP_OFF", model.sample.offset},
-          {"LAT_OFF", model.latitude.offset},
-          {"LONG_OFF", model.longitude.offset},
-          {"HEIGHT_OFF", model.height.offset},
-          {"LINE_SCALE", model.line.scale},
-          {"SAMP_SCALE", model.sample.scale},
-          {"LAT_SCALE", model.latitude.scale},
-          {"LONG_SCALE", model.longitude.scale},
-          {"HEIGHT_SCALE", model.height.scale},
-          {"LINE_NUM_COEFF", model.line_function.numerator},
-          {"LINE_DEN_COEFF", model.line_function.denominator},
-          {"SAMP_NUM_COEFF", model.sample_function.numerator},
-          {"SAMP_DEN_COEFF", model.sample_function.denominator},
-          {"ERR_LINE", fitted.largest_line_error},
-          {"ERR_SAMP", fitted.largest_sample_error},
-          {"MIN_HEIGHT", fitted.heights.lowest},
-          {"MAX_HEIGHT", fitted.heights.highest},
-          {"delays", delays}};
+  const std::pair<std::string, const rmdllib::Normalisation&> coordinates[] = {
+      {"LINE", model.line},
+      {"SAMP", model.sample},
+      {"LAT", model.latitude},
+      {"LONG", model.longitude},
+      {"HEIGHT", model.height}};
+  const std::pair<std::string, const rmdllib::RationalFunction&> functions[] = {
+      {"LINE", model.line_function}, {"SAMP", model.sample_function}};
+  json document;
+  for (const auto& [name, coordinate] : coordinates) document[name + "_OFF"] = coordinate.offset;
+  for (const auto& [name, coordinate] : coordinates) document[name + "_SCALE"] = coordinate.scale;
+  for (const auto& [name, function] : functions) {
+    document[name + "_NUM_COEFF"] = function.numerator;
+    document[name + "_DEN_COEFF"] = function.denominator;
+  }
+  document["ERR_LINE"] = fitted.largest_line_error;
+  document["ERR_SAMP"] = fitted.largest_sample_error;
+  document["MIN_HEIGHT"] = fitted.heights.lowest;
+  document["MAX_HEIGHT"] = fitted.heights.highest;
+  document["delays"] = delays;
+  return document;
 }
 
 void print_rational_model(const rmdllib::FittedRationalModel& fitted, bool delays) {

@@ -12,8 +12,6 @@ namespace report {
 
 namespace {
 
-constexpr int event_start = 7;
-
 class Walk {
  public:
   explicit Walk(const std::string& path) : path_(path), reader_(path.c_str()) {
@@ -26,7 +24,7 @@ class Walk {
     do {
       reader_.get_element_event(nullptr, &error, &name);
       if (error != lmx::error_none) refuse(error);
-      if (reader_.current_event == event_start) {
+      if (reader_.current_event == lmx::event_start) {
         start(name);
       } else {
         end();

@@ -55,7 +55,7 @@ bool has(const std::string& path, const char* part) {
 }
 
 void report(const char* message) {
-  gke_Report* made = gke_CreateErrorReport("fake", 1, 2, nullptr, message, 0);
+  gke_Report* made = gke_CreateErrorReport("fake", 1, gke_SeverityError, nullptr, message, 0);
   gke_PrintErrorReport(made, 0, 0);
   gke_DeleteErrorReportEx(&made);
 }

@@ -7,14 +7,15 @@
 namespace {
 
 TEST(Report, PrintsTheChainNewestFirst) {
-  gke_Report* report = gke_CreateErrorReport("gkf_Close", 1, 0, nullptr, "old", 0);
-  report = gke_CreateErrorReport("tsxLayerOpen", 2, 2, report, "100% new", 0);
+  gke_Report* report =
+      gke_CreateErrorReport("gkf_Close", 1, gke_SeverityWarning, nullptr, "old", 0);
+  report = gke_CreateErrorReport("tsxLayerOpen", 2, gke_SeverityError, report, "100% new", 0);
   testing::internal::CaptureStderr();
   gke_PrintErrorReport(report, 0, 0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "gridkit: tsxLayerOpen: 100% new\ngridkit: warning: gkf_Close: old\n");
   EXPECT_EQ(gke_ReportLine(report), 2);
-  EXPECT_EQ(gke_ReportSeverity(gke_ReportPrevious(report)), 0);
+  EXPECT_EQ(gke_ReportSeverity(gke_ReportPrevious(report)), gke_SeverityWarning);
   gke_DeleteErrorReportEx(&report);
   EXPECT_EQ(report, nullptr);
   gke_DeleteErrorReportEx(&report);
@@ -27,7 +28,7 @@ TEST(Report, GoesToAnInstalledSinkInstead) {
     *static_cast<std::string*>(text) += gke_ReportMessage(r);
   };
   const gke_ReportSinkSetting before = gke_SetReportSink({sink, &seen});
-  gke_Report* report = gke_CreateErrorReport("w", 1, 2, nullptr, "m", 0);
+  gke_Report* report = gke_CreateErrorReport("w", 1, gke_SeverityError, nullptr, "m", 0);
   testing::internal::CaptureStderr();
   gke_PrintErrorReport(report, 0, 0);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");

@@ -27,9 +27,14 @@ std::shared_ptr<gridkit::Plugin> plugin() {
   return loaded;
 }
 
+// The ellipsoid that the sensor models state: WGS 84 but for 0.245 mm of its semi-minor axis, which
+// has three decimals there.
+constexpr double stated_semimajor = 6378137.0;    // m
+constexpr double stated_semiminor = 6356752.314;  // m
+
 // Way between two places, in metres.
 double distance(const Geodetic& a, const Geodetic& b) {
-  const rmdllib::Ellipsoid earth(6378137.0, 6356752.314);
+  const rmdllib::Ellipsoid earth(stated_semimajor, stated_semiminor);
   return length(earth.to_earth_fixed(a) - earth.to_earth_fixed(b));
 }
 
