@@ -9,12 +9,11 @@
 #include "gridkit/error.h"
 #include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/calibration.h"
+#include "tools/gridkit/read/finish_output.h"
 #include "tools/gridkit/read/image_place.h"
 #include "tools/gridkit/read/line_ranges.h"
 #include "tools/gridkit/read/pixel_form.h"
-#include "tools/gridkit/terminal/interruption.h"
 #include "tools/gridkit/terminal/progress.h"
-#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
 
@@ -131,23 +130,7 @@ void read_image(const gridkit::Product& product, const ImageRequest& request) {
         writer->write_lines((*plan.form)(pixels, complete), lines);
       });
   if (!missing.empty()) {
-    for (const auto& [reason, lines, key] : unread_lines(missing)) {
-      writer->add_metadata(key, lines);
-    }
     if (const auto value = plan.form->no_data(plan.is_mapped(), true)) writer->set_no_data(*value);
   }
-  try {
-    writer->finish();
-  } catch (const gridkit::Error&) {
-    stop_if_interrupted();  // giving up the second pass is no fault of the file
-    throw;
-  }
-  progress.clear();
-  if (!plan.place.not_known.empty()) {
-    warn(shown_name(request.output) + ": is not placed on Earth: " + plan.place.not_known);
-  }
-  for (const auto& [reason, lines, key] : unread_lines(missing)) {
-    warn(shown_name(request.output) + ": lines of the image " + reason +
-         ", in part or in whole: " + lines);
-  }
+  finish_output(*writer, progress, request.output, plan.place, unread_lines(missing));
 }

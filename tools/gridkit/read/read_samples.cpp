@@ -11,11 +11,10 @@
 #include "gridkit/error.h"
 #include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/calibration.h"
+#include "tools/gridkit/read/finish_output.h"
 #include "tools/gridkit/read/image_place.h"
 #include "tools/gridkit/read/line_ranges.h"
-#include "tools/gridkit/terminal/interruption.h"
 #include "tools/gridkit/terminal/progress.h"
-#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
 
@@ -178,19 +177,5 @@ void read_samples(const gridkit::Product& product, std::size_t number,
     missing = unread_lines({{static_cast<std::int32_t>(plan.window.line + whole),
                              plan.window.line + plan.window.height - 1}});
   }
-  for (const auto& [reason, lines, key] : missing) writer->add_metadata(key, lines);
-  try {
-    writer->finish();
-  } catch (const gridkit::Error&) {
-    stop_if_interrupted();  // giving up the second pass is no fault of the file
-    throw;
-  }
-  progress.clear();
-  if (!plan.place.not_known.empty()) {
-    warn(shown_name(request.output) + ": is not placed on Earth: " + plan.place.not_known);
-  }
-  for (const auto& [reason, lines, key] : missing) {
-    warn(shown_name(request.output) + ": lines of the image " + reason +
-         ", in part or in whole: " + lines);
-  }
+  finish_output(*writer, progress, request.output, plan.place, missing);
 }

@@ -1,0 +1,24 @@
+#include "tools/gridkit/read/finish_output.h"
+
+#include "gridkit/error.h"
+#include "tools/gridkit/read/output_file.h"
+#include "tools/gridkit/terminal/interruption.h"
+#include "tools/gridkit/terminal/terminal.h"
+
+void finish_output(gridkit::RasterWriter& writer, Progress& progress, const std::string& output,
+                   const ImagePlace& place, const std::vector<UnreadLines>& missing) {
+  for (const auto& [reason, lines, key] : missing) writer.add_metadata(key, lines);
+  try {
+    writer.finish();
+  } catch (const gridkit::Error&) {
+    stop_if_interrupted();  // giving up the second pass is no fault of the file
+    throw;
+  }
+  progress.clear();
+  if (!place.not_known.empty()) {
+    warn(shown_name(output) + ": is not placed on Earth: " + place.not_known);
+  }
+  for (const auto& [reason, lines, key] : missing) {
+    warn(shown_name(output) + ": lines of the image " + reason + ", in part or in whole: " + lines);
+  }
+}
