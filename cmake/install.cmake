@@ -29,8 +29,10 @@ set(public_headers
   gridkit/image_radiometry.h
   gridkit/image_reader.h
   gridkit/indexed_png.h
+  gridkit/info_json.h
   gridkit/instance.h
   gridkit/layer.h
+  gridkit/layer_map.h
   gridkit/map_data.h
   gridkit/map_point.h
   gridkit/map_projection.h
@@ -42,6 +44,7 @@ set(public_headers
   gridkit/plugin.h
   gridkit/preference.h
   gridkit/product.h
+  gridkit/product_facts.h
   gridkit/product_path.h
   gridkit/radiometry.h
   gridkit/raster_header.h

@@ -189,6 +189,14 @@ std::int32_t describe_remark(const gkc_Product* product, std::int32_t remark, gk
   return gkc_NoError;
 }
 
+std::int32_t describe_product(const gkc_Product* product, gkc_ProductFacts* facts,
+                              gkc_Error* error) {
+  return contain(error, [&] {
+    if (product == nullptr) throw Failure(gkc_WrongUse, "no product");
+    fill(facts, product->facts->told());
+  });
+}
+
 constexpr gkc_Companion table = {sizeof(gkc_Companion),
                                  GKC_VERSION,
                                  0,
@@ -201,7 +209,8 @@ constexpr gkc_Companion table = {sizeof(gkc_Companion),
                                  describe_grid,
                                  describe_noise,
                                  remark_count,
-                                 describe_remark};
+                                 describe_remark,
+                                 describe_product};
 
 }  // namespace
 

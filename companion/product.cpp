@@ -102,6 +102,7 @@ std::unique_ptr<gkc_Product> open_product(const std::string& path, Reading readi
   const ProductFacts facts = read_product_facts(path, reading);
   auto product = std::make_unique<gkc_Product>();
   product->passed_over = facts.passed_over;
+  product->facts = std::make_unique<HandedFacts>(facts.annotated);
   product->grid = std::make_unique<GridOnDemand>(path, facts);
   if (without_images) return product;
   for (const ImageFileFacts& file : facts.files) product->noise.push_back(file.noise);

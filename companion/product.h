@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "companion/annotated_facts.h"
 #include "companion/cosar_file.h"
 #include "companion/detected_image.h"
 #include "companion/grid_on_demand.h"
@@ -51,6 +52,7 @@ struct gkc_Product {
   std::deque<companion::NoiseFacts> noise;  // one an image file; images point into it
   std::vector<companion::Image> images;
   std::unique_ptr<const companion::GridOnDemand> grid;
+  std::unique_ptr<const companion::HandedFacts> facts;
   std::vector<companion::Failure> passed_over;  // of the annotation, when it was opened leniently
 };
 

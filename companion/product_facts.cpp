@@ -150,6 +150,7 @@ ProductFacts facts_of(const Product& product, const std::string& path) {
       variants.get_productVariant(0) == "GEC" || variants.get_productVariant(0) == "EEC";
   const std::string folder = path.substr(0, path.rfind('/') + 1);
   facts.scene = scene_facts(product, folder);
+  facts.annotated = annotated_facts(product, path);
   for (std::size_t i = 0; i < static_cast<std::size_t>(layers); ++i) {
     const auto& image = components.get_imageData(i);
     std::optional<std::string> beam;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "companion/annotated_facts.h"
 #include "companion/failure.h"
 #include "companion/noise_facts.h"
 #include "lmx/datetime.h"
@@ -39,6 +40,7 @@ struct ProductFacts {
   std::int32_t samples = 0;        // of a line
   bool is_on_map = false;          // lines and samples follow a map, not the times
   SceneFacts scene;
+  AnnotatedFacts annotated;
   std::vector<ImageFileFacts> files;
   std::vector<Failure> passed_over;  // by a lenient reading
 };

@@ -178,6 +178,65 @@ typedef struct gkc_Noise {
   double latest_line;    // them
 } gkc_Noise;
 
+// A place on Earth: degrees, geodetic, WGS 84.
+typedef struct gkc_Place {
+  double latitude;
+  double longitude;
+} gkc_Place;
+
+// What an image is calibrated with: from powers of its samples to radar brightness.
+typedef struct gkc_ImageFactors {
+  const char* polarisation;
+  const double* factors;  // that the description states for the image, one a beam; each value once
+  int32_t count;
+  int32_t reserved;  // 0
+} gkc_ImageFactors;
+
+// What there is to know of a product at a glance, as its description says it. Codes are the
+// description's own; several of them, as a list may have, stand with ", " between. The caller sets
+// `size`. Texts and arrays live as long as the product; a text that is not known is empty.
+typedef struct gkc_ProductFacts {
+  size_t size;
+  const char* name;                 // of the product
+  const char* variant;              // such as "SSC"
+  const char* resolution_variant;   // such as "SE"
+  const char* type;                 // such as "SSC______SM_S"
+  const char* imaging_mode;         // such as "SM"
+  const char* polarisation_mode;    // such as "SINGLE"
+  const char* beam;                 // such as "strip_005"
+  const char* look;                 // such as "RIGHT"
+  const char* processing_software;  // that made the product
+  const char* mission;              // such as "TSX-1"
+  const char* pass;                 // such as "DESCENDING"
+  const char* start;                // of the scene, UTC, as the description writes it
+  const char* stop;
+  const char* const* polarisations;
+  const gkc_Place* corners;  // of the scene: begin and end of its first line, then of its last
+  const gkc_ImageFactors* images;  // one entry an image file
+  size_t image_size;               // bytes from one entry to the next
+  int32_t polarisation_count;
+  int32_t corner_count;
+  int32_t image_count;
+  int32_t is_on_map;  // not 0: lines run west to east, not across the flight
+  int32_t orbit;
+  int32_t relative_orbit;
+  int32_t orbit_cycle;
+  int32_t has_raster;  // not 0: what follows, up to the resolutions, is known
+  int32_t lines;       // of the first image, which holds for every one
+  int32_t samples;
+  int32_t has_ground_spacing;  // not 0: samples are spaced in slant range
+  int32_t reserved;            // 0
+  double line_spacing;         // m
+  double sample_spacing;       // m
+  double ground_spacing_near;  // m, of samples in slant range, on the ground
+  double ground_spacing_far;
+  double azimuth_resolution;       // m
+  double ground_range_resolution;  // m
+  gkc_Place centre;
+  double incidence;       // degrees, at the centre
+  double average_height;  // m above the ellipsoid
+} gkc_ProductFacts;
+
 typedef struct gkc_Product gkc_Product;
 
 typedef struct gkc_OpenOptions {
@@ -234,6 +293,10 @@ typedef struct gkc_Companion {
   // number that there is not.
   int32_t (*remark_count)(const gkc_Product* product);
   int32_t (*describe_remark)(const gkc_Product* product, int32_t remark, gkc_Error* told);
+
+  // What there is to know of the product at a glance; also of one without images.
+  int32_t (*describe_product)(const gkc_Product* product, gkc_ProductFacts* facts,
+                              gkc_Error* error);
 } gkc_Companion;
 
 // What a companion exports. The table lives as long as the library is loaded.

@@ -143,14 +143,14 @@ GRIDKIT_API int32_t gridkit_annotation_path(const gridkit_product* product, char
 GRIDKIT_API int32_t gridkit_files(const gridkit_product* product, char*** paths, size_t* count,
                                   gridkit_error** error);
 
+// What the product is, as JSON: json/v2/info.schema.json, as `gridkit info --json` prints it. Its
+// member "warnings" is without what that finds by comparing image files with the annotation.
+GRIDKIT_API int32_t gridkit_describe(const gridkit_product* product, char** json,
+                                     gridkit_error** error);
+
 // Data beside the pixels, by one of the names that the description lists under "data", as JSON:
 // json/v1/data.schema.json. gridkit_NotThere for another name.
 GRIDKIT_API int32_t gridkit_data(const gridkit_product* product, const char* name, char** json,
-                                 gridkit_error** error);
-
-// What the product is and what is in it, as JSON: format, description, file, layers and data, as
-// json/v1/info.schema.json has them.
-GRIDKIT_API int32_t gridkit_info(const gridkit_product* product, char** json,
                                  gridkit_error** error);
 
 // ---- Windows

@@ -15,6 +15,7 @@
 #include "gridkit/export.h"
 #include "gridkit/geolocation_grid.h"
 #include "gridkit/plugin.h"
+#include "gridkit/product_facts.h"
 #include "gridkit/radiometry.h"
 
 // Samples of images as they are, and what they are converted to: any window, into the caller's
@@ -179,6 +180,9 @@ class GRIDKIT_API Samples {
   ImageNoise noise(std::size_t image) const;
 
  private:
+  friend std::optional<ProductFacts> facts_of(const Product& product);
+  friend std::optional<ProductFacts> find_product_facts(const Plugin& plugin,
+                                                        const std::string& path);
   friend FoundGrid find_geolocation_grid(const Plugin& plugin, const std::string& path);
   static FoundGrid find_grid(const Plugin& plugin, const std::string& path);
 

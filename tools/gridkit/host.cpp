@@ -51,7 +51,8 @@ void load_preferences(const std::string& path) {
   }
   if (!faults.empty()) {
     throw MissingImages(faults, refusal.calls(),
-                        plugin.format().titles.at(static_cast<std::size_t>(title)), path);
+                        plugin.format().titles.at(static_cast<std::size_t>(title)), path,
+                        gridkit::find_product_facts(plugin, path));
   }
   const bool says_why = !refusal.sentence().ends_with("cannot be opened");
   throw gridkit::Error(

@@ -9,6 +9,7 @@
 #include "gridkit/opener.h"
 #include "gridkit/plugin.h"
 #include "gridkit/product.h"
+#include "gridkit/product_facts.h"
 
 // The command line's host: the plug-ins of a folder, and opening a file with whichever takes it.
 
@@ -24,17 +25,20 @@ struct HostOptions {
 class MissingImages : public gridkit::Error {
  public:
   MissingImages(const std::string& sentence, const std::string& calls, std::string format,
-                std::string annotation)
+                std::string annotation, std::optional<gridkit::ProductFacts> facts)
       : Error(sentence, {}, calls),
         format_(std::move(format)),
-        annotation_(std::move(annotation)) {}
+        annotation_(std::move(annotation)),
+        facts_(std::move(facts)) {}
 
   const std::string& format() const { return format_; }  // title of the format that recognised it
   const std::string& annotation() const { return annotation_; }
+  const std::optional<gridkit::ProductFacts>& facts() const { return facts_; }
 
  private:
   std::string format_;
   std::string annotation_;
+  std::optional<gridkit::ProductFacts> facts_;
 };
 
 class Host {

@@ -2,16 +2,16 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "gridkit/info_json.h"
+#include "gridkit/layer_map.h"
+#include "gridkit/product_facts.h"
 #include "tools/command_line/exit_status.h"
 #include "tools/gridkit/commands.h"
-#include "tools/gridkit/print_json.h"
 #include "tools/gridkit/product/image_warning.h"
-#include "tools/gridkit/product/info_json.h"
-#include "tools/gridkit/product/layer_map.h"
-#include "tools/gridkit/product/product_facts.h"
 #include "tools/gridkit/product/product_summary.h"
 #include "tools/gridkit/product/words.h"
 #include "tools/gridkit/terminal/terminal.h"
@@ -64,10 +64,10 @@ void print_heading(const std::string& text) {
   std::cout << on_output(text, Style::bold) << '\n';
 }
 
-void print_facts(const std::string& format, const std::string& annotation) {
+void print_facts(const std::string& format, const std::string& annotation,
+                 const std::optional<gridkit::ProductFacts>& facts) {
   print_heading(std::filesystem::path(annotation).stem().string());
   print_row("format", format);
-  const auto facts = read_facts(annotation);
   if (!facts) return;
   for (const SummaryRow& row : summary_of(*facts)) print_row(row.label, row.text);
 }
@@ -76,12 +76,12 @@ void print_layer(const gridkit::Layer& layer) {
   std::cout << "  " << std::left << std::setw(22) << layer.name() << ' ' << std::right
             << std::setw(6) << layer.height() << " lines x " << std::setw(6) << layer.width()
             << " samples  " << type_as_text(layer.pixel_type()) << '\n';
-  const LayerMap map = map_of(layer);
+  const gridkit::LayerMap map = gridkit::map_of(layer);
   if (map.info) std::cout << "    map: " << map_as_text(layer, *map.info) << '\n';
 }
 
 void print_as_text(const gridkit::Product& product) {
-  print_facts(product.title(), product.path());
+  print_facts(product.title(), product.path(), gridkit::facts_of(product));
   print_heading("layers");
   for (const std::string& name : product.layer_names()) print_layer(product.open_layer(name));
   const auto data = product.data_names();
@@ -95,11 +95,11 @@ struct Request {
 };
 
 // Tells what is wrong without making the product useless, and gives it as texts.
-std::vector<std::string> warnings_of(const gridkit::Product& product) {
+std::vector<std::string> tell_warnings(const gridkit::Product& product) {
   std::vector<std::string> warnings = image_disagreements(product.path());
   warn_about_images(warnings);
   for (const std::string& name : product.layer_names()) {
-    const LayerMap map = map_of(product.open_layer(name));
+    const gridkit::LayerMap map = gridkit::map_of(product.open_layer(name));
     if (map.not_known.empty()) continue;
     warnings.push_back(map.not_known);
     warn(map.not_known);
@@ -111,15 +111,15 @@ std::vector<std::string> warnings_of(const gridkit::Product& product) {
 
 int show(const Host& host, const Request& request) try {
   const gridkit::Product product = host.open(request.path);
-  const std::vector<std::string> warnings = warnings_of(product);
+  const std::vector<std::string> warnings = tell_warnings(product);
   if (request.as_json) {
-    print_json(info_as_json(product, warnings));
+    std::cout << gridkit::info_as_json(product, warnings) << '\n';
   } else {
     print_as_text(product);
   }
   return exit_done;
 } catch (const MissingImages& missing) {
-  if (!request.as_json) print_facts(missing.format(), missing.annotation());
+  if (!request.as_json) print_facts(missing.format(), missing.annotation(), missing.facts());
   throw;
 }
 

@@ -3,57 +3,15 @@
 #include <optional>
 #include <string>
 
-#include <nlohmann/json.hpp>
-
 #include "gridkit/c/open_product.h"
-#include "gridkit/describe/json_text.h"
+#include "gridkit/info_json.h"
 #include "gridkit/map_wkt.h"
-#include "gridkit/plugin.h"
 
 namespace {
 
 using gridkit::c::Fault;
 using gridkit::c::OpenProduct;
 using gridkit::c::require;
-using json = nlohmann::ordered_json;
-
-// A map whose projection is not known counts as none: the pixels are there all the same.
-std::optional<gridkit::MapInfo> map_of(const gridkit::Layer& layer) try {
-  return layer.map_info();
-} catch (const gridkit::Error&) {
-  return std::nullopt;
-}
-
-json map_as_json(const std::optional<gridkit::MapInfo>& map) {
-  if (!map) return nullptr;
-  return {{"projection", map->projection},
-          {"upperLeft", {map->upper_left[0], map->upper_left[1]}},
-          {"pixelSize", {map->pixel_size[0], map->pixel_size[1]}},
-          {"units", map->units}};
-}
-
-json layer_as_json(const gridkit::Layer& layer) {
-  return {{"name", layer.name()},
-          {"pixelType", layer.pixel_type()},
-          {"layerType", layer.layer_type()},
-          {"width", layer.width()},
-          {"height", layer.height()},
-          {"blockWidth", layer.block_width()},
-          {"blockHeight", layer.block_height()},
-          {"mapInfo", map_as_json(map_of(layer))}};
-}
-
-json description_of(const gridkit::Product& product) {
-  json layers = json::array();
-  for (const std::string& name : product.layer_names()) {
-    layers.push_back(layer_as_json(product.open_layer(name)));
-  }
-  return {{"format", product.title()},
-          {"description", product.plugin().format().description},
-          {"file", product.path()},
-          {"layers", layers},
-          {"data", product.data_names()}};
-}
 
 // The first layer that lies on a map.
 std::optional<gridkit::Layer> layer_on_map(const gridkit::Product& product) {
@@ -66,11 +24,12 @@ std::optional<gridkit::Layer> layer_on_map(const gridkit::Product& product) {
 
 }  // namespace
 
-int32_t gridkit_info(const gridkit_product* product, char** text, gridkit_error** error) {
-  if (text != nullptr) *text = nullptr;
+int32_t gridkit_describe(const gridkit_product* product, char** json, gridkit_error** error) {
+  if (json != nullptr) *json = nullptr;
   return gridkit::c::contain(product, error, gridkit_CannotRead, [&](OpenProduct& open) {
-    require(text, "json");
-    *text = gridkit::c::copied_text(gridkit::json_text(description_of(open.product())));
+    require(json, "json");
+    *json = gridkit::c::copied_text(
+        gridkit::info_as_json(open.product(), gridkit::warnings_of(open.product())));
   });
 }
 

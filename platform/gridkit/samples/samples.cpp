@@ -9,6 +9,7 @@
 
 #include "gridkit/samples/companion_library.h"
 #include "gridkit/samples/conversion_forms.h"
+#include "gridkit/samples/facts_from.h"
 #include "gridkit/services/open_scope.h"
 
 namespace gridkit {
@@ -127,6 +128,18 @@ struct Samples::Open {
   Open(const Open&) = delete;
   Open& operator=(const Open&) = delete;
   ~Open() { companion->close(product); }
+
+  // Nothing by a companion that does not tell them.
+  std::optional<ProductFacts> facts() const {
+    if (!GKC_HAS(companion, gkc_Companion, describe_product)) return std::nullopt;
+    gkc_Error error = no_error();
+    gkc_ProductFacts told{};
+    told.size = sizeof told;
+    if (companion->describe_product(product, &told, &error) != gkc_NoError) {
+      throw SampleError(error, {});
+    }
+    return facts_from(told);
+  }
 
   void describe() {
     for (std::int32_t i = 0; i < companion->image_count(product); ++i) {
@@ -334,6 +347,20 @@ void Samples::read(std::size_t number, const SampleWindow& window, const Convers
 
 FoundGrid Samples::geolocation_grid() const {
   return open_->geolocation_grid();
+}
+
+std::optional<ProductFacts> facts_of(const Product& product) {
+  try {
+    return product.samples().open_->facts();
+  } catch (const Error&) {
+    return find_product_facts(product.plugin(), product.path());
+  }
+}
+
+std::optional<ProductFacts> find_product_facts(const Plugin& plugin, const std::string& path) try {
+  return Samples::Open(load_companion(companion_path(plugin)), path, true, true).facts();
+} catch (const Error&) {
+  return std::nullopt;
 }
 
 FoundGrid Samples::find_grid(const Plugin& plugin, const std::string& path) {

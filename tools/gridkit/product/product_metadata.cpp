@@ -1,8 +1,8 @@
 #include "tools/gridkit/product/product_metadata.h"
 
+#include "gridkit/product_facts.h"
 #include "gridkit/version.h"
 #include "tools/gridkit/product/layer_image.h"
-#include "tools/gridkit/product/product_facts.h"
 #include "tools/gridkit/product/words.h"
 
 namespace {
@@ -15,7 +15,7 @@ std::string in_utc(const std::string& time) {
 }  // namespace
 
 std::string polarisation_of_layer(const gridkit::Product& product, const std::string& layer) {
-  const auto facts = read_facts(product.path());
+  const auto facts = gridkit::facts_of(product);
   if (!facts) return {};
   const auto& images = facts->calibration;  // one entry an image
   const auto image = image_of_layer(product, layer, images.size());
@@ -28,7 +28,7 @@ std::vector<std::pair<std::string, std::string>> product_metadata(const gridkit:
   const auto add = [&](const char* key, const std::string& value) {
     if (!value.empty()) metadata.emplace_back(key, value);
   };
-  if (const auto facts = read_facts(product.path())) {
+  if (const auto facts = gridkit::facts_of(product)) {
     add("PRODUCT_ID", facts->name);
     add("PRODUCT_TYPE", facts->type);
     add("SATELLITE_IDENTIFIER", facts->mission);

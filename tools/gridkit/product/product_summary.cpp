@@ -34,20 +34,20 @@ std::string lower(std::string text) {
   return text;
 }
 
-std::string variant_row(const ProductFacts& facts) {
+std::string variant_row(const gridkit::ProductFacts& facts) {
   const std::string text = explained(facts.variant, variants);
   return facts.resolution_variant.empty()
              ? text
              : text + ", " + explained(facts.resolution_variant, resolutions);
 }
 
-std::string polarisation_row(const ProductFacts& facts) {
+std::string polarisation_row(const gridkit::ProductFacts& facts) {
   return joined(facts.polarisations.size(), [&](std::size_t i) { return facts.polarisations[i]; }) +
          " (" + lower(facts.polarisation_mode) + ')';
 }
 
 // From start to stop, the date once where they share it.
-std::string interval(const ProductFacts& facts) {
+std::string interval(const gridkit::ProductFacts& facts) {
   const std::string start = time_in_words(facts.start);
   const std::string stop = time_in_words(facts.stop);
   const std::size_t date = start.find(' ');
@@ -55,26 +55,26 @@ std::string interval(const ProductFacts& facts) {
   return start + " to " + (same_day ? stop.substr(date + 1) : stop) + " UTC";
 }
 
-std::string place_in_words(const ProductFacts::Place& at) {
+std::string place_in_words(const gridkit::ProductFacts::Place& at) {
   return number_in_words(std::abs(at.latitude), 4) + (at.latitude < 0 ? "S " : "N ") +
          number_in_words(std::abs(at.longitude), 4) + (at.longitude < 0 ? 'W' : 'E');
 }
 
-std::string centre_row(const ProductFacts& facts) {
+std::string centre_row(const gridkit::ProductFacts& facts) {
   return place_in_words(facts.centre) + ", " + number_in_words(facts.average_height_metres, 0) +
          " m above the ellipsoid, incidence " + number_in_words(facts.incidence_degrees, 2) +
          " degrees";
 }
 
-std::string extent_row(const ProductFacts& facts) {
+std::string extent_row(const gridkit::ProductFacts& facts) {
   const auto kilometres = [](double metres) { return number_in_words(metres / 1000, 1) + " km "; };
   return "about " + kilometres(facts.extent->lines_metres) +
          (facts.is_on_map ? "north" : "azimuth") + ", " + kilometres(facts.extent->samples_metres) +
          (facts.is_on_map ? "east" : "ground range");
 }
 
-std::string spacing_row(const ProductFacts& facts) {
-  const ProductFacts::Raster& raster = *facts.raster;
+std::string spacing_row(const gridkit::ProductFacts& facts) {
+  const gridkit::ProductFacts::Raster& raster = *facts.raster;
   const std::string line = number_in_words(raster.line_spacing_metres, 3) + " m ";
   const std::string sample = number_in_words(raster.sample_spacing_metres, 3) + " m ";
   if (facts.is_on_map) return line + "north, " + sample + "east";
@@ -86,7 +86,7 @@ std::string spacing_row(const ProductFacts& facts) {
 
 }  // namespace
 
-std::string calibration_in_words(const ImageCalibration& image) {
+std::string calibration_in_words(const gridkit::ImageCalibration& image) {
   if (image.factors.empty()) return image.polarisation + " not stated";
   std::string text;
   for (const double factor : image.factors) {
@@ -95,7 +95,7 @@ std::string calibration_in_words(const ImageCalibration& image) {
   return image.polarisation + ' ' + text + (image.factors.size() > 1 ? " by beam" : "");
 }
 
-std::vector<SummaryRow> summary_of(const ProductFacts& facts) {
+std::vector<SummaryRow> summary_of(const gridkit::ProductFacts& facts) {
   std::vector<SummaryRow> rows = {
       {"product", variant_row(facts)},
       {"mode", imaging_mode_in_words(facts.imaging_mode) + ", beam " + facts.beam + ", looking " +
@@ -107,7 +107,7 @@ std::vector<SummaryRow> summary_of(const ProductFacts& facts) {
       {"centre", centre_row(facts)}};
   if (facts.extent) rows.push_back({"extent", extent_row(facts)});
   if (facts.raster) {
-    const ProductFacts::Raster& raster = *facts.raster;
+    const gridkit::ProductFacts::Raster& raster = *facts.raster;
     rows.push_back({"size", std::to_string(raster.lines) + " lines x " +
                                 std::to_string(raster.samples) + " samples"});
     rows.push_back({"spacing", spacing_row(facts)});

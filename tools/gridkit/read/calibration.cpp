@@ -9,9 +9,9 @@
 
 #include "gridkit/error.h"
 #include "gridkit/geolocation_grid.h"
+#include "gridkit/product_facts.h"
 #include "gridkit/record_decoder.h"
 #include "tools/gridkit/product/layer_image.h"
-#include "tools/gridkit/product/product_facts.h"
 #include "tools/gridkit/terminal/terminal.h"
 
 namespace {
@@ -34,8 +34,8 @@ double published_factor(const gridkit::Product& product) {
 
 double factor_of_layer(const gridkit::Product& product, const std::string& layer) {
   const double published = published_factor(product);
-  const auto facts = read_facts(product.path());
-  const auto images = facts ? facts->calibration : std::vector<ImageCalibration>();
+  const auto facts = gridkit::facts_of(product);
+  const auto images = facts ? facts->calibration : std::vector<gridkit::ImageCalibration>();
   const auto image = image_of_layer(product, layer, images.size());
   if (!image || images[*image].factors.empty()) return published;
   const auto& own = images[*image].factors;

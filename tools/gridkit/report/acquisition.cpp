@@ -6,9 +6,9 @@
 #include <optional>
 #include <utility>
 
+#include "gridkit/product_facts.h"
 #include "lmx/datetime.h"
 #include "tools/annotation/annotation_file.h"
-#include "tools/gridkit/product/product_facts.h"
 #include "tools/gridkit/product/product_summary.h"
 #include "tools/gridkit/product/words.h"
 #include "tools/gridkit/report/html.h"
@@ -225,8 +225,7 @@ void add_facts(const Product& product, Acquisition& result) {
                   {"Copyright", info.get_generationInfo().get_copyrightInfo()}};
 }
 
-void add_calibration(const std::string& path, Acquisition& result) {
-  const auto known = read_facts(path);
+void add_calibration(const std::optional<gridkit::ProductFacts>& known, Acquisition& result) {
   if (!known || known->calibration.empty()) return;
   const auto& images = known->calibration;
   result.facts.push_back({"Calibration factor", joined(images.size(), [&](std::size_t i) {
@@ -244,14 +243,15 @@ double Polynomial::value(double at) const {
   return sum;
 }
 
-Acquisition read_acquisition(const std::string& path, const std::string& schema) {
+Acquisition read_acquisition(const std::string& path, const std::string& schema,
+                             const std::optional<gridkit::ProductFacts>& known) {
   return with_root(schema, [&](auto& root) {
     bind_leniently(root, path);
     const auto& product = std::as_const(root).get_level1Product();
     const auto& start = product.get_productInfo().get_sceneInfo().get_start().get_timeUTC();
     Acquisition result;
     add_facts(product, result);
-    add_calibration(path, result);
+    add_calibration(known, result);
     add_orbit(product, start, result);
     add_doppler(product, start, result);
     add_noise(product, start, result);

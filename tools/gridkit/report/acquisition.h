@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "gridkit/product_facts.h"
 #include "rmdllib/vector3.h"
 #include "tools/gridkit/report/svg_plot.h"
 
@@ -35,7 +37,8 @@ struct Acquisition {
 };
 
 // Reads a valid annotation of the schema "3.4", "3.5" or "4.0".
-Acquisition read_acquisition(const std::string& path, const std::string& schema);
+Acquisition read_acquisition(const std::string& path, const std::string& schema,
+                             const std::optional<gridkit::ProductFacts>& known);
 
 // A polynomial of the annotation.
 struct Polynomial {

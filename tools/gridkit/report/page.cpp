@@ -147,7 +147,8 @@ std::string facts(const Acquisition& acquisition) {
 std::string make_page(const gridkit::Product& product, std::int32_t picture_size,
                       const std::function<void(std::int32_t)>& advance) {
   const std::string schema = read_version_line(product.path()).schema;
-  const Acquisition acquisition = read_acquisition(product.path(), schema);
+  const Acquisition acquisition =
+      read_acquisition(product.path(), schema, gridkit::facts_of(product));
   const std::string title = std::filesystem::path(product.path()).stem().string();
   const Layers layers = draw_layers(product, picture_size, advance);
   const AnnotationTree tree = annotation_tree(product.path());

@@ -246,7 +246,7 @@ class Handle:
             lib.gridkit_free(paths[0])
 
     def info(self) -> dict[str, Any]:
-        return dict(json.loads(_taken_text(lib.gridkit_info, self._product)))
+        return dict(json.loads(_taken_text(lib.gridkit_describe, self._product)))
 
     def data(self, name: str) -> dict[str, Any]:
         return dict(json.loads(_taken_text(lib.gridkit_data, self._product, name.encode())))

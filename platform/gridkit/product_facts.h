@@ -6,8 +6,15 @@
 #include <string>
 #include <vector>
 
-// What there is to know of a product at a glance, from its annotation alone: the same facts for
-// people (product_summary.h), for programs (info_json.h) and for the metadata of files. Codes are
+#include "gridkit/export.h"
+#include "gridkit/plugin.h"
+#include "gridkit/product.h"
+
+namespace gridkit {
+
+// What there is to know of a product at a glance, as the plug-in's companion takes it from the
+// product's description: the same facts for people, for programs (gridkit/info_json.h) and for the
+// metadata of files. Codes are
 // the annotation's own; several of them, as a list may have, stand with ", " between. Places are
 // degrees on WGS 84, lengths metres.
 
@@ -71,6 +78,12 @@ struct ProductFacts {
   std::vector<ImageCalibration> calibration;  // one entry an image, in the annotation's order
 };
 
-// Nothing for a file that is no annotation, whose product another plug-in opened. Values that a
-// lenient open passes over are as they stand.
-std::optional<ProductFacts> read_facts(const std::string& annotation);
+// The facts of an open product; nothing where its plug-in has no companion that tells them. Values
+// that a lenient open passes over are as they stand. Any thread may ask.
+GRIDKIT_API std::optional<ProductFacts> facts_of(const Product& product);
+
+// The same of the product at that path, whose image files need not be there.
+GRIDKIT_API std::optional<ProductFacts> find_product_facts(const Plugin& plugin,
+                                                           const std::string& path);
+
+}  // namespace gridkit

@@ -1,28 +1,95 @@
-#include "tools/gridkit/product/product_facts.h"
+#pragma once
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
-#include <utility>
+#include <optional>
+#include <string>
+#include <vector>
 
-#include "rmdllib/ellipsoid.h"
-#include "tools/annotation/annotation_file.h"
-#include "tools/annotation/check.h"
-#include "tools/gridkit/product/words.h"
+#include "gridkit/companion.h"
 
-namespace {
+namespace companion {
 
-// The straight way between two places: scenes are small against the Earth.
-double metres(const ProductFacts::Place& from, const ProductFacts::Place& to) {
-  const auto earth = rmdllib::Ellipsoid::wgs84();
-  const auto way = earth.to_earth_fixed({to.latitude, to.longitude, 0}) -
-                   earth.to_earth_fixed({from.latitude, from.longitude, 0});
-  return std::sqrt(dot(way, way));
+// What an annotation says of its product at a glance, see gkc_ProductFacts for what each is.
+struct AnnotatedFacts {
+  std::string name;
+  std::string variant;
+  std::string resolution_variant;
+  std::string type;
+  std::string imaging_mode;
+  std::string polarisation_mode;
+  std::string beam;
+  std::string look;
+  std::vector<std::string> polarisations;
+  std::string processing_software;
+  std::string mission;
+  std::int32_t orbit = 0;
+  std::int32_t relative_orbit = 0;
+  std::int32_t orbit_cycle = 0;
+  std::string pass;
+  std::string start;
+  std::string stop;
+  gkc_Place centre{};
+  double incidence_degrees = 0;
+  double average_height_metres = 0;
+  std::vector<gkc_Place> corners;
+
+  struct Raster {
+    std::int32_t lines = 0;
+    std::int32_t samples = 0;
+    double line_spacing_metres = 0;
+    double sample_spacing_metres = 0;
+    std::optional<std::array<double, 2>> ground_spacing_metres;  // near, far
+    double azimuth_resolution_metres = 0;
+    double ground_range_resolution_metres = 0;
+  };
+  std::optional<Raster> raster;
+  bool is_on_map = false;
+
+  struct Factors {
+    std::string polarisation;
+    std::vector<double> factors;
+  };
+  std::vector<Factors> calibration;
+};
+
+// The same in the form of the contract, which points into it.
+class HandedFacts {
+ public:
+  explicit HandedFacts(const AnnotatedFacts& facts);
+  HandedFacts(const HandedFacts&) = delete;
+  HandedFacts& operator=(const HandedFacts&) = delete;
+
+  const gkc_ProductFacts& told() const { return told_; }
+
+ private:
+  AnnotatedFacts facts_;
+  std::vector<const char*> polarisations_;
+  std::vector<gkc_ImageFactors> images_;
+  gkc_ProductFacts told_{};
+};
+
+// How the facts are taken out of the classes of whichever schema version.
+namespace annotated {
+
+// The texts that `get` gives for 0 to size - 1, with commas between; empty ones are passed over.
+template <class Get>
+std::string joined(std::size_t size, Get get) {
+  std::string text;
+  for (std::size_t i = 0; i < size; ++i) {
+    const std::string part = get(i);
+    if (part.empty()) continue;
+    if (!text.empty()) text += ", ";
+    text += part;
+  }
+  return text;
 }
 
 template <class Product>
-void add_kind(const Product& product, ProductFacts& facts) {
+void add_kind(const Product& product, AnnotatedFacts& facts) {
   const auto& variant = product.get_productInfo().get_productVariantInfo();
   facts.variant = joined(variant.size_productVariant(),
                          [&](std::size_t i) { return variant.get_productVariant(i); });
@@ -38,7 +105,7 @@ void add_kind(const Product& product, ProductFacts& facts) {
 }
 
 template <class Product>
-void add_acquisition(const Product& product, ProductFacts& facts) {
+void add_acquisition(const Product& product, AnnotatedFacts& facts) {
   const auto& acquisition = product.get_productInfo().get_acquisitionInfo();
   facts.imaging_mode = joined(acquisition.size_imagingMode(),
                               [&](std::size_t i) { return acquisition.get_imagingMode(i); });
@@ -54,7 +121,7 @@ void add_acquisition(const Product& product, ProductFacts& facts) {
 }
 
 template <class Product>
-void add_orbit(const Product& product, ProductFacts& facts) {
+void add_orbit(const Product& product, AnnotatedFacts& facts) {
   const auto& mission = product.get_productInfo().get_missionInfo();
   facts.mission = mission.get_mission();
   facts.orbit = mission.get_absOrbit();
@@ -65,7 +132,7 @@ void add_orbit(const Product& product, ProductFacts& facts) {
 }
 
 template <class Product>
-void add_scene(const Product& product, ProductFacts& facts) {
+void add_scene(const Product& product, AnnotatedFacts& facts) {
   const auto& scene = product.get_productInfo().get_sceneInfo();
   const auto& centre = scene.get_sceneCenterCoord();
   facts.start = scene.get_start().get_timeUTC().text();
@@ -77,15 +144,11 @@ void add_scene(const Product& product, ProductFacts& facts) {
     const auto& corner = scene.get_sceneCornerCoord(i);
     facts.corners.push_back({corner.get_lat(), corner.get_lon()});
   }
-  if (facts.corners.size() < 3) return;
-  // The second corner ends the first one's line, the third begins the last line.
-  facts.extent = {metres(facts.corners[0], facts.corners[2]),
-                  metres(facts.corners[0], facts.corners[1])};
 }
 
 // Complex images state their spacing in seconds: what that is in metres stands elsewhere.
 template <class Product>
-void add_raster(const Product& product, ProductFacts& facts) {
+void add_raster(const Product& product, AnnotatedFacts& facts) {
   const auto& info = product.get_productInfo().get_imageDataInfo();
   if (info.size_imageRaster() == 0) return;
   const auto& raster = info.get_imageRaster(0);
@@ -120,7 +183,7 @@ std::vector<double> factors_of(const Calibration& calibration, const std::string
 }
 
 template <class Product>
-void add_calibration(const Product& product, ProductFacts& facts) {
+void add_calibration(const Product& product, AnnotatedFacts& facts) {
   const auto& components = product.get_productComponents();
   for (std::size_t i = 0; i < components.size_imageData(); ++i) {
     const std::string polarisation = components.get_imageData(i).get_polLayer();
@@ -129,22 +192,19 @@ void add_calibration(const Product& product, ProductFacts& facts) {
   }
 }
 
-}  // namespace
+}  // namespace annotated
 
-std::optional<ProductFacts> read_facts(const std::string& annotation) {
-  const CheckResult check = check_leniently(annotation);
-  if (check.error != 0) return std::nullopt;
-  return with_root(check.schema, [&](auto& root) {
-    bind_leniently(root, annotation);
-    const auto& product = std::as_const(root.get_level1Product());
-    ProductFacts facts;
-    facts.name = std::filesystem::path(annotation).stem().string();
-    add_kind(product, facts);
-    add_acquisition(product, facts);
-    add_orbit(product, facts);
-    add_scene(product, facts);
-    add_raster(product, facts);
-    add_calibration(product, facts);
-    return std::optional(std::move(facts));
-  });
+template <class Product>
+AnnotatedFacts annotated_facts(const Product& product, const std::string& path) {
+  AnnotatedFacts facts;
+  facts.name = std::filesystem::path(path).stem().string();
+  annotated::add_kind(product, facts);
+  annotated::add_acquisition(product, facts);
+  annotated::add_orbit(product, facts);
+  annotated::add_scene(product, facts);
+  annotated::add_raster(product, facts);
+  annotated::add_calibration(product, facts);
+  return facts;
 }
+
+}  // namespace companion

@@ -1,15 +1,19 @@
-#include "tools/gridkit/product/info_json.h"
+#include "gridkit/info_json.h"
 
+#include <nlohmann/json.hpp>
 #include <optional>
 
-#include "tools/gridkit/product/layer_map.h"
-#include "tools/gridkit/product/product_facts.h"
+#include "gridkit/describe/json_text.h"
+#include "gridkit/layer_map.h"
+#include "gridkit/product_facts.h"
+
+namespace gridkit {
 
 namespace {
 
 using json = nlohmann::ordered_json;
 
-json map_as_json(const std::optional<gridkit::MapInfo>& map) {
+json map_as_json(const std::optional<MapInfo>& map) {
   if (!map) return nullptr;
   return {{"projection", map->projection},
           {"upperLeft", {map->upper_left[0], map->upper_left[1]}},
@@ -17,7 +21,7 @@ json map_as_json(const std::optional<gridkit::MapInfo>& map) {
           {"units", map->units}};
 }
 
-json layer_as_json(const gridkit::Layer& layer) {
+json layer_as_json(const Layer& layer) {
   return {{"name", layer.name()},
           {"pixelType", layer.pixel_type()},
           {"layerType", layer.layer_type()},
@@ -106,7 +110,7 @@ void add_facts(const std::optional<ProductFacts>& facts, json& info) {
 
 }  // namespace
 
-json info_as_json(const gridkit::Product& product, const std::vector<std::string>& warnings) {
+std::string info_as_json(const Product& product, const std::vector<std::string>& warnings) {
   json layers = json::array();
   for (const std::string& name : product.layer_names()) {
     layers.push_back(layer_as_json(product.open_layer(name)));
@@ -116,7 +120,20 @@ json info_as_json(const gridkit::Product& product, const std::vector<std::string
                {"file", product.path()},
                {"layers", layers},
                {"data", product.data_names()}};
-  add_facts(read_facts(product.path()), info);
+  add_facts(facts_of(product), info);
   info["warnings"] = warnings;
-  return info;
+  return json_text(info);
 }
+
+std::vector<std::string> warnings_of(const Product& product) {
+  std::vector<std::string> warnings;
+  for (const std::string& name : product.layer_names()) {
+    const LayerMap map = map_of(product.open_layer(name));
+    if (!map.not_known.empty()) warnings.push_back(map.not_known);
+  }
+  const auto passed_over = product.passed_over();
+  warnings.insert(warnings.end(), passed_over.begin(), passed_over.end());
+  return warnings;
+}
+
+}  // namespace gridkit
