@@ -41,8 +41,7 @@
 extern "C" {
 #endif
 
-// ---- Versions
-// ------------------------------------------------------------------------------------
+// ---- Versions ----
 
 // Of this header. A library of the same major version, and before 1.0 of the same minor version,
 // serves programs that were built with an older one.
@@ -57,8 +56,7 @@ extern "C" {
 GRIDKIT_API int32_t gridkit_version_number(void);
 GRIDKIT_API const char* gridkit_version(void);
 
-// ---- Errors
-// --------------------------------------------------------------------------------------
+// ---- Errors ----
 
 // What functions give. 1 to 8 mean what gkc_ErrorCode (gridkit/companion.h) does.
 enum gridkit_Code {
@@ -95,8 +93,7 @@ GRIDKIT_API void gridkit_error_free(gridkit_error* error);
 // Frees what a function gave; null is nothing. Any thread.
 GRIDKIT_API void gridkit_free(void* memory);
 
-// ---- Options
-// -------------------------------------------------------------------------------------
+// ---- Options ----
 
 // An answer that has a default.
 enum gridkit_Choice { gridkit_Default = 0, gridkit_Yes = 1, gridkit_No = 2 };
@@ -106,8 +103,7 @@ enum gridkit_Choice { gridkit_Default = 0, gridkit_Yes = 1, gridkit_No = 2 };
 // jump out by longjmp or an exception.
 typedef int32_t (*gridkit_progress)(void* context, int64_t done, int64_t all);
 
-// ---- Products
-// ------------------------------------------------------------------------------------
+// ---- Products ----
 
 // A product that is open.
 typedef struct gridkit_product gridkit_product;
@@ -153,8 +149,7 @@ GRIDKIT_API int32_t gridkit_describe(const gridkit_product* product, char** json
 GRIDKIT_API int32_t gridkit_data(const gridkit_product* product, const char* name, char** json,
                                  gridkit_error** error);
 
-// ---- Windows
-// -------------------------------------------------------------------------------------
+// ---- Windows ----
 
 // A part of an image: `lines` lines of `samples` samples each, `line_step` and `sample_step` apart
 // (0 stands for 1). All of it lies in the image.
@@ -218,8 +213,7 @@ typedef struct gridkit_read_options {
   void* context;              // of progress
 } gridkit_read_options;
 
-// ---- Images: samples as they are
-// -----------------------------------------------------------------
+// ---- Images: samples as they are ----
 
 // What samples are in their file.
 enum gridkit_SampleType {
@@ -267,8 +261,7 @@ GRIDKIT_API int32_t gridkit_read_samples(const gridkit_product* product, int32_t
                                          const gridkit_read_options* options,
                                          gridkit_delivered* delivered, gridkit_error** error);
 
-// ---- Layers: the plug-in's own pixels
-// ------------------------------------------------------------
+// ---- Layers: the plug-in's own pixels ----
 
 // A layer of a product. Texts live as long as the product's handle.
 typedef struct gridkit_layer {
@@ -297,8 +290,7 @@ GRIDKIT_API int32_t gridkit_read_layer(const gridkit_product* product, int32_t l
                                        const gridkit_read_options* options,
                                        gridkit_delivered* delivered, gridkit_error** error);
 
-// ---- Places
-// --------------------------------------------------------------------------------------
+// ---- Places ----
 
 // What the place of pixels comes from.
 enum gridkit_GeometryKind {
