@@ -319,6 +319,8 @@ typedef struct gridkit_geometry {
   double state_interval;    // between state vectors
   int64_t state_vector_count;
   double sample_spacing;  // in slant or in ground range, as is_ground_range says
+  int32_t has_delays;     // 1: the product tells corrections of signal delays
+  int32_t reserved;       // 0
 } gridkit_geometry;
 
 // gridkit_NotThere for a product that publishes neither a sensor model nor map data.

@@ -3,6 +3,8 @@
 #include <shared_mutex>
 #include <unordered_map>
 
+#include "gridkit/geolocation_grid.h"
+
 namespace gridkit::c {
 
 namespace {
@@ -67,25 +69,39 @@ std::shared_ptr<const Radiometry> OpenProduct::radiometry(std::size_t image,
   }
 }
 
-std::unique_ptr<rmdllib::Placement> OpenProduct::borrow_placement() {
+const std::optional<rmdllib::SignalCorrections>& OpenProduct::corrections() {
+  const std::lock_guard lock(mutex_);
+  if (corrections_) return *corrections_;
+  const FoundGrid found = find_geolocation_grid(product_.plugin(), path());
+  std::optional<rmdllib::SignalCorrections> told;
+  if (found.grid != nullptr) told = rmdllib::corrections_of(*found.grid);
+  return corrections_.emplace(told);
+}
+
+std::unique_ptr<rmdllib::Placement> OpenProduct::borrow_placement(bool with_delays) {
   {
     const std::lock_guard lock(mutex_);
-    if (!idle_placements_.empty()) {
-      auto placement = std::move(idle_placements_.back());
-      idle_placements_.pop_back();
+    auto& idle = idle_placements_[with_delays ? 1 : 0];
+    if (!idle.empty()) {
+      auto placement = std::move(idle.back());
+      idle.pop_back();
       return placement;
     }
   }
   try {
-    return std::make_unique<rmdllib::Placement>(product_);
+    auto placement = std::make_unique<rmdllib::Placement>(product_);
+    if (with_delays && placement->radar() != nullptr && corrections()) {
+      placement->apply(*corrections());
+    }
+    return placement;
   } catch (const Error& error) {
     throw Fault(gridkit_NotThere, error.sentence(), path());
   }
 }
 
-void OpenProduct::give_back(std::unique_ptr<rmdllib::Placement> placement) {
+void OpenProduct::give_back(std::unique_ptr<rmdllib::Placement> placement, bool with_delays) {
   const std::lock_guard lock(mutex_);
-  idle_placements_.push_back(std::move(placement));
+  idle_placements_[with_delays ? 1 : 0].push_back(std::move(placement));
 }
 
 gridkit_product* handle_of(std::shared_ptr<OpenProduct> product) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -54,9 +55,14 @@ class OpenProduct {
   // The radiometry of an image. Throws the fault gridkit_NotThere.
   std::shared_ptr<const Radiometry> radiometry(std::size_t image, const RadiometryRequest& request);
 
-  // A placement for one thread alone, given back by give_back. Throws the fault gridkit_NotThere.
-  std::unique_ptr<rmdllib::Placement> borrow_placement();
-  void give_back(std::unique_ptr<rmdllib::Placement> placement);
+  // The corrections of signal delays that the product tells of its own radar geometry; nothing
+  // where it tells none.
+  const std::optional<rmdllib::SignalCorrections>& corrections();
+
+  // A placement for one thread alone, with the corrections or without, given back by give_back.
+  // Throws the fault gridkit_NotThere.
+  std::unique_ptr<rmdllib::Placement> borrow_placement(bool with_delays);
+  void give_back(std::unique_ptr<rmdllib::Placement> placement, bool with_delays);
 
  private:
   Product product_;
@@ -66,7 +72,8 @@ class OpenProduct {
   std::vector<std::optional<std::optional<SampleRoad>>> roads_;
   std::map<std::tuple<std::size_t, Backscatter, bool>, std::shared_ptr<const Radiometry>>
       radiometries_;
-  std::vector<std::unique_ptr<rmdllib::Placement>> idle_placements_;
+  std::optional<std::optional<rmdllib::SignalCorrections>> corrections_;
+  std::array<std::vector<std::unique_ptr<rmdllib::Placement>>, 2> idle_placements_;  // by delays
 };
 
 // A new handle for an open product. Handles are numbers that are never used twice, so that one that

@@ -18,16 +18,16 @@ constexpr std::size_t places_at_once = 4096;
 }  // namespace
 
 BorrowedPlacement::~BorrowedPlacement() {
-  product_.give_back(std::move(placement_));
+  product_.give_back(std::move(placement_), with_delays_);
 }
 
 void for_each_place(OpenProduct& product, const gridkit_place_options* options, std::size_t count,
                     const OnePlace& one, std::size_t* without) {
   const auto wanted = taken(options, "options");
-  chosen(wanted.delays, true, "delays");
+  const bool with_delays = chosen(wanted.delays, true, "delays");
   std::atomic<std::size_t> unplaced = 0;
   const auto work = [&](std::int64_t part, std::size_t) {
-    const BorrowedPlacement placement(product);
+    const BorrowedPlacement placement(product, with_delays);
     const std::size_t first = static_cast<std::size_t>(part) * places_at_once;
     std::size_t failed = 0;
     for (std::size_t i = first; i < std::min(count, first + places_at_once); ++i) {
@@ -50,7 +50,7 @@ void for_each_place(OpenProduct& product, const gridkit_place_options* options, 
   };
   const std::size_t threads = threads_of(wanted.threads);
   if (count == 0) {
-    const BorrowedPlacement placed(product);  // for its refusal
+    const BorrowedPlacement placed(product, with_delays);  // for its refusal
     return;
   }
   work_in_order(static_cast<std::int64_t>((count + places_at_once - 1) / places_at_once), threads,

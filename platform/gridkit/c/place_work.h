@@ -13,8 +13,10 @@ namespace gridkit::c {
 // A placement of a product, for one thread alone, as long as it lives.
 class BorrowedPlacement {
  public:
-  explicit BorrowedPlacement(OpenProduct& product)
-      : product_(product), placement_(product.borrow_placement()) {}
+  BorrowedPlacement(OpenProduct& product, bool with_delays)
+      : product_(product),
+        with_delays_(with_delays),
+        placement_(product.borrow_placement(with_delays)) {}
   BorrowedPlacement(const BorrowedPlacement&) = delete;
   BorrowedPlacement& operator=(const BorrowedPlacement&) = delete;
   ~BorrowedPlacement();
@@ -24,11 +26,16 @@ class BorrowedPlacement {
 
  private:
   OpenProduct& product_;
+  bool with_delays_;
   std::unique_ptr<rmdllib::Placement> placement_;
 };
 
 // Works on one place of many; false, or an Error, where there is no answer.
 using OnePlace = std::function<bool(const rmdllib::Placement& placement, std::size_t number)>;
+
+// The options of functions that have none of their own: without delays, on the calling thread.
+inline constexpr gridkit_place_options uncorrected{sizeof(gridkit_place_options), gridkit_No, 0,
+                                                   nullptr, nullptr};
 
 // Works on every place, on as many threads as the options (null: the defaults) ask for, and counts
 // those without an answer. Throws Cancelled.

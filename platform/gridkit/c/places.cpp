@@ -48,7 +48,7 @@ T field(const std::vector<gridkit::DecodedField>& model, const std::string& name
   throw gridkit::Error("the sensor model has no field " + name + " of its type");
 }
 
-gridkit_geometry radar_geometry(const OpenProduct& product, const Placement& placement) {
+gridkit_geometry radar_geometry(OpenProduct& product, const Placement& placement) {
   const auto model = model_of(product);
   const auto& orbit = radar_of(product, placement).orbit();
   gridkit_geometry filled{};
@@ -65,6 +65,7 @@ gridkit_geometry radar_geometry(const OpenProduct& product, const Placement& pla
   filled.state_interval = orbit.interval();
   filled.state_vector_count =
       static_cast<std::int64_t>(field<std::vector<double>>(model, "rsx").size());
+  filled.has_delays = product.corrections() ? 1 : 0;
   filled.sample_spacing = field<double>(model, "range_pix_spacing");
   return filled;
 }
@@ -118,7 +119,7 @@ int32_t gridkit_get_geometry(const gridkit_product* product, gridkit_geometry* g
                              gridkit_error** error) {
   return gridkit::c::contain(product, error, gridkit_NotThere, [&](OpenProduct& open) {
     gridkit::c::check_filled(geometry, "geometry");
-    const BorrowedPlacement placement(open);
+    const BorrowedPlacement placement(open, false);
     gridkit_geometry filled{};
     filled.kind = gridkit_MapGeometry;
     if (placement->radar() != nullptr) filled = radar_geometry(open, *placement);
@@ -131,7 +132,7 @@ int32_t gridkit_get_geometry(const gridkit_product* product, gridkit_geometry* g
 int32_t gridkit_state_vectors(const gridkit_product* product, size_t count, double* times,
                               double* positions, double* velocities, gridkit_error** error) {
   return gridkit::c::contain(product, error, gridkit_NotThere, [&](OpenProduct& open) {
-    const BorrowedPlacement placement(open);
+    const BorrowedPlacement placement(open, false);
     const gridkit_geometry geometry =
         (radar_of(open, *placement), radar_geometry(open, *placement));
     if (count != static_cast<std::size_t>(geometry.state_vector_count)) {
@@ -226,8 +227,8 @@ int32_t gridkit_radar_coordinates(const gridkit_product* product, size_t count, 
       slant_range[i] = point.range;
       return true;
     };
-    radar_of(open, *BorrowedPlacement(open));
-    gridkit::c::for_each_place(open, nullptr, count, convert, without);
+    radar_of(open, *BorrowedPlacement(open, false));
+    gridkit::c::for_each_place(open, &gridkit::c::uncorrected, count, convert, without);
   });
 }
 
@@ -237,7 +238,7 @@ int32_t gridkit_fit_rational(const gridkit_product* product,
   return gridkit::c::contain(product, error, gridkit_NotThere, [&](OpenProduct& open) {
     gridkit::c::check_filled(model, "model");
     const auto wanted = gridkit::c::taken(options, "options");
-    gridkit::c::chosen(wanted.delays, true, "delays");
+    const bool with_delays = gridkit::c::chosen(wanted.delays, true, "delays");
     rmdllib::HeightRange heights;
     if (wanted.lowest_height != 0 || wanted.highest_height != 0) {
       heights = {wanted.lowest_height, wanted.highest_height};
@@ -245,7 +246,7 @@ int32_t gridkit_fit_rational(const gridkit_product* product,
         throw Fault(gridkit_WrongUse, "the heights are no range");
       }
     }
-    const BorrowedPlacement placement(open);
+    const BorrowedPlacement placement(open, with_delays);
     gridkit::c::fill(model,
                      flattened(rmdllib::fit_rational_model(radar_of(open, *placement), heights)));
   });
