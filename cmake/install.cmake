@@ -1,5 +1,6 @@
-# What `cmake --install` leaves, in the five parts that the packages are: the library, what programs and
-# plug-ins are built with, the plug-in, what programs for annotations are built with, and the tools. The tree may be moved as a whole.
+# What `cmake --install` leaves, in the parts that the packages are: the library, what programs and
+# plug-ins are built with, the plug-in, what programs for annotations are built with, the tools, and what
+# bridges/ adds. The tree may be moved as a whole.
 
 # Debian keeps libraries in a folder per architecture below every prefix that its linker searches.
 if(NOT DEFINED CMAKE_INSTALL_LIBDIR AND EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE)
@@ -161,7 +162,7 @@ install(FILES completions/_gridkit
 
 # Debian wants the licence told beside each package's documents.
 foreach(part IN ITEMS library:libgridkit${PROJECT_VERSION_MAJOR} development:libgridkit-dev
-    plugin:gridkit-tsx annotation:gridkit-tsx-dev tools:gridkit-tools)
+    plugin:gridkit-tsx annotation:gridkit-tsx-dev tools:gridkit-tools python:python3-gridkit)
   string(REGEX MATCH "(.*):(.*)" ignored ${part})
   install(FILES LICENSE RENAME copyright
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CMAKE_MATCH_2} COMPONENT ${CMAKE_MATCH_1})

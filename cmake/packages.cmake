@@ -7,6 +7,9 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_SOURCE_DIR}/build/package)
 set(CPACK_COMPONENTS_ALL library development plugin annotation tools)
+if(TSX_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian_tree.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -66,5 +69,15 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION "command line for raster products
 The program gridkit shows and reads products through format plug-ins;
 tsx-annotation checks annotations of TerraSAR-X products, and tsx-simulate
 makes products to try things on.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-gridkit)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), python3-cffi-backend, python3-numpy")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "gridkit-tsx, python3-xarray")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-dask)
+set(CPACK_COMPONENT_PYTHON_DEPENDS library)
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "raster products in Python
+Opens products as arrays of numpy that are read when they are sliced, with
+the places of their pixels, and as an engine of xarray.")
 
 include(CPack)

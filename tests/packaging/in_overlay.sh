@@ -39,6 +39,10 @@ in_system ldd /usr/bin/gridkit | sed -n 's/.*=> \(.*libgridkit.*\) (.*/\1/p' >"$
 in_system python3 -B /mnt/documents/tests/docs/commands_test.py /usr /mnt/shown /mnt/documents >"$results/documents" 2>&1 ||
   true # its last line tells how it went
 in_system man -w gridkit-read >"$results/man"
+in_system /usr/bin/python3 -B -c '
+import sys, gridkit, xarray
+with xarray.open_dataset(sys.argv[1], engine="gridkit") as dataset:
+    print(gridkit.__file__, dataset.samples.load().dtype)' "$annotation" >"$results/python"
 
 # As a programmer.
 in_system pkg-config --cflags gridkit >"$results/cflags"
@@ -58,7 +62,7 @@ in_system /mnt/embed "$annotation" X_HH_PHASE_2 >"$results/embed"
 in_system gridkit --plugins /mnt/plugins formats >"$results/formats"
 
 # And off again, one by one: the library not before those that need it.
-in_system dpkg --purge gridkit-tsx-dev gridkit-tsx libgridkit-dev >>"$results/remove" 2>&1
+in_system dpkg --purge python3-gridkit gridkit-tsx-dev gridkit-tsx libgridkit-dev >>"$results/remove" 2>&1
 in_system gridkit formats 2>"$results/no-plugin" && exit 1
 in_system dpkg --purge libgridkit0 2>"$results/keep-library" && exit 1
 in_system dpkg --purge gridkit-tools libgridkit0 >>"$results/remove" 2>&1

@@ -61,12 +61,12 @@ def setUpModule():
 
 class Packages(unittest.TestCase):
     packages = {"libgridkit0": "libs", "libgridkit-dev": "libdevel", "gridkit-tsx": "science",
-                "gridkit-tsx-dev": "libdevel", "gridkit-tools": "science"}
+                "gridkit-tsx-dev": "libdevel", "gridkit-tools": "science", "python3-gridkit": "python"}
 
     def controls(self):
         return {control["Package"]: control for control in map(fields, DEBS.glob("*.deb"))}
 
-    def test_are_these_five(self):
+    def test_are_these_six(self):
         controls = self.controls()
         self.assertEqual(self.packages, {name: control["Section"] for name, control in controls.items()})
         self.assertEqual(1, len({control["Version"] for control in controls.values()}))
@@ -80,7 +80,7 @@ class Packages(unittest.TestCase):
 
     def test_ask_for_each_other_in_the_same_version(self):
         controls = self.controls()
-        for name in ("libgridkit-dev", "gridkit-tsx", "gridkit-tools"):
+        for name in ("libgridkit-dev", "gridkit-tsx", "gridkit-tools", "python3-gridkit"):
             self.assertIn(f"libgridkit0 (= {controls[name]['Version']})", controls[name]["Depends"], name)
         self.assertEqual(f"gridkit-tsx (= {controls['gridkit-tsx']['Version']})", controls["gridkit-tsx-dev"]["Depends"])
         self.assertEqual("gridkit-tsx", controls["gridkit-tools"]["Recommends"])
@@ -115,6 +115,8 @@ class Packages(unittest.TestCase):
         self.assertEqual(len(files), len(set(files)))
         libraries = "usr/lib/" + text("dpkg-architecture", "-qDEB_HOST_MULTIARCH").strip()
         for file in (f"{libraries}/libgridkit.so.0", f"{libraries}/libgridkit.so", f"{libraries}/gridkit/tsx.so",
+                     "usr/lib/python3/dist-packages/gridkit/__init__.py",
+                     "usr/lib/python3/dist-packages/gridkit/_cffi.abi3.so",
                      "usr/bin/gridkit", "usr/bin/tsx-annotation", "usr/bin/tsx-simulate",
                      "usr/include/gridkit/gridkit/plugin.h", f"{libraries}/pkgconfig/gridkit.pc",
                      f"{libraries}/cmake/gridkit/gridkit-config.cmake",
@@ -182,6 +184,9 @@ class System(unittest.TestCase):
 
     def test_programs_on_annotations_are_built_without_a_setting(self):
         self.assertIn("mission: TSX-1\n", self.result("remark"))
+
+    def test_python_and_xarray_find_the_package(self):
+        self.assertEqual("/usr/lib/python3/dist-packages/gridkit/__init__.py complex64\n", self.result("python"))
 
     def test_without_the_plugin_the_tools_say_that_there_is_none(self):
         self.assertRegex(self.result("no-plugin"), r"^gridkit: no format plug-in in (/usr)?/lib/[^/]+/gridkit\n")
