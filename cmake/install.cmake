@@ -148,7 +148,7 @@ install(FILES ${PROJECT_BINARY_DIR}/tsx-annotation.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT annotation)
 
 install(DIRECTORY examples/ DESTINATION ${GRIDKIT_EXAMPLES_DIR} COMPONENT development
-  PATTERN pipelines EXCLUDE PATTERN annotation EXCLUDE)
+  PATTERN pipelines EXCLUDE PATTERN annotation EXCLUDE PATTERN python EXCLUDE)
 install(DIRECTORY examples/pipelines USE_SOURCE_PERMISSIONS
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/gridkit-tools/examples COMPONENT tools)
 install(DIRECTORY json DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/gridkit/schemas COMPONENT tools)

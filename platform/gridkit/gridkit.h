@@ -290,6 +290,26 @@ GRIDKIT_API int32_t gridkit_read_layer(const gridkit_product* product, int32_t l
                                        const gridkit_read_options* options,
                                        gridkit_delivered* delivered, gridkit_error** error);
 
+// ---- Pictures ----
+
+// A small picture for the eye: [height][width] numbers without gaps, 0 where there is no data, else
+// 1 (dark) to 255 (bright), or of phases once around the circle.
+typedef struct gridkit_picture {
+  size_t size;
+  int32_t width;
+  int32_t height;
+  unsigned char* numbers;  // the caller's, to be freed by gridkit_free
+} gridkit_picture;
+
+// Makes the picture of a layer that `gridkit quicklook` makes, with at most `longest` pixels, 16 to
+// 8192, on its longer side. Its pixels are square on the ground where the product can be placed.
+// Each is the root of the mean intensity of the layer's pixels in its cell, between the percentiles
+// 2 and 98 of all; of phases the direction of their mean phasor. Lines that cannot be read are
+// without data.
+GRIDKIT_API int32_t gridkit_quicklook(const gridkit_product* product, int32_t layer,
+                                      int32_t longest, gridkit_picture* picture,
+                                      gridkit_error** error);
+
 // ---- Places ----
 
 // What the place of pixels comes from.

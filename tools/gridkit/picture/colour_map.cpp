@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <numbers>
 
-#include "tools/gridkit/picture/stretch.h"
+#include "picture/stretch.h"
 
 namespace {
 

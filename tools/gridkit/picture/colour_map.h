@@ -4,7 +4,7 @@
 
 #include "gridkit/indexed_png.h"
 
-// Colours of the numbers that tools/gridkit/picture/stretch.h gives: 0 is black and wholly
+// Colours of the numbers that picture/stretch.h gives: 0 is black and wholly
 // transparent, for no data; 1 to 255 are opaque.
 
 // From black to white in even steps.

@@ -8,8 +8,8 @@
 #include <span>
 #include <utility>
 
+#include "picture/ground_spacing.h"
 #include "tools/gridkit/picture/colour_map.h"
-#include "tools/gridkit/picture/ground_spacing.h"
 #include "tools/gridkit/product/product_metadata.h"
 #include "tools/gridkit/read/line_ranges.h"
 

@@ -12,8 +12,8 @@
 #include "gridkit/indexed_png.h"
 #include "gridkit/product.h"
 #include "gridkit/radiometry.h"
-#include "tools/gridkit/picture/multilook.h"
-#include "tools/gridkit/picture/stretch.h"
+#include "picture/multilook.h"
+#include "picture/stretch.h"
 
 // Backscatter that a picture of a magnitude layer shows in place of digital numbers.
 struct PictureCalibration {

@@ -48,6 +48,7 @@ from gridkit._errors import (
     ProductNotFoundError,
 )
 from gridkit._image import Image
+from gridkit._page import png
 from gridkit._product import Product, StateVectors, open
 
 if TYPE_CHECKING:
@@ -72,6 +73,7 @@ __all__ = [
     "StateVectors",
     "open",
     "open_stack",
+    "png",
 ]
 
 

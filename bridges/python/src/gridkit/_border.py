@@ -350,6 +350,16 @@ class Handle:
         lib.gridkit_error_free(error[0])
         return Missing(delivered.lines, delivered.samples, message)
 
+    def quicklook(self, number: int, longest: int) -> npt.NDArray[np.uint8]:
+        """A small picture of a layer: 0 where there is no data, else 1 to 255."""
+        picture = _struct("gridkit_picture")
+        _call(lib.gridkit_quicklook, self._product, number, longest, picture)
+        try:
+            numbers = ffi.buffer(picture.numbers, picture.width * picture.height)[:]
+        finally:
+            lib.gridkit_free(picture.numbers)
+        return np.frombuffer(bytearray(numbers), np.uint8).reshape(picture.height, picture.width)
+
     # ---- Places ----
 
     def geometry(self) -> Geometry:

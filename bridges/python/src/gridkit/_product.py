@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import html
 import os
 import xml.etree.ElementTree as ElementTree
 from types import TracebackType
@@ -237,6 +238,38 @@ class Product:
                 raise DescriptionError(f"{self.path}: {fault}", self.path, line=line) from fault
         return self._annotation
 
+    def quicklook(self, layer: Optional[str] = None, longest: int = 1024) -> npt.NDArray[np.uint8]:
+        """A small picture for the eye, as ``gridkit quicklook`` makes it.
+
+        Parameters
+        ----------
+        layer : str, optional
+            One of `layers`; the first by default.
+        longest : int
+            Pixels of the longer side, 16 to 8192. Pixels are square on the ground where the product can be placed.
+
+        Returns
+        -------
+        numpy.ndarray of uint8
+            0 where there is no data, else 1 (dark) to 255 (bright); of phases once around the circle.
+
+        Raises
+        ------
+        ValueError
+            There is no such layer, or such a size.
+        Error
+            The layer cannot be read.
+        """
+        handle = self._open_handle()
+        if layer is None and self._layers:
+            layer = self._layers[0].name
+        return handle.quicklook(self._layer_facts(layer).number, longest)
+
+    def _repr_html_(self) -> str:
+        from gridkit._page import page_of
+
+        return html.escape(repr(self)) if self._closed else page_of(self)
+
     # ---- Images ----
 
     def samples(self, name: Optional[str] = None) -> Image:
@@ -276,16 +309,21 @@ class Product:
             There is no such layer.
         """
         self._open_handle()
+        facts = self._layer_facts(name)
+        forms = ((facts.native, _border.NATIVE),)
+        return Image(self, Source("layer", {"name": name}, facts, _border.Quantity(), forms))
+
+    def _layer_facts(self, name: Optional[str]) -> _border.LayerFacts:
         for facts in self._layers:
-            if facts.name == name:
-                if facts.lines < 1 or facts.samples < 1:
-                    raise DescriptionError(
-                        f"{self.path}: the layer {name} has {facts.lines} lines of {facts.samples} samples; "
-                        "a product's annotation must tell at least one of each",
-                        self.path,
-                    )
-                forms = ((facts.native, _border.NATIVE),)
-                return Image(self, Source("layer", {"name": name}, facts, _border.Quantity(), forms))
+            if facts.name != name:
+                continue
+            if facts.lines < 1 or facts.samples < 1:
+                raise DescriptionError(
+                    f"{self.path}: the layer {name} has {facts.lines} lines of {facts.samples} samples; "
+                    "a product's annotation must tell at least one of each",
+                    self.path,
+                )
+            return facts
         raise ValueError(f"{self.path} has no layer {name!r}; it has {_listed(self.layers)}")
 
     def beta0(

@@ -1,4 +1,4 @@
-#include "tools/gridkit/picture/multilook.h"
+#include "picture/multilook.h"
 
 #include <gtest/gtest.h>
 

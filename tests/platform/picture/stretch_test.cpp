@@ -1,4 +1,4 @@
-#include "tools/gridkit/picture/stretch.h"
+#include "picture/stretch.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "gridkit/product.h"
-#include "tools/gridkit/picture/multilook.h"
+#include "picture/multilook.h"
 
 // How far the pixels of a product lie apart on the ground, from what its format publishes (see
 // Placement): the mean over the middle half of its middle line and middle column, at the scene's

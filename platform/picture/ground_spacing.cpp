@@ -1,4 +1,4 @@
-#include "tools/gridkit/picture/ground_spacing.h"
+#include "picture/ground_spacing.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,0 +1,99 @@
+"""Products and pictures for the eye: PNG files, and the view of notebooks."""
+
+from __future__ import annotations
+
+import base64
+import html
+import struct
+import zlib
+from typing import TYPE_CHECKING
+
+import numpy as np
+import numpy.typing as npt
+
+from gridkit._errors import Error
+
+if TYPE_CHECKING:
+    from gridkit._product import Product
+
+__all__ = ["page_of", "png"]
+
+_LONGEST_SIDE = 400
+
+
+def png(picture: npt.ArrayLike) -> bytes:
+    """A grey picture as the bytes of a PNG file.
+
+    Parameters
+    ----------
+    picture : array-like of uint8, shape (height, width)
+        0 is black, 255 white.
+
+    Examples
+    --------
+    >>> gridkit.png(product.quicklook())[1:4]
+    b'PNG'
+    """
+    greys = np.asarray(picture)
+    if greys.dtype != np.uint8 or greys.ndim != 2 or not greys.size:
+        raise ValueError(f"a picture is a two-dimensional array of uint8, not {greys.ndim} of {greys.dtype}")
+    height, width = greys.shape
+
+    def part(kind: bytes, content: bytes) -> bytes:
+        checked = kind + content
+        return struct.pack(">I", len(content)) + checked + struct.pack(">I", zlib.crc32(checked))
+
+    # Every line begins with the number of its filter; 0 is none.
+    lines = np.zeros((height, width + 1), np.uint8)
+    lines[:, 1:] = greys
+    header = struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)
+    parts = part(b"IHDR", header), part(b"IDAT", zlib.compress(lines.tobytes())), part(b"IEND", b"")
+    return b"\x89PNG\r\n\x1a\n" + b"".join(parts)
+
+
+def page_of(product: Product) -> str:
+    """What the product is, its images and layers as tables, and a picture of its first layer."""
+    facts = "".join(_row("th", name, value) for name, value in _facts(product))
+    images = "".join(_row("td", i.name, _size(i.lines, i.samples)) for i in product._images)
+    layers = "".join(_row("td", i.name, _size(i.lines, i.samples)) for i in product._layers)
+    return (
+        "<div><strong>gridkit.Product</strong>"
+        "<div style='display:flex;gap:1.5em;align-items:flex-start'>"
+        f"{_picture(product)}<div><table>{facts}</table>"
+        f"<table><caption>Images</caption>{images}</table>"
+        f"<table><caption>Layers</caption>{layers}</table></div></div></div>"
+    )
+
+
+def _facts(product: Product) -> list[tuple[str, str]]:
+    info = product.info
+    facts = [("format", str(info["format"])), ("file", str(info["file"]))]
+    if product.polarisations:
+        facts.append(("polarisations", ", ".join(product.polarisations)))
+    try:
+        image = product.samples(product.images[0]) if product.images else product.layer(product.layers[0])
+        latitude, longitude, height = product.locate((image.shape[0] - 1) / 2, (image.shape[1] - 1) / 2)
+    except (Error, IndexError):  # a product without a place, or without layers
+        return facts
+    if not np.isnat(image.first_line_time):
+        facts.append(("first line", f"{np.datetime_as_string(image.first_line_time, 'ms')} UTC"))
+    facts.append(("centre", f"{latitude:.4f}, {longitude:.4f} degrees, {height:.0f} m above the ellipsoid"))
+    return facts
+
+
+def _picture(product: Product) -> str:
+    try:
+        picture = product.quicklook(longest=_LONGEST_SIDE)
+    except (Error, ValueError) as refusal:  # the rest is worth showing all the same
+        return f"<em>{html.escape(str(refusal))}</em>"
+    encoded = base64.b64encode(png(picture)).decode()
+    return f"<img alt='{html.escape(product.layers[0])}' src='data:image/png;base64,{encoded}'>"
+
+
+def _row(kind: str, name: str, value: str) -> str:
+    style = " style='text-align:left'"
+    return f"<tr><{kind}{style}>{html.escape(name)}</{kind}><td{style}>{html.escape(value)}</td></tr>"
+
+
+def _size(lines: int, samples: int) -> str:
+    return f"{lines} lines x {samples} samples"
