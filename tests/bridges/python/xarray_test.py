@@ -55,7 +55,11 @@ def test_radar_geometry_has_lines_and_samples(opened, ssc):
         assert_array_equal(opened.azimuth_time, product.azimuth_time(numpy.arange(LINES)))
         assert_array_equal(opened.slant_range_time, product.slant_range_time(0, numpy.arange(SAMPLES)))
         assert_array_equal(opened.position, product.state_vectors.position)
-    assert opened.attrs["polarisation"] == "HH"
+    assert opened.attrs["polarisation"] == "HH" and opened.attrs["satellite_mission"] == "TSX-1"
+    assert (
+        opened.attrs["calibration_polarisation"] == ["HH"]
+        and len(opened.attrs["extent_corners_latitude"]) == 4
+    )
     for value in opened.attrs.values():
         assert isinstance(value, (str, int, float, list)), value
 

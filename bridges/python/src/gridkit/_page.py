@@ -6,7 +6,7 @@ import base64
 import html
 import struct
 import zlib
-from typing import TYPE_CHECKING
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 import numpy.typing as npt
@@ -59,26 +59,27 @@ def page_of(product: Product) -> str:
     return (
         "<div><strong>gridkit.Product</strong>"
         "<div style='display:flex;gap:1.5em;align-items:flex-start'>"
-        f"{_picture(product)}<div><table>{facts}</table>"
+        f"{_picture(product)}<div><table style='max-width:60em'>{facts}</table>"
         f"<table><caption>Images</caption>{images}</table>"
         f"<table><caption>Layers</caption>{layers}</table></div></div></div>"
     )
 
 
 def _facts(product: Product) -> list[tuple[str, str]]:
-    info = product.info
-    facts = [("format", str(info["format"])), ("file", str(info["file"]))]
-    if product.polarisations:
-        facts.append(("polarisations", ", ".join(product.polarisations)))
-    try:
-        image = product.samples(product.images[0]) if product.images else product.layer(product.layers[0])
-        latitude, longitude, height = product.locate((image.shape[0] - 1) / 2, (image.shape[1] - 1) / 2)
-    except (Error, IndexError):  # a product without a place, or without layers
-        return facts
-    if not np.isnat(image.first_line_time):
-        facts.append(("first line", f"{np.datetime_as_string(image.first_line_time, 'ms')} UTC"))
-    facts.append(("centre", f"{latitude:.4f}, {longitude:.4f} degrees, {height:.0f} m above the ellipsoid"))
-    return facts
+    """What `info` tells beside the images and layers, a row for each of its members that is known."""
+    rows = []
+    for key, value in product.info.items():
+        if key not in ("layers", "data") and value not in (None, [], {}):
+            rows.append((key, _words(value)))
+    return rows
+
+
+def _words(value: Any) -> str:
+    if isinstance(value, dict):
+        return "; ".join(f"{k} {_words(v)}" for k, v in value.items() if v is not None)
+    if isinstance(value, list):
+        return ", ".join(_words(element) for element in value)
+    return f"{value:.8g}" if isinstance(value, float) else str(value)
 
 
 def _picture(product: Product) -> str:

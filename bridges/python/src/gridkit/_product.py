@@ -184,10 +184,10 @@ class Product:
 
     @property
     def info(self) -> dict[str, Any]:
-        """What the product is and what is in it, as ``gridkit info --json`` tells it of every format.
+        """What the product is and what is in it, as ``gridkit info --json`` tells it.
 
-        A dict of ``format``, ``description``, ``file``, ``layers`` and ``data``; what the annotation says of the scene
-        stands in `annotation`.
+        A new dict each time, except that ``warnings`` is without what that program finds by comparing image files with the
+        annotation.
         """
         return self._open_handle().info()
 
