@@ -72,8 +72,8 @@ std::int32_t tell_failure(gridkit_error** error, gridkit_Code kind) noexcept {
   }
 }
 
-void require(const void* argument, const char* name) {
-  if (argument == nullptr) throw Fault(gridkit_WrongUse, std::string(name) + " is null");
+void refuse_null(const char* name) {
+  throw Fault(gridkit_WrongUse, std::string(name) + " is null");
 }
 
 void check_filled(const void* target, const char* name) {

@@ -45,7 +45,10 @@ std::int32_t contain(gridkit_error** error, gridkit_Code kind, Work work) noexce
 }
 
 // Throws the fault of wrong use unless the argument is there.
-void require(const void* argument, const char* name);
+[[noreturn]] void refuse_null(const char* name);
+inline void require(const void* argument, const char* name) {
+  if (argument == nullptr) refuse_null(name);
+}
 
 // What a caller's struct holds, as far as this library knows it. Throws the fault of wrong use for
 // a size that is none, and for members of a later version that are not 0.

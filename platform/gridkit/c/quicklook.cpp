@@ -17,7 +17,6 @@ namespace {
 using gridkit::c::Fault;
 using gridkit::c::LayerFacts;
 using gridkit::c::OpenProduct;
-using gridkit::c::require;
 
 constexpr std::int32_t smallest_picture = 16;
 constexpr std::int32_t largest_picture = 8192;

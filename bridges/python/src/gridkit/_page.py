@@ -59,9 +59,9 @@ def page_of(product: Product) -> str:
     return (
         "<div><strong>gridkit.Product</strong>"
         "<div style='display:flex;gap:1.5em;align-items:flex-start'>"
-        f"{_picture(product)}<div><table style='max-width:60em'>{facts}</table>"
-        f"<table><caption>Images</caption>{images}</table>"
-        f"<table><caption>Layers</caption>{layers}</table></div></div></div>"
+        f"{_picture(product)}<div style='min-width:0;overflow-wrap:anywhere'><table>{facts}</table>"
+        f"<strong>Images</strong><table>{images}</table>"
+        f"<strong>Layers</strong><table>{layers}</table></div></div></div>"
     )
 
 
@@ -92,7 +92,7 @@ def _picture(product: Product) -> str:
 
 
 def _row(kind: str, name: str, value: str) -> str:
-    style = " style='text-align:left'"
+    style = " style='text-align:left;vertical-align:top;padding-right:1em'"
     return f"<tr><{kind}{style}>{html.escape(name)}</{kind}><td{style}>{html.escape(value)}</td></tr>"
 
 

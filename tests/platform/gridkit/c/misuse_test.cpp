@@ -117,6 +117,8 @@ TEST_F(Misuse, OfAHandleThatWasClosedIsTold) {
     });
     refused([&](gridkit_error** e) { return gridkit_get_geometry(handle, &geometry, e); });
     refused([&](gridkit_error** e) { return gridkit_get_map(handle, &map, &text, e); });
+    auto picture = sized<gridkit_picture>();
+    refused([&](gridkit_error** e) { return gridkit_quicklook(handle, 0, 100, &picture, e); });
     refused([&](gridkit_error** e) {
       return gridkit_state_vectors(handle, 1, &number, nullptr, nullptr, e);
     });
