@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "gridkit/error.h"
@@ -57,7 +58,11 @@ struct RasterOptions {
   std::string unit{};                          // the same
   std::optional<Georeference> georeference{};  // the same
   std::vector<ControlPoint> control_points{};  // GeoTIFF only; not beside a georeference
-  std::optional<double> no_data{};             // GeoTIFF and ENVI
+  // Rational polynomial coefficients by the names and in the texts of GDAL's metadata domain RPC;
+  // whole lines and samples are centres of pixels. GeoTIFF only, where the format's own tag holds
+  // them.
+  std::vector<std::pair<std::string, std::string>> rational_model{};
+  std::optional<double> no_data{};  // GeoTIFF and ENVI
   bool sparse = false;  // GeoTIFF only: lines never written take no room and read as zeros
   // GeoTIFF and Cloud-Optimised GeoTIFF; without it the first is not compressed, the second
   // deflated.

@@ -225,6 +225,9 @@ void add_read(CLI::App& app, Action& chosen) {
                                  "How many threads compress, 1 to 16; without it one on each "
                                  "processor"),
              "COUNT", 1, 16);
+  command->add_flag_callback(
+      "--no-delays", [request] { request->image.delays = false; },
+      "Place the image without the signal delays that the geolocation grid tells");
   command->add_flag("--overwrite", request->image.overwrite, "Replace an output that exists");
   command->add_flag("-q,--quiet", request->image.quiet, "No progress bar");
   auto* raw = command->add_flag("--raw", request->raw, "One block's pixels to standard output");

@@ -141,6 +141,7 @@ class GeoTiffWriter final : public RasterWriter {
   void describe(const RasterOptions& options, const GdalMessages& messages) {
     if (options.georeference) set_georeference(*options.georeference, messages);
     if (!options.control_points.empty()) set_control_points(options.control_points, messages);
+    if (!options.rational_model.empty()) set_rational_model(options.rational_model, messages);
     if (options.no_data) set_no_data(*options.no_data);
     if (!options.band_name.empty()) GDALSetDescription(band(), options.band_name.c_str());
     if (!options.unit.empty()) GDALSetRasterUnitType(band(), options.unit.c_str());
@@ -152,6 +153,15 @@ class GeoTiffWriter final : public RasterWriter {
     if (GDALSetSpatialRef(dataset_.get(), OGRSpatialReference::ToHandle(&system)) != CE_None ||
         GDALSetGeoTransform(dataset_.get(), transform.data()) != CE_None) {
       refuse("cannot be georeferenced", messages);
+    }
+  }
+
+  void set_rational_model(const std::vector<std::pair<std::string, std::string>>& model,
+                          const GdalMessages& messages) {
+    CPLStringList items;
+    for (const auto& [name, value] : model) items.SetNameValue(name.c_str(), value.c_str());
+    if (GDALSetMetadata(dataset_.get(), items.List(), "RPC") != CE_None) {
+      refuse("cannot take its rational model", messages);
     }
   }
 

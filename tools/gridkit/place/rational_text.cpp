@@ -51,6 +51,36 @@ void print_rational_model(const rmdllib::FittedRationalModel& fitted, bool delay
   }
 }
 
+std::vector<std::pair<std::string, std::string>> rational_model_as_metadata(
+    const rmdllib::FittedRationalModel& fitted, double first_line, double first_sample) {
+  const rmdllib::RationalModel& model = fitted.model;
+  const json document = {{"ERR_BIAS", -1},  // metres on the ground, which the fit does not tell
+                         {"ERR_RAND", -1},
+                         {"LINE_OFF", model.line.offset - first_line},
+                         {"SAMP_OFF", model.sample.offset - first_sample},
+                         {"LAT_OFF", model.latitude.offset},
+                         {"LONG_OFF", model.longitude.offset},
+                         {"HEIGHT_OFF", model.height.offset},
+                         {"LINE_SCALE", model.line.scale},
+                         {"SAMP_SCALE", model.sample.scale},
+                         {"LAT_SCALE", model.latitude.scale},
+                         {"LONG_SCALE", model.longitude.scale},
+                         {"HEIGHT_SCALE", model.height.scale},
+                         {"LINE_NUM_COEFF", model.line_function.numerator},
+                         {"LINE_DEN_COEFF", model.line_function.denominator},
+                         {"SAMP_NUM_COEFF", model.sample_function.numerator},
+                         {"SAMP_DEN_COEFF", model.sample_function.denominator}};
+  std::vector<std::pair<std::string, std::string>> items;
+  for (const auto& [name, value] : document.items()) {
+    std::string text = value.is_array() ? "" : value.dump();
+    if (value.is_array()) {
+      for (const json& number : value) text += (text.empty() ? "" : " ") + number.dump();
+    }
+    items.emplace_back(name, text);
+  }
+  return items;
+}
+
 std::string remark_on(const rmdllib::FittedRationalModel& fitted) {
   if (fitted.largest_line_error <= goal && fitted.largest_sample_error <= goal) return {};
   char text[200];

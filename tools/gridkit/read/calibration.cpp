@@ -104,8 +104,12 @@ Calibration calibration_of(const gridkit::Product& product, const gridkit::Sampl
           request.in_decibels};
 }
 
+bool tells_of_grid(const CalibrationRequest& request) {
+  return request.radiometry.quantity != gridkit::Backscatter::beta0;
+}
+
 void warn_about_grid(const gridkit::Product& product, const CalibrationRequest& request) {
-  if (request.radiometry.quantity == gridkit::Backscatter::beta0) return;
+  if (!tells_of_grid(request)) return;
   const std::string warning =
       gridkit::find_geolocation_grid(product.plugin(), product.path()).warning;
   if (!warning.empty()) warn(warning);

@@ -58,6 +58,10 @@ Calibration calibration_of(const gridkit::Product& product, const gridkit::Layer
 Calibration calibration_of(const gridkit::Product& product, const gridkit::Samples& samples,
                            std::size_t image, const CalibrationRequest& request);
 
+// Whether a calibration takes angles from the product's geolocation grid, so that warn_about_grid
+// tells of one that is at fault.
+bool tells_of_grid(const CalibrationRequest& request);
+
 // Tells on standard error where angles are asked for and the product's geolocation grid was not
 // taken.
 void warn_about_grid(const gridkit::Product& product, const CalibrationRequest& request);

@@ -15,9 +15,7 @@ void finish_output(gridkit::RasterWriter& writer, Progress& progress, const std:
     throw;
   }
   progress.clear();
-  if (!place.not_known.empty()) {
-    warn(shown_name(output) + ": is not placed on Earth: " + place.not_known);
-  }
+  warn_about_place(place, shown_name(output));
   for (const auto& [reason, lines, key] : missing) {
     warn(shown_name(output) + ": lines of the image " + reason + ", in part or in whole: " + lines);
   }

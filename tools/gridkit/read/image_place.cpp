@@ -1,8 +1,23 @@
 #include "tools/gridkit/read/image_place.h"
 
+#include <functional>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "gridkit/geolocation_grid.h"
 #include "rmdllib/placement.h"
+#include "rmdllib/rational_model.h"
+#include "tools/gridkit/place/rational_text.h"
+#include "tools/gridkit/terminal/terminal.h"
 
 namespace {
+
+using rmdllib::Pixel;
+
+// The shortest text that reads back to the bit.
+std::string number(double value) {
+  return nlohmann::json(value).dump();
+}
 
 gridkit::Georeference georeference_of(const gridkit::MapInfo& map,
                                       const gridkit::MapProjection& projection,
@@ -19,17 +34,18 @@ gridkit::Georeference georeference_of(const gridkit::MapInfo& map,
 }
 
 // Places count pixels by their centres, control points by their corners: half a pixel between.
-std::vector<gridkit::ControlPoint> grid_of(const rmdllib::Placement& placement, double height,
-                                           const gridkit::Window& window) {
+std::vector<gridkit::ControlPoint> points_of(const rmdllib::Placement& placement,
+                                             const std::function<double(Pixel)>& height_at,
+                                             const gridkit::Window& window) {
   std::vector<gridkit::ControlPoint> points;
   constexpr int steps = control_points_a_side - 1;
   for (int row = 0; row <= steps; ++row) {
     for (int column = 0; column <= steps; ++column) {
       const double x = static_cast<double>(window.width) * column / steps;
       const double y = static_cast<double>(window.height) * row / steps;
-      const rmdllib::Geodetic place =
-          placement.ground_of({window.line + y - 0.5, window.column + x - 0.5}, height);
-      points.push_back({x, y, place.longitude_degrees, place.latitude_degrees, height});
+      const Pixel pixel = {window.line + y - 0.5, window.column + x - 0.5};
+      const rmdllib::Geodetic place = placement.ground_of(pixel, height_at(pixel));
+      points.push_back({x, y, place.longitude_degrees, place.latitude_degrees, place.height});
     }
   }
   return points;
@@ -44,10 +60,47 @@ void join_longitudes(std::vector<gridkit::ControlPoint>& points) {
   }
 }
 
+// Control points and what is told of them.
+void add_points(const rmdllib::Placement& placement, const gridkit::GeolocationGrid* grid,
+                const gridkit::Window& window, ImagePlace& place) {
+  const double average = placement.radar()->average_height();
+  const bool knows_terrain = grid != nullptr && grid->has_image_axes();
+  place.control_points = points_of(
+      placement,
+      [&](Pixel pixel) {
+        return knows_terrain ? grid->height_at(pixel.line, pixel.sample) : average;
+      },
+      window);
+  join_longitudes(place.control_points);
+  const std::string heights = knows_terrain
+                                  ? "the terrain's heights, as the geolocation grid has them,"
+                                  : number(average) + " m";
+  place.metadata.emplace_back("CONTROL_POINTS",
+                              "sensor model at " + heights +
+                                  " above WGS 84; whole numbers are corners of pixels, 0.5 0.5 the "
+                                  "centre of the first");
+}
+
+// Rational polynomials and what is told of them. An image that none fit keeps its control points.
+void add_rational_model(const rmdllib::RadarGeometry& geometry, const gridkit::Window& window,
+                        ImagePlace& place) {
+  try {
+    const rmdllib::FittedRationalModel fitted = rmdllib::fit_rational_model(geometry);
+    place.rational_model = rational_model_as_metadata(fitted, window.line, window.column);
+    place.metadata.emplace_back("RPC_ERR_LINE", number(fitted.largest_line_error));
+    place.metadata.emplace_back("RPC_ERR_SAMP", number(fitted.largest_sample_error));
+    place.metadata.emplace_back("RPC_MIN_HEIGHT", number(fitted.heights.lowest));
+    place.metadata.emplace_back("RPC_MAX_HEIGHT", number(fitted.heights.highest));
+    place.rational_warning = remark_on(fitted);
+  } catch (const gridkit::Error& error) {
+    place.rational_warning = "has no rational model: " + error.sentence();
+  }
+}
+
 }  // namespace
 
 ImagePlace place_of(const gridkit::Product& product, const gridkit::Layer& layer,
-                    const gridkit::Window& window) {
+                    const gridkit::Window& window, bool delays) {
   ImagePlace result;
   try {
     if (const auto map = layer.map_info()) {
@@ -56,14 +109,28 @@ ImagePlace place_of(const gridkit::Product& product, const gridkit::Layer& layer
       result.georeference = georeference_of(*map, *projection, window);
       return result;
     }
-    const rmdllib::Placement placement(product);
+    rmdllib::Placement placement(product);
     if (placement.radar() == nullptr) throw gridkit::Error("its place is not told");
-    result.height = placement.radar()->average_height();
-    result.control_points = grid_of(placement, result.height, window);
-    join_longitudes(result.control_points);
+    const gridkit::FoundGrid found =
+        gridkit::find_geolocation_grid(product.plugin(), product.path());
+    result.grid_warning = found.warning;
+    const bool has_delays = delays && found.grid != nullptr;
+    if (has_delays) placement.apply(rmdllib::corrections_of(*found.grid));
+    add_points(placement, found.grid.get(), window, result);
+    result.metadata.emplace_back("SIGNAL_DELAYS", has_delays ? "applied" : "left out");
+    add_rational_model(*placement.radar(), window, result);
   } catch (const gridkit::Error& error) {
     result.control_points.clear();
+    result.metadata.clear();
     result.not_known = error.sentence();
   }
   return result;
+}
+
+void warn_about_place(const ImagePlace& place, const std::string& output) {
+  if (!place.not_known.empty()) warn(output + ": is not placed on Earth: " + place.not_known);
+  if (!place.grid_warning.empty()) {
+    warn(place.grid_warning + "; the geolocation grid is not used");
+  }
+  if (!place.rational_warning.empty()) warn(output + ": " + place.rational_warning);
 }

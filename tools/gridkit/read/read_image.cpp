@@ -17,12 +17,6 @@
 
 namespace {
 
-std::string number(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.17g", value);
-  return text;
-}
-
 // What is written, and what the file tells of it.
 struct Plan {
   gridkit::Window window;
@@ -42,7 +36,8 @@ Plan plan_of(const gridkit::Product& product, const ImageRequest& request) try {
   plan.is_phase = layer.pixel_type() == "s16";
   // A PNG has no room for its place, nor have samples alone.
   const bool has_room = request.format != OutputFormat::png && request.output != standard_output;
-  if (has_room) plan.place = place_of(product, layer, plan.window);
+  if (has_room) plan.place = place_of(product, layer, plan.window, request.delays);
+  if (request.calibration && tells_of_grid(*request.calibration)) plan.place.grid_warning.clear();
   if (request.calibration) {
     plan.calibration = calibration_of(product, layer, *request.calibration);
     plan.form = calibrated(*plan.calibration, plan.window, plan.is_mapped());
@@ -73,6 +68,7 @@ gridkit::RasterOptions options_of(const Plan& plan, const ImageRequest& request)
   if (plan.calibration) options.unit = plan.calibration->unit();
   options.georeference = plan.place.georeference;
   options.control_points = plan.place.control_points;
+  options.rational_model = plan.place.rational_model;
   options.no_data = plan.form->no_data(plan.is_mapped(), false);
   options.overview = overview_of(plan, request.kind);
   options.compression = request.compression;
@@ -96,12 +92,8 @@ void describe(gridkit::RasterWriter& writer, const gridkit::Product& product, co
   if (request.kind == PixelKind::stretched) {
     writer.add_metadata("STRETCH", "8 bits for the eye, not for measuring");
   }
-  if (!plan.place.control_points.empty() && request.format != OutputFormat::envi) {
-    writer.add_metadata("CONTROL_POINTS",
-                        "sensor model at " + number(plan.place.height) +
-                            " m above WGS 84; whole numbers are corners of pixels, 0.5 0.5 the "
-                            "centre of the first");
-  }
+  if (request.format == OutputFormat::envi) return;
+  for (const auto& [key, value] : plan.place.metadata) writer.add_metadata(key, value);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ struct ImageRequest {
   std::optional<CalibrationRequest> calibration;    // takes the place of the kind
   std::optional<gridkit::Compression> compression;  // of GTiff and COG; nothing: the format's own
   int threads = 0;                                  // that compress; 0: one on each processor
+  bool delays = true;  // places have those of the signal where the product tells them
   bool overwrite = false;
   bool quiet = false;
 };

@@ -47,10 +47,12 @@ SampleType type_of(NativeType type) {
 
 // Where the image's layer lies, if it has one.
 ImagePlace place_of_image(const gridkit::Product& product, const gridkit::SampleImage& image,
-                          const gridkit::Window& window) {
+                          const gridkit::Window& window, bool delays) {
   const auto layers = product.layer_names();
   const auto layer = static_cast<std::size_t>(image.magnitude_layer.value_or(-1));
-  if (layer < layers.size()) return place_of(product, product.open_layer(layers[layer]), window);
+  if (layer < layers.size()) {
+    return place_of(product, product.open_layer(layers[layer]), window, delays);
+  }
   ImagePlace place;
   place.not_known = "its lines and samples are not those that the product's sensor model places";
   return place;
@@ -78,7 +80,8 @@ Plan plan_of(const gridkit::Product& product, const gridkit::Samples& samples, s
     plan.conversion.form = SampleForm::complex_float;
   }
   const bool has_room = request.format != OutputFormat::png && request.output != standard_output;
-  if (has_room) plan.place = place_of_image(product, image, plan.window);
+  if (has_room) plan.place = place_of_image(product, image, plan.window, request.delays);
+  if (request.calibration && tells_of_grid(*request.calibration)) plan.place.grid_warning.clear();
   return plan;
 } catch (const gridkit::Error& error) {
   throw gridkit::led_by(product.path(), error);
@@ -96,6 +99,7 @@ gridkit::RasterOptions options_of(const Plan& plan, const gridkit::SampleImage& 
   }
   options.georeference = plan.place.georeference;
   options.control_points = plan.place.control_points;
+  options.rational_model = plan.place.rational_model;
   options.overview = plan.calibration && !plan.calibration->in_decibels()
                          ? gridkit::Overview::average
                          : gridkit::Overview::nearest;
@@ -105,7 +109,7 @@ gridkit::RasterOptions options_of(const Plan& plan, const gridkit::SampleImage& 
 }
 
 void describe(gridkit::RasterWriter& writer, const gridkit::Product& product,
-              const gridkit::SampleImage& image, const Plan& plan) {
+              const gridkit::SampleImage& image, const Plan& plan, const ImageRequest& request) {
   for (const auto& [key, value] : product_metadata(product, image.polarisation)) {
     writer.add_metadata(key, value);
   }
@@ -119,6 +123,8 @@ void describe(gridkit::RasterWriter& writer, const gridkit::Product& product,
   if (plan.calibration) {
     for (const auto& [key, value] : plan.calibration->metadata()) writer.add_metadata(key, value);
   }
+  if (request.format == OutputFormat::envi) return;
+  for (const auto& [key, value] : plan.place.metadata) writer.add_metadata(key, value);
 }
 
 // Samples of 0 have no level in decibels; and of lines that did not come whole those of 0, which is
@@ -157,7 +163,7 @@ void read_samples(const gridkit::Product& product, std::size_t number,
   options.progress = [&progress](double done) { return progress.follow(done); };
   const auto writer =
       create_output(request.format, request.output, plan.window.width, plan.window.height, options);
-  describe(*writer, product, image, plan);
+  describe(*writer, product, image, plan, request);
   std::vector<float> calibrated;
   const std::int64_t whole = gridkit::read_in_order(
       samples, number,
