@@ -1,8 +1,8 @@
 #include "tools/gridkit/read/image_place.h"
 
+#include <array>
+#include <charconv>
 #include <functional>
-#include <memory>
-#include <nlohmann/json.hpp>
 
 #include "gridkit/geolocation_grid.h"
 #include "rmdllib/placement.h"
@@ -16,7 +16,9 @@ using rmdllib::Pixel;
 
 // The shortest text that reads back to the bit.
 std::string number(double value) {
-  return nlohmann::json(value).dump();
+  std::array<char, 32> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+  return {text.data(), end};
 }
 
 gridkit::Georeference georeference_of(const gridkit::MapInfo& map,
