@@ -41,8 +41,9 @@ model on the ellipsoid. --subtract-noise takes the instrument's own noise from b
 0 stay, in decibels they are NaN. Formula, factor, noise and source of the incidence stand in the file's
 metadata.
 
-Images on a map keep their map. Others get a grid of 15 x 15 ground control points (WGS 84, at the
-scene's average height) in GTiff and COG files, so that gdalwarp and viewers place them.
+Images on a map keep their map. Others get, in GTiff and COG files, rational polynomials, with which
+gdalwarp -rpc and a terrain model put them on a map, and a grid of 15 x 15 ground control points
+(WGS 84, at the terrain's height where the product tells it).
 
 No data: NaN in calibrated files (of an image on a map a digital number of 0, in decibels 0 and less), else
 0, stated in the file where it is on a map or lines are missing.
