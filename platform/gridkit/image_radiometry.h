@@ -40,4 +40,16 @@ GRIDKIT_API std::shared_ptr<const Radiometry> radiometry_of(const Product& produ
 GRIDKIT_API std::shared_ptr<const Incidence> incidence_of(const Product& product,
                                                           std::int64_t lines, std::int64_t samples);
 
+// The angles of incidence over the images that a product's layers show.
+struct ImageIncidence {
+  std::shared_ptr<const Incidence> angles;
+  std::int64_t lines = 0;
+  std::int64_t samples = 0;
+  double near_degrees = 0;  // at the ends of the middle line
+  double far_degrees = 0;
+};
+
+// Throws Error where they are not known.
+GRIDKIT_API ImageIncidence incidence_of(const Product& product);
+
 }  // namespace gridkit

@@ -3,6 +3,7 @@ detected, two polarisations, with the geolocation grid and without, with noise a
 
     radiometry_test.py BUILD FOLDER
 """
+import json
 import random
 import re
 import unittest
@@ -10,9 +11,10 @@ import unittest
 import numpy
 
 from png import Png
-from programs import FOLDER, GRIDKIT, complaint, main, run, simulate
+from programs import FOLDER, GRIDKIT, complaint, main, run, simulate, text
 from radiometry import Annotation, backscatter
 from rasters import metadata, pixels
+from report_page import curves, report
 from samples_test import Cosar, image_files
 
 KINDS = [quantity + unit for quantity in ("beta0", "sigma0", "gamma0") for unit in ("", "-db")]
@@ -147,6 +149,46 @@ class Told(unittest.TestCase):
         self.assertIn("GEOREF.xml", said)
         self.assertEqual("sensor model, on the ellipsoid at 600 m",
                          metadata(FOLDER / "nogrid.tif")["CALIBRATION_INCIDENCE"])
+
+
+class Angles(unittest.TestCase):
+    def test_of_a_pixel_are_told(self):
+        for with_grid in (True, False):
+            annotation = simulate("angles", "--relief", 900, "--incidence", 41, lines=SHAPE[0], samples=SHAPE[1])
+            told = Annotation(annotation)
+            if not with_grid:
+                (annotation.parent / "ANNOTATION/GEOREF.xml").unlink()
+            wanted = numpy.degrees(told.grid_incidence() if with_grid else told.ellipsoid_incidence())
+            for line, sample in ((0, 0), (77, 31), (149, 209)):
+                found = json.loads(text(GRIDKIT, "locate", "--json", annotation, line, sample))["incidence"]
+                self.assertAlmostEqual(wanted[line, sample], found, delta=2e-6)
+                self.assertIn(f"  incidence {found:.4f}", text(GRIDKIT, "locate", annotation, line, sample))
+
+    def test_of_a_place_are_those_at_its_height(self):
+        annotation = simulate("height", lines=SHAPE[0], samples=SHAPE[1])
+        (annotation.parent / "ANNOTATION/GEOREF.xml").unlink()
+        angles = [json.loads(text(GRIDKIT, "locate", "--json", annotation, 70, 100, "--height", height))["incidence"]
+                  for height in (600, 1600)]
+        # In the triangle of the Earth's centre, the place and the satellite, a kilometre further up at the same
+        # range the line of sight is flatter by 1 km / (range * sin(incidence)), 0.16 degrees at 640 km and 35 degrees.
+        self.assertAlmostEqual(0.16, angles[1] - angles[0], delta=0.02)
+        self.assertIsNone(json.loads(text(GRIDKIT, "locate", "--json", simulate("flat", "--variant", "GEC"), 7, 9))
+                          ["incidence"])
+
+    def test_are_drawn_across_the_swath(self):
+        annotation = simulate("drawn", "--relief", 900, lines=SHAPE[0], samples=SHAPE[1])
+        wanted = numpy.degrees(Annotation(annotation).grid_incidence())
+        section = report(annotation).section("incidence")
+        [figure] = section.all("figure", "plot")
+        drawn = curves(figure)
+        self.assertEqual(3, len(drawn))
+        for curve, line in zip(drawn, (0, (SHAPE[0] - 1) // 2, SHAPE[0] - 1)):
+            for sample, angle in curve:
+                at = numpy.interp(sample, numpy.arange(SHAPE[1]), wanted[line])
+                self.assertAlmostEqual(at, angle, delta=0.002)
+        self.assertRegex(section.text(), r"From [\d.]+° in near range to [\d.]+° in far range, by the geolocation grid")
+        section = report(simulate("drawnmap", "--variant", "GEC")).section("incidence")
+        self.assertIn("the angles of incidence are not known", section.text())
 
 
 class Pictures(unittest.TestCase):

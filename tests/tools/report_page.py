@@ -73,6 +73,28 @@ def report(annotation, *options):
     return Page(output.read_text(encoding="utf-8"))
 
 
+def curves(figure):
+    """A plot's curves in its own units, from the places of its axes' numbers."""
+    def axis(anchor, coordinate):
+        marks = []
+        for label in figure.all("text"):
+            if label.attributes.get("text-anchor") == anchor and "transform" not in label.attributes:
+                try:
+                    marks.append((float(label.attributes[coordinate]), float(label.text())))
+                except ValueError:
+                    pass
+        (p0, v0), (p1, v1) = marks[0], marks[-1]
+        offset = -3.5 if coordinate == "y" else 0  # numbers stand a little below their line
+        return lambda p: v0 + (p - p0 - offset) * (v1 - v0) / (p1 - p0)
+    x, y = axis("middle", "x"), axis("end", "y")
+    result = []
+    for curve in figure.all("g", "curve"):
+        [path] = curve.all("path")
+        points = re.findall(r"[ML](-?[\d.]+) (-?[\d.]+)", path.attributes["d"])
+        result.append([(x(float(a)), y(float(b))) for a, b in points])
+    return result
+
+
 def hostile_product():
     """A product with markup in its folder's name, in texts and in attributes."""
     plain = simulate("hostile", "--profile", "maximal")

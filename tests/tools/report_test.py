@@ -15,7 +15,7 @@ from pathlib import Path
 
 from png import Png
 from programs import FOLDER, GRIDKIT, complaint, cut, run, simulate, text
-from report_page import HOSTILE, Page, hostile_product, report
+from report_page import HOSTILE, Page, curves, hostile_product, report
 
 
 def leaves_of(element):
@@ -33,28 +33,6 @@ def leaves_of_tree(page):
         attributes = dict(i.text().split("=", 1) for i in leaf.all("i"))
         unit = "".join(u.text() for u in leaf.all("u"))
         yield name.text(), attributes, value.text(), unit
-
-
-def curves(figure):
-    """A plot's curves in its own units, from the places of its axes' numbers."""
-    def axis(anchor, coordinate):
-        marks = []
-        for label in figure.all("text"):
-            if label.attributes.get("text-anchor") == anchor and "transform" not in label.attributes:
-                try:
-                    marks.append((float(label.attributes[coordinate]), float(label.text())))
-                except ValueError:
-                    pass
-        (p0, v0), (p1, v1) = marks[0], marks[-1]
-        offset = -3.5 if coordinate == "y" else 0  # numbers stand a little below their line
-        return lambda p: v0 + (p - p0 - offset) * (v1 - v0) / (p1 - p0)
-    x, y = axis("middle", "x"), axis("end", "y")
-    result = []
-    for curve in figure.all("g", "curve"):
-        [path] = curve.all("path")
-        points = re.findall(r"[ML](-?[\d.]+) (-?[\d.]+)", path.attributes["d"])
-        result.append([(x(float(a)), y(float(b))) for a, b in points])
-    return result
 
 
 def polynomial(element, at):

@@ -2,12 +2,14 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <numbers>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "gridkit/error.h"
 #include "gridkit/geolocation_grid.h"
+#include "rmdllib/incidence.h"
 #include "rmdllib/placement.h"
 #include "tools/annotation/check.h"
 #include "tools/annotation/sensor_model_record.h"
@@ -121,23 +123,39 @@ void take_grid(const Host& host, const Request& request, Placed& placed) {
   placed.delays = true;
 }
 
+// The angle of incidence of a pixel, in degrees: the grid's, as calibration takes it, where no
+// height is asked for; else the sensor model's at the place.
+std::optional<double> incidence_at(const Placed& product, const Request& request, Pixel pixel,
+                                   double height) {
+  const auto* radar = product.placement.radar();
+  if (radar == nullptr) return std::nullopt;
+  const bool takes_grid = product.grid != nullptr && product.grid->has_image_axes() &&
+                          !request.height && request.ground.empty() &&
+                          product.placement.contains(pixel);
+  if (takes_grid) return product.grid->incidence_at(pixel.line, pixel.sample);
+  return rmdllib::incidence_angle(*radar, pixel, height) * 180 / std::numbers::pi;
+}
+
 // A place in the image and on the ground; a map knows no heights.
-void print(const Placed& product, Pixel pixel, const Geodetic& place, bool has_height,
-           bool as_json) {
+void print(const Placed& product, const Request& request, Pixel pixel, const Geodetic& place,
+           bool has_height) {
   const bool inside = product.placement.contains(pixel);
-  if (as_json) {
+  const std::optional<double> incidence = incidence_at(product, request, pixel, place.height);
+  if (request.as_json) {
     print_json({{"line", pixel.line},
                 {"sample", pixel.sample},
                 {"inside", inside},
                 {"latitude", place.latitude_degrees},
                 {"longitude", place.longitude_degrees},
                 {"height", has_height ? json(place.height) : json(nullptr)},
+                {"incidence", incidence ? json(*incidence) : json(nullptr)},
                 {"delays", product.delays}});
     return;
   }
   std::printf("line %.6f  sample %.6f  latitude %.9f  longitude %.9f", pixel.line, pixel.sample,
               place.latitude_degrees, place.longitude_degrees);
   if (has_height) std::printf("  height %.3f", place.height);
+  if (incidence) std::printf("  incidence %.4f", *incidence);
   if (product.delays) std::printf("  delays applied");
   std::printf(inside ? "\n" : "  outside the image\n");
 }
@@ -175,14 +193,13 @@ int locate(const Placed& product, const Request& request) {
     const Geodetic place = {request.ground[0], request.ground[1], request.ground[2]};
     const Pixel pixel = placement.pixel_of(place);
     if (request.strict) require_inside(placement, pixel);
-    print(product, pixel, place, true, request.as_json);
+    print(product, request, pixel, place, true);
     return 0;
   }
   const Pixel pixel = {*request.line, *request.sample};
   if (request.strict) require_inside(placement, pixel);
   const double height = height_at(product, request, pixel);
-  print(product, pixel, placement.ground_of(pixel, height), placement.radar() != nullptr,
-        request.as_json);
+  print(product, request, pixel, placement.ground_of(pixel, height), placement.radar() != nullptr);
   return 0;
 }
 

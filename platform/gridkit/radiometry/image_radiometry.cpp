@@ -1,6 +1,7 @@
 #include "gridkit/image_radiometry.h"
 
 #include <algorithm>
+#include <numbers>
 #include <string>
 #include <utility>
 
@@ -112,6 +113,21 @@ std::shared_ptr<const Incidence> incidence_of(const Product& product, std::int64
     return std::make_shared<const GridIncidence>(std::move(grid));
   }
   return std::make_shared<const rmdllib::EllipsoidIncidence>(std::move(geometry));
+}
+
+ImageIncidence incidence_of(const Product& product) {
+  const auto layers = product.layer_names();
+  if (layers.empty()) throw Error(product.path() + ": it has no layers");
+  const Layer layer = product.open_layer(layers.front());
+  ImageIncidence result{incidence_of(product, layer.height(), layer.width()), layer.height(),
+                        layer.width(), 0, 0};
+  const double middle = static_cast<double>(result.lines - 1) / 2;
+  const double first = result.angles->at(middle, 0);
+  const double last = result.angles->at(middle, static_cast<double>(result.samples - 1));
+  constexpr double degrees = 180 / std::numbers::pi;
+  result.near_degrees = std::min(first, last) * degrees;
+  result.far_degrees = std::max(first, last) * degrees;
+  return result;
 }
 
 std::shared_ptr<const Radiometry> radiometry_of(const Product& product, const Samples& samples,

@@ -19,6 +19,7 @@
 #include "tools/gridkit/report/footprint.h"
 #include "tools/gridkit/report/histogram.h"
 #include "tools/gridkit/report/html.h"
+#include "tools/gridkit/report/incidence.h"
 #include "tools/gridkit/report/record_table.h"
 #include "tools/gridkit/report/svg_plot.h"
 
@@ -184,6 +185,7 @@ std::string make_page(const gridkit::Product& product, std::int32_t picture_size
                                   {"histograms", layers.histograms},
                                   {"doppler", doppler},
                                   {"noise", noise},
+                                  {"incidence", draw_incidence(product)},
                                   {"records", record_tables(product)},
                                   {"tree", tree.html},
                                   {"left_out", left_out}});
