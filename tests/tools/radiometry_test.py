@@ -163,6 +163,16 @@ class Angles(unittest.TestCase):
                 found = json.loads(text(GRIDKIT, "locate", "--json", annotation, line, sample))["incidence"]
                 self.assertAlmostEqual(wanted[line, sample], found, delta=2e-6)
                 self.assertIn(f"  incidence {found:.4f}", text(GRIDKIT, "locate", annotation, line, sample))
+            info = json.loads(text(GRIDKIT, "info", "--json", annotation))["incidence"]
+            middle = (wanted[74] + wanted[75]) / 2
+            self.assertAlmostEqual(middle[0], info["near"], delta=2e-6)
+            self.assertAlmostEqual(middle[-1], info["far"], delta=2e-6)
+            self.assertIn("grid" if with_grid else "sensor model", info["source"])
+            self.assertIn(f"\n  incidence     {middle[0]:.2f} to {middle[-1]:.2f} degrees, near to far range",
+                          text(GRIDKIT, "info", annotation))
+        on_a_map = simulate("angles", "--variant", "EEC")
+        self.assertIsNone(json.loads(text(GRIDKIT, "info", "--json", on_a_map))["incidence"])
+        self.assertNotIn("near to far", text(GRIDKIT, "info", on_a_map))
 
     def test_of_a_place_are_those_at_its_height(self):
         annotation = simulate("height", lines=SHAPE[0], samples=SHAPE[1])

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "gridkit/image_radiometry.h"
 #include "gridkit/info_json.h"
 #include "gridkit/layer_map.h"
 #include "gridkit/product_facts.h"
@@ -80,8 +81,19 @@ void print_layer(const gridkit::Layer& layer) {
   if (map.info) std::cout << "    map: " << map_as_text(layer, *map.info) << '\n';
 }
 
+// Nothing where nothing tells the angles, as of images on a map.
+void print_incidence(const gridkit::Product& product) try {
+  const gridkit::ImageIncidence incidence = incidence_of(product);
+  print_row("incidence", number_in_words(incidence.near_degrees, 2) + " to " +
+                             number_in_words(incidence.far_degrees, 2) +
+                             " degrees, near to far range (" + incidence.angles->source() + ')');
+} catch (const gridkit::Error&) {
+  return;
+}
+
 void print_as_text(const gridkit::Product& product) {
   print_facts(product.title(), product.path(), gridkit::facts_of(product));
+  print_incidence(product);
   print_heading("layers");
   for (const std::string& name : product.layer_names()) print_layer(product.open_layer(name));
   const auto data = product.data_names();

@@ -4,6 +4,8 @@
 #include <optional>
 
 #include "gridkit/describe/json_text.h"
+#include "gridkit/error.h"
+#include "gridkit/image_radiometry.h"
 #include "gridkit/layer_map.h"
 #include "gridkit/product_facts.h"
 
@@ -108,6 +110,16 @@ void add_facts(const std::optional<ProductFacts>& facts, json& info) {
   info["calibration"] = calibration_as_json(*facts);
 }
 
+// Null where nothing tells the angles, as of images on a map.
+json incidence_as_json(const Product& product) try {
+  const ImageIncidence incidence = incidence_of(product);
+  return {{"near", incidence.near_degrees},
+          {"far", incidence.far_degrees},
+          {"source", incidence.angles->source()}};
+} catch (const Error&) {
+  return nullptr;
+}
+
 }  // namespace
 
 std::string info_as_json(const Product& product, const std::vector<std::string>& warnings) {
@@ -121,6 +133,7 @@ std::string info_as_json(const Product& product, const std::vector<std::string>&
                {"layers", layers},
                {"data", product.data_names()}};
   add_facts(facts_of(product), info);
+  info["incidence"] = incidence_as_json(product);
   info["warnings"] = warnings;
   return json_text(info);
 }
