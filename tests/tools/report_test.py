@@ -192,7 +192,7 @@ class Contents(unittest.TestCase):
         self.assertIn("No pixel holds data.", page.section("layers").text())
         self.assertIn("Nothing to draw.", page.section("histograms").text())
         output = FOLDER / "missing.html"
-        run(GRIDKIT, "report", cut(simulate("missing", lines=293), 292), output)
+        run(GRIDKIT, "report", cut(simulate("missing", lines=293), 292), output, "--overwrite")
         page = Page(output.read_text(encoding="utf-8"))
         self.assertIn("Lines without data, in part or in whole: 292.", page.section("layers").text())
 
