@@ -22,9 +22,10 @@ NOT_RUN = {
     "docs/pipelines.md": "the recipe for an archive of one's own, run by tests/tools/pipelines_test.py, and a validator",
     "docs/start.md": "installs packages, or builds and installs from source",
     "docs/annotation-classes.md": "run by tests/packaging/install_test.py, with its console blocks, where the classes are installed",
+    "docs/c-api.md": "run by tests/packaging/install_test.py, with its console blocks, where gridkit is installed",
     "docs/writing-a-plugin.md": "run by tests/packaging/install_test.py, with its console blocks, where gridkit is installed",
 }
-RUN_ELSEWHERE = dict.fromkeys(("docs/annotation-classes.md", "docs/writing-a-plugin.md"), "tests/packaging/install_test.py")
+RUN_ELSEWHERE = dict.fromkeys(("docs/annotation-classes.md", "docs/c-api.md", "docs/writing-a-plugin.md"), "tests/packaging/install_test.py")
 # Shows what real annotations give, in blocks in "text".
 REAL = "docs/geometry.md"
 # Kinds of blocks that show no command.

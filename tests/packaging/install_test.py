@@ -3,6 +3,7 @@
     install_test.py BUILD FOLDER SOURCE
 """
 import json
+import math
 import os
 import re
 import shutil
@@ -19,14 +20,16 @@ WARNINGS = "-Wall -Wextra -Wconversion -Wshadow -Wpedantic -Werror"
 
 # Headers of services for plug-ins are C; the others are C++.
 C_HEADERS = {"debug/debug_channel.h", "handlepool/handlepool.h",
-             *(f"gridkit/{name}.h" for name in ("companion", "dictionary", "export", "file", "instance", "layer",
+             *(f"gridkit/{name}.h" for name in ("companion", "dictionary", "export", "file", "gridkit", "instance", "layer",
                                                 "map_projection", "memory", "preference", "report",
                                                 "string_list", "text"))}
-CPP_HEADERS = {*(f"gridkit/{name}.h" for name in ("error", "image_reader", "indexed_png", "map_data", "map_point", "map_wkt",
-                                                  "os_error", "partial_file", "plugin", "product",
-                                                  "raster_header", "raster_writer", "record_decoder", "samples",
-                                                  "shared_file", "version", "whole_file")),
-               *(f"rmdllib/{name}.h" for name in ("ellipsoid", "model_ephemeris", "orbit_track",
+CPP_HEADERS = {*(f"gridkit/{name}.h" for name in ("error", "geolocation_grid", "image_radiometry", "image_reader", "indexed_png",
+                                                  "info_json", "layer_map", "map_data", "map_point", "map_wkt", "opener",
+                                                  "os_error", "partial_file", "plugin", "product", "product_facts",
+                                                  "product_path", "radiometry", "raster_header", "raster_writer",
+                                                  "record_decoder", "record_json", "samples", "shared_file", "version",
+                                                  "whole_file")),
+               *(f"rmdllib/{name}.h" for name in ("ellipsoid", "incidence", "model_ephemeris", "orbit_track", "placement",
                                                   "radar_generic_model", "radar_geometry", "range_doppler", "rational_model",
                                                   "vector3"))}
 
@@ -253,6 +256,46 @@ class Examples(unittest.TestCase):
         self.assertLess(abs(mean), 5 * 65536 / 12 ** 0.5 / 128)
 
 
+class ExamplesInC(unittest.TestCase):
+    """Programs in C with the installed header alone."""
+
+    @classmethod
+    def setUpClass(cls):
+        examples = text("pkg-config", "--variable=examplesdir", "gridkit").strip()
+        for name in ("c-samples", "c-threads"):
+            build = FOLDER / f"build-{name}"
+            run("cmake", "-S", f"{examples}/{name}", "-B", build, f"-DCMAKE_C_FLAGS=-std=c99 -O1 {WARNINGS}")
+            run("cmake", "--build", build)
+        cls.samples, cls.window = FOLDER / "build-c-samples/samples", FOLDER / "build-c-threads/window"
+        cls.product = text("tsx-simulate", FOLDER / "in-c", "--lines", 70, "--samples", 90, "--polarisations", "HH,VV").strip()
+
+    def test_samples_are_the_files(self):
+        self.assertEqual("HH: 70 lines x 90 samples\nVV: 70 lines x 90 samples\n", text(self.samples, self.product))
+        image, = (Path(self.product).parent / "IMAGEDATA").glob("*_HH_*.cos")
+        # Four lines of annotation before the samples, two numbers of it before each line's.
+        record, line, sample = 4 * (90 + 2), 33, 17
+        pairs = struct.iter_unpack(">hh", image.read_bytes()[record * (4 + line) + 4 * (2 + sample):][:12])
+        *printed, place = text(self.samples, self.product, line, sample).splitlines()
+        self.assertEqual([f"{i:g} {q:+g}i" for i, q in pairs], printed)
+        located = json.loads(text("gridkit", "locate", "--json", self.product, line, sample))
+        self.assertEqual(f"at {located['latitude']:.6f}, {located['longitude']:.6f}, "
+                         f"{located['height']:.0f} m above the ellipsoid", place)
+
+    def test_a_window_on_two_threads_is_the_whole(self):
+        raw = run("gridkit", "read", "-q", "--calibrate", "beta0", self.product, "HH", "in-c.bil", "--format", "envi")
+        self.assertEqual(b"", raw.stdout)
+        values = struct.unpack("<6300f", (FOLDER / "in-c.bil").read_bytes())
+        mean = 10 * math.log10(sum(values) / len(values))
+        self.assertEqual(f"6300 samples, mean beta0 {mean:.2f} dB\n", text(self.window, self.product, 0, 0, 70, 90))
+
+    def test_refusals_say_what_is_wrong(self):
+        self.assertIn("does not lie in the image", complaint(self.samples, self.product, 70, 0))
+        self.assertIn("does not lie in the image", complaint(self.window, self.product, 0, 0, 71, 90))
+        self.assertEqual("samples: nowhere: no such file\n", complaint(self.samples, "nowhere"))
+        self.assertIn("no format plug-in in", complaint("env", "GRIDKIT_PLUGINS=/nowhere", self.samples, self.product))
+        self.assertIn("usage", run(self.window, status=2).stderr.decode())
+
+
 class AnnotationClasses(unittest.TestCase):
     """Programs on the installed classes, linked with the plug-in alone."""
 
@@ -331,6 +374,16 @@ class Document(unittest.TestCase):
     def test_writing_a_plugin_does_what_it_shows(self):
         self.do("docs/writing-a-plugin.md")
         one("lib/**/pgm.so").unlink()
+
+    def test_the_host_in_c_does_what_it_shows(self):
+        self.do("docs/c-api.md")
+
+    def test_code_in_c_is_the_examples(self):
+        examples = "".join((SOURCE / f"examples/{name}").read_text() for name in ("c-samples/samples.c", "c-threads/window.c"))
+        parts = re.findall(r"^```c\n(.*?)^```$", (SOURCE / "docs/c-api.md").read_text(), re.M | re.S)
+        self.assertEqual(2, len(parts))
+        for part in parts:
+            self.assertIn(part, examples)
 
     def test_annotations_in_a_program_do_what_is_shown(self):
         self.do("docs/annotation-classes.md")
