@@ -282,9 +282,9 @@ class ExamplesInC(unittest.TestCase):
                          f"{located['height']:.0f} m above the ellipsoid", place)
 
     def test_a_window_on_two_threads_is_the_whole(self):
-        raw = run("gridkit", "read", "-q", "--calibrate", "beta0", self.product, "HH", "in-c.bil", "--format", "envi")
+        raw = run("gridkit", "read", "-q", "--calibrate", "beta0", self.product, "HH", "in-c.img")
         self.assertEqual(b"", raw.stdout)
-        values = struct.unpack("<6300f", (FOLDER / "in-c.bil").read_bytes())
+        values = struct.unpack("<6300f", (FOLDER / "in-c.img").read_bytes())
         mean = 10 * math.log10(sum(values) / len(values))
         self.assertEqual(f"6300 samples, mean beta0 {mean:.2f} dB\n", text(self.window, self.product, 0, 0, 70, 90))
 
