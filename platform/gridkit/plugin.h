@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,10 @@ namespace gridkit {
 
 struct Exports;
 class Product;
+struct NonStandardData;
+
+// Data beside the pixels by their names.
+using NamedData = std::map<std::string, NonStandardData>;
 
 // What a plug-in says of its format.
 struct FormatDescription {
@@ -48,11 +53,12 @@ class GRIDKIT_API Plugin : public std::enable_shared_from_this<Plugin> {
 
   // Opens a file that the plug-in refuses, over its companion alone, and over values that are not
   // what the format allows where no sample, place, time or factor is made of them: see
-  // Product::passed_over and gridkit/samples.h. Layers are made of samples, so all of the images
-  // have one only where they lie as the plug-in would read them; there are no data beside the
-  // pixels, and no maps. Throws Error for a file that is not of the format, and as
-  // Samples::open_leniently does.
+  // Product::passed_over and gridkit/samples.h. Layers are made of samples, so images have them
+  // only where they lie as the plug-in would read them. There are no maps, and the data beside the
+  // pixels are those that the caller hands in, who may know the format. Throws Error for a file
+  // that is not of the format, and as Samples::open_leniently does.
   Product open_leniently(const std::string& path);
+  Product open_leniently(const std::string& path, const NamedData& data);
 
  private:
   friend class Product;

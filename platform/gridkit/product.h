@@ -124,7 +124,7 @@ class GRIDKIT_API Product {
   Product(std::shared_ptr<Plugin> plugin, void* record, const std::string& path,
           std::int32_t title);
   Product(std::shared_ptr<Plugin> plugin, Samples samples, const std::string& path,
-          std::int32_t title);
+          std::int32_t title, NamedData data);
 
   std::shared_ptr<Record> record_;
 };

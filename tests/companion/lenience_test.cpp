@@ -110,6 +110,16 @@ TEST_F(Lenience, LayersAreMadeOfTheSamples) {
   }
 }
 
+TEST_F(Lenience, DataAreThoseThatTheCallerHandsIn) {
+  const std::string annotation = other_processor(Variant::ssc);
+  const gridkit::NamedData data = {{":A", {"type", "dictionary", {std::byte{7}}}}};
+  const gridkit::Product product = products.plugin->open_leniently(annotation, data);
+  EXPECT_EQ(product.data_names(), std::vector<std::string>{":A"});
+  ASSERT_TRUE(product.read_data(":A"));
+  EXPECT_EQ(product.read_data(":A")->bytes, std::vector<std::byte>{std::byte{7}});
+  EXPECT_FALSE(product.read_data(":B"));
+}
+
 // A host that knows no leniency, and one that asks for a remark that there is not.
 TEST_F(Lenience, OfTheTableIsBoundedByTheSizesThatACallerGives) {
   const std::string annotation = other_processor(Variant::ssc);

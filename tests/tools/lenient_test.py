@@ -4,7 +4,7 @@ import re
 import unittest
 
 from programs import ANNOTATION, FOLDER, GRIDKIT, complaint, main, run, simulate, text
-from rasters import metadata, pixels
+from rasters import described, metadata, pixels
 
 ORBIT_SENSOR = "/level1Product/platform/orbit/orbitHeader/sensor"
 FOUND = 'the value is not one of those allowed: found "IGOR", expected one of "PROP", "GPSS", "GPSD"'
@@ -46,9 +46,11 @@ class Reading(unittest.TestCase):
                 layers = text(GRIDKIT, "layers", valid)
                 listed = run(GRIDKIT, "layers", "--lenient", other)
                 self.assertEqual(layers, listed.stdout.decode())
+                lack = ("its data and its map are not there" if variant == "GEC" else
+                        "its sensor model is made from the annotation, other data are not there")
                 self.assertEqual([f"gridkit: warning: {fault}; passed over",
-                                  f"gridkit: warning: {other}: read without its plug-in, which alone publishes its "
-                                  "data and its map"], listed.stderr.decode().splitlines())
+                                  f"gridkit: warning: {other}: read without its plug-in; {lack}"],
+                                 listed.stderr.decode().splitlines())
                 for layer in layers.split():
                     kind = "Int16" if "PHASE" in layer else "UInt16"
                     images = []
@@ -60,6 +62,12 @@ class Reading(unittest.TestCase):
                 image = FOLDER / f"{variant}beta0.tif"
                 run(GRIDKIT, "read", "-q", "--lenient", other, "VV", image, "--calibrate", "beta0")
                 self.assertIn("CALIBRATION", metadata(image))
+                if variant != "GEC":
+                    points = [described(FOLDER / f"{variant}X_HH_MAGNITUDE_1{lenient}.tif")["gcps"]["gcpList"]
+                              for lenient in (0, 1)]
+                    self.assertEqual(*points)
+                    self.assertEqual(*(text(GRIDKIT, "data", *lenient, product, ":RADAR_Generic_v2.2")
+                                       for product, lenient in ((valid, ()), (other, ("--lenient",)))))
                 for verb, output in (("quicklook", "picture.png"), ("report", "page.html")):
                     run(GRIDKIT, verb, "-q", "--lenient", other, FOLDER / (variant + output))
 

@@ -3,12 +3,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <utility>
 
 #include "debug/debug_channel.h"
 #include "gridkit/preference.h"
 #include "gridkit/report.h"
+#include "rmdllib/radar_geometry.h"
 #include "tools/annotation/annotation_file.h"
 #include "tools/annotation/check.h"
+#include "tools/annotation/sensor_model_record.h"
 #include "tools/gridkit/terminal/terminal.h"
 
 namespace {
@@ -60,13 +63,25 @@ void load_preferences(const std::string& path) {
       refusal.calls());
 }
 
+// The sensor model that the plug-in would publish; none of an image on a map.
+gridkit::NamedData data_of(const std::string& path) {
+  gridkit::NamedData data;
+  if (auto model = sensor_model_record(path)) {
+    data[std::string(":") + rmdllib::RadarGeometry::design] = std::move(*model);
+  }
+  return data;
+}
+
 // Over the plug-in's companion, with a warning for each value that was passed over.
 gridkit::Product open_leniently(gridkit::Plugin& plugin, std::int32_t title,
                                 const std::string& path) {
   try {
-    gridkit::Product product = plugin.open_leniently(path);
+    const gridkit::NamedData data = data_of(path);
+    gridkit::Product product = plugin.open_leniently(path, data);
     for (const std::string& remark : product.passed_over()) warn(remark + "; passed over");
-    warn(path + ": read without its plug-in, which alone publishes its data and its map");
+    warn(path + ": read without its plug-in; " +
+         (data.empty() ? "its data and its map are not there"
+                       : "its sensor model is made from the annotation, other data are not there"));
     return product;
   } catch (const gridkit::Error& error) {
     explain(plugin, title, path, error, true);

@@ -83,14 +83,7 @@ std::vector<std::string> faults_of_images(const std::string& path) {
 Placed place(const Host& host, const std::string& given) {
   try {
     const gridkit::Product product = host.open(given);
-    if (!product.is_over_samples()) {
-      return {product.path(), rmdllib::Placement(product), nullptr, false};
-    }
-    // Without its plug-in nothing publishes the model.
-    const auto model = sensor_model_record(product.path());
-    if (!model)
-      throw gridkit::Error(product.path() + ": its plug-in, which alone tells the map, refuses it");
-    return {product.path(), rmdllib::Placement(*model), nullptr, false};
+    return {product.path(), rmdllib::Placement(product), nullptr, false};
   } catch (const gridkit::Error&) {
     const std::string path = host.find(given);
     const std::vector<std::string> faults = faults_of_images(path);

@@ -119,9 +119,13 @@ Product Plugin::open(const std::string& path, const std::string& mode) {
 }
 
 Product Plugin::open_leniently(const std::string& path) {
+  return open_leniently(path, {});
+}
+
+Product Plugin::open_leniently(const std::string& path, const NamedData& data) {
   const auto title = identify(path);
   if (!title) throw Error(path + ": not a file of the format " + format_.titles.at(0));
-  return Product(shared_from_this(), Samples::open_leniently(*this, path), path, *title);
+  return Product(shared_from_this(), Samples::open_leniently(*this, path), path, *title, data);
 }
 
 PluginFolder load_plugins(const std::filesystem::path& folder) {

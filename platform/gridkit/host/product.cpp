@@ -32,6 +32,7 @@ struct Record {
   std::mutex layer_names_mutex;
   // Asked for once: what a plug-in keeps for a list may stay until the record ends.
   std::optional<std::vector<std::string>> layer_names;
+  NamedData data;  // of a product over its samples
 
   Record(std::shared_ptr<Plugin> owner, const Exports* functions, FileHandle file, std::string name,
          std::int32_t title_index)
@@ -134,11 +135,12 @@ Product::Product(std::shared_ptr<Plugin> plugin, void* record, const std::string
 }
 
 Product::Product(std::shared_ptr<Plugin> plugin, Samples samples, const std::string& path,
-                 std::int32_t title) {
+                 std::int32_t title, NamedData data) {
   const Exports* exports = plugin->exports_.get();
   record_ = std::make_shared<Record>(std::move(plugin), exports, nullptr, path, title);
   record_->layer_names = names_of(sampled_layers(samples));
   record_->samples = std::move(samples);
+  record_->data = std::move(data);
 }
 
 bool Product::is_over_samples() const {
@@ -176,7 +178,11 @@ std::vector<std::string> Product::layer_names() const {
 }
 
 std::vector<std::string> Product::data_names() const {
-  if (record_->is_over_samples()) return {};
+  if (record_->is_over_samples()) {
+    std::vector<std::string> listed;
+    for (const auto& [name, data] : record_->data) listed.push_back(name);
+    return listed;
+  }
   const ReportCollector reports;
   const std::lock_guard calls(record_->calls_mutex);
   std::int32_t count = 0;
@@ -189,7 +195,10 @@ std::vector<std::string> Product::data_names() const {
 }
 
 std::optional<NonStandardData> Product::read_data(const std::string& name) const {
-  if (record_->is_over_samples()) return std::nullopt;
+  if (record_->is_over_samples()) {
+    const auto found = record_->data.find(name);
+    return found == record_->data.end() ? std::nullopt : std::optional(found->second);
+  }
   const ReportCollector reports;
   const DictionaryRelease release;
   const std::lock_guard calls(record_->calls_mutex);

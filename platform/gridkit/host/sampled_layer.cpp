@@ -34,6 +34,7 @@ std::vector<SampledLayer> sampled_layers(const Samples& samples) {
     }
   }
   std::vector<SampledLayer> layers;
+  layers.reserve(by_place.size());
   for (auto& [place, layer] : by_place) layers.push_back(layer);
   return layers;
 }

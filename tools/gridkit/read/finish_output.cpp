@@ -17,6 +17,9 @@ void finish_output(gridkit::RasterWriter& writer, Progress& progress, const std:
   progress.clear();
   warn_about_place(place, shown_name(output));
   for (const auto& [reason, lines, key] : missing) {
-    warn(shown_name(output) + ": lines of the image " + reason + ", in part or in whole: " + lines);
+    std::string remark = shown_name(output);
+    remark.append(": lines of the image ").append(reason);
+    remark.append(", in part or in whole: ").append(lines);
+    warn(remark);
   }
 }
