@@ -1,10 +1,10 @@
-/* A window of radar brightness, read by two threads, each half of the lines into one array; prints its
- * mean in decibels.
+/* A window of radar brightness, read by two threads, each half of the lines into one array; prints
+ * its mean in decibels.
  *
  *   window PRODUCT LINE SAMPLE LINES SAMPLES
  *
- * The library could do that by itself (gridkit_read_options.threads): this shows that one product may be
- * used by any number of threads of the caller's own.
+ * The library could do that by itself (gridkit_read_options.threads): this shows that one product
+ * may be used by any number of threads of the caller's own.
  */
 
 #include <math.h>

@@ -1,4 +1,5 @@
-/* The header is C99 and needs nothing before it; struct members lie where the reviewed table says. */
+/* The header is C99 and needs nothing before it; struct members lie where the reviewed table says.
+ */
 #include "gridkit/gridkit.h"
 
 #include <stdio.h>
