@@ -18,14 +18,16 @@ std::mutex& loading() {
   return mutex;
 }
 
-std::shared_ptr<void> load(const std::filesystem::path& library) {
+void* load(const std::filesystem::path& library) {
   const std::lock_guard guard(loading());
   void* const loaded = ::dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (loaded == nullptr) throw Error("the companion does not load: " + std::string(::dlerror()));
-  return {loaded, [](void* handle) {
-            const std::lock_guard held(loading());
-            ::dlclose(handle);
-          }};
+  return loaded;
+}
+
+void unload(void* loaded) {
+  const std::lock_guard guard(loading());
+  ::dlclose(loaded);
 }
 
 }  // namespace
@@ -36,7 +38,7 @@ std::shared_ptr<const gkc_Companion> load_companion(const std::filesystem::path&
     throw Error("the plug-in has no companion (" + library.string() +
                 "), so that samples cannot be reached; its layers can");
   }
-  const std::shared_ptr<void> loaded = load(library);
+  const std::shared_ptr<void> loaded(load(library), unload);
   const auto entry = reinterpret_cast<gkc_GetCompanionFunction>(::dlsym(loaded.get(), GKC_ENTRY));
   const gkc_Companion* table = entry == nullptr ? nullptr : entry();
   if (table == nullptr) throw Error(library.string() + ": is no companion: it lacks " GKC_ENTRY);
