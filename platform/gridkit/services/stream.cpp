@@ -77,7 +77,7 @@ class LastLook {
 // end of the file and read errors are told by direct reads alone, never by what is held.
 struct gkf_Stream {
   explicit gkf_Stream(std::size_t cache_bytes)
-      : cache(cache_bytes), most_credit(static_cast<std::int64_t>(cache_bytes)) {}
+      : cache_(cache_bytes), most_credit_(static_cast<std::int64_t>(cache_bytes)) {}
 
   std::size_t read(std::byte* buffer, std::size_t wanted);
   void seek(std::int64_t offset);
@@ -93,27 +93,27 @@ struct gkf_Stream {
   std::size_t read_held(std::byte* buffer, std::size_t wanted);
   void fill(std::int64_t offset);
 
-  PageCache cache;
-  LastLook look;
-  bool must_look = true;
+  PageCache cache_;
+  LastLook look_;
+  bool must_look_ = true;
 
   // Bytes that may be read in whole pages. Every page draws on it and every byte delivered adds
   // two, so a pattern that uses little of each page soon gets only what it asks for.
   static constexpr std::int64_t earned = 2;
-  std::int64_t most_credit;
-  std::int64_t credit = most_credit;
-  int last_error = 0;
+  std::int64_t most_credit_;
+  std::int64_t credit_ = most_credit_;
+  int last_error_ = 0;
 };
 
-// Up to `wanted` bytes; fewer at the end of the file (last_error is 0) or on an error.
+// Up to `wanted` bytes; fewer at the end of the file (last_error_ is 0) or on an error.
 std::size_t gkf_Stream::pread(std::byte* buffer, std::size_t wanted, std::int64_t offset) {
   std::size_t got = 0;
-  last_error = 0;
+  last_error_ = 0;
   while (got < wanted) {
     const ssize_t n =
         ::pread(file.get(), buffer + got, wanted - got, offset + static_cast<std::int64_t>(got));
     if (n < 0 && errno == EINTR) continue;
-    if (n < 0) last_error = errno;
+    if (n < 0) last_error_ = errno;
     if (n <= 0) break;
     got += static_cast<std::size_t>(n);
   }
@@ -123,33 +123,33 @@ std::size_t gkf_Stream::pread(std::byte* buffer, std::size_t wanted, std::int64_
 
 std::size_t gkf_Stream::read_direct(std::byte* buffer, std::size_t wanted, std::int64_t offset) {
   const std::size_t got = pread(buffer, wanted, offset);
-  at_end = got < wanted && last_error == 0;
+  at_end = got < wanted && last_error_ == 0;
   return got;
 }
 
 // Brings the page that holds a place into the cache, if that may be and can be done.
 void gkf_Stream::fill(std::int64_t offset) {
   constexpr auto page_bytes = std::int64_t{PageCache::page_bytes};
-  if (credit < page_bytes) return;
-  if (look.finds_change(file.get())) cache.forget();
-  std::byte* page = cache.place(offset);
+  if (credit_ < page_bytes) return;
+  if (look_.finds_change(file.get())) cache_.forget();
+  std::byte* page = cache_.place(offset);
   if (page == nullptr) return;
   const std::size_t got = pread(page, PageCache::page_bytes, offset - offset % page_bytes);
-  credit -= static_cast<std::int64_t>(got);
-  cache.set_size(got);
+  credit_ -= static_cast<std::int64_t>(got);
+  cache_.set_size(got);
 }
 
 std::size_t gkf_Stream::read_held(std::byte* buffer, std::size_t wanted) {
-  if (must_look && look.finds_change(file.get())) cache.forget();
-  must_look = false;
+  if (must_look_ && look_.finds_change(file.get())) cache_.forget();
+  must_look_ = false;
   std::size_t done = 0;
   while (done < wanted) {
     const std::int64_t offset = position + static_cast<std::int64_t>(done);
     const std::span<std::byte> rest(buffer + done, wanted - done);
-    std::size_t n = cache.read(offset, rest);
+    std::size_t n = cache_.read(offset, rest);
     if (n == 0) {
       fill(offset);
-      n = cache.read(offset, rest);
+      n = cache_.read(offset, rest);
     }
     if (n == 0) return done + read_direct(rest.data(), rest.size(), offset);
     done += n;
@@ -162,12 +162,12 @@ std::size_t gkf_Stream::read(std::byte* buffer, std::size_t wanted) {
   const std::size_t got =
       wanted < shortest_direct ? read_held(buffer, wanted) : read_direct(buffer, wanted, position);
   position += static_cast<std::int64_t>(got);
-  credit = std::min(most_credit, credit + earned * static_cast<std::int64_t>(got));
+  credit_ = std::min(most_credit_, credit_ + earned * static_cast<std::int64_t>(got));
   return got;
 }
 
 void gkf_Stream::seek(std::int64_t offset) {
-  must_look = must_look || offset < position;
+  must_look_ = must_look_ || offset < position;
   position = offset;
   at_end = false;
 }
