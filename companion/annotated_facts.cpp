@@ -38,7 +38,7 @@ HandedFacts::HandedFacts(const AnnotatedFacts& facts) : facts_(facts) {
   told_.incidence = facts_.incidence_degrees;
   told_.average_height = facts_.average_height_metres;
   if (!facts_.raster) return;
-  const AnnotatedFacts::Raster& raster = *facts_.raster;
+  const AnnotatedRaster& raster = *facts_.raster;
   told_.has_raster = 1;
   told_.lines = raster.lines;
   told_.samples = raster.samples;

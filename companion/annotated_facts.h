@@ -13,6 +13,17 @@
 
 namespace companion {
 
+// What an annotation says of the first image of its product, which holds for every one.
+struct AnnotatedRaster {
+  std::int32_t lines = 0;
+  std::int32_t samples = 0;
+  double line_spacing_metres = 0;
+  double sample_spacing_metres = 0;
+  std::optional<std::array<double, 2>> ground_spacing_metres;  // near, far
+  double azimuth_resolution_metres = 0;
+  double ground_range_resolution_metres = 0;
+};
+
 // What an annotation says of its product at a glance, see gkc_ProductFacts for what each is.
 struct AnnotatedFacts {
   std::string name;
@@ -37,16 +48,7 @@ struct AnnotatedFacts {
   double average_height_metres = 0;
   std::vector<gkc_Place> corners;
 
-  struct Raster {
-    std::int32_t lines = 0;
-    std::int32_t samples = 0;
-    double line_spacing_metres = 0;
-    double sample_spacing_metres = 0;
-    std::optional<std::array<double, 2>> ground_spacing_metres;  // near, far
-    double azimuth_resolution_metres = 0;
-    double ground_range_resolution_metres = 0;
-  };
-  std::optional<Raster> raster;
+  std::optional<AnnotatedRaster> raster;
   bool is_on_map = false;
 
   struct Factors {
