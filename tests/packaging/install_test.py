@@ -205,7 +205,8 @@ class Examples(unittest.TestCase):
                                       "mapInfo": None}],
                           # The picture has no annotation that tells more.
                           **dict.fromkeys(("product", "mode", "polarisations", "satellite", "times", "centre", "extent",
-                                           "spacing", "resolution", "heights", "calibration")), "warnings": []}, info)
+                                           "spacing", "resolution", "heights", "calibration", "incidence")),
+                          "warnings": []}, info)
 
     def test_every_pixel_comes_and_the_rest_is_zero(self):
         for row in range(2):

@@ -32,6 +32,7 @@ std::string draw_incidence(const gridkit::Product& product) try {
   plot.title = "Across the swath";
   plot.x_label = "sample";
   plot.y_label = "angle of incidence, °";
+  plot.least_y_range = 0.1;  // degrees; a narrow cut-out has a nearly constant angle
   plot.series = {across(incidence, "first line", 0), across(incidence, "middle line", last / 2),
                  across(incidence, "last line", last)};
   return "<p>From " + number(incidence.near_degrees, 4) + "° in near range to " +
