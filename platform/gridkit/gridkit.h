@@ -406,6 +406,14 @@ GRIDKIT_API int32_t gridkit_radar_coordinates(const gridkit_product* product, si
                                               double* time, double* slant_range, size_t* without,
                                               gridkit_error** error);
 
+// The terrain's heights at pixels, as the product's own geolocation grid tells them: [count] lines
+// and samples, which need not be whole, give [count] heights, bilinear between the grid's points;
+// NaN for what is no number. `height` may be the same array as an input. gridkit_NotThere for a
+// product that tells no such grid, and for a map.
+GRIDKIT_API int32_t gridkit_terrain_heights(const gridkit_product* product, size_t count,
+                                            const double* line, const double* sample,
+                                            double* height, gridkit_error** error);
+
 typedef struct gridkit_rational_options {
   size_t size;
   double lowest_height;  // both 0: -500 and 9,000 m

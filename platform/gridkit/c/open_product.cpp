@@ -3,8 +3,6 @@
 #include <shared_mutex>
 #include <unordered_map>
 
-#include "gridkit/geolocation_grid.h"
-
 namespace gridkit::c {
 
 namespace {
@@ -69,12 +67,18 @@ std::shared_ptr<const Radiometry> OpenProduct::radiometry(std::size_t image,
   }
 }
 
+std::shared_ptr<const GeolocationGrid> OpenProduct::geolocation_grid() {
+  const std::lock_guard lock(mutex_);
+  if (!grid_) grid_ = find_geolocation_grid(product_.plugin(), path()).grid;
+  return *grid_;
+}
+
 const std::optional<rmdllib::SignalCorrections>& OpenProduct::corrections() {
+  const auto grid = geolocation_grid();
   const std::lock_guard lock(mutex_);
   if (corrections_) return *corrections_;
-  const FoundGrid found = find_geolocation_grid(product_.plugin(), path());
   std::optional<rmdllib::SignalCorrections> told;
-  if (found.grid != nullptr) told = rmdllib::corrections_of(*found.grid);
+  if (grid != nullptr) told = rmdllib::corrections_of(*grid);
   return corrections_.emplace(told);
 }
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "gridkit/c/border.h"
+#include "gridkit/geolocation_grid.h"
 #include "gridkit/gridkit.h"
 #include "gridkit/host/sample_road.h"
 #include "gridkit/image_radiometry.h"
@@ -55,6 +56,9 @@ class OpenProduct {
   // The radiometry of an image. Throws the fault gridkit_NotThere.
   std::shared_ptr<const Radiometry> radiometry(std::size_t image, const RadiometryRequest& request);
 
+  // The product's geolocation grid; null where it tells none.
+  std::shared_ptr<const GeolocationGrid> geolocation_grid();
+
   // The corrections of signal delays that the product tells of its own radar geometry; nothing
   // where it tells none.
   const std::optional<rmdllib::SignalCorrections>& corrections();
@@ -72,6 +76,7 @@ class OpenProduct {
   std::vector<std::optional<std::optional<SampleRoad>>> roads_;
   std::map<std::tuple<std::size_t, Backscatter, bool>, std::shared_ptr<const Radiometry>>
       radiometries_;
+  std::optional<std::shared_ptr<const GeolocationGrid>> grid_;
   std::optional<std::optional<rmdllib::SignalCorrections>> corrections_;
   std::array<std::vector<std::unique_ptr<rmdllib::Placement>>, 2> idle_placements_;  // by delays
 };

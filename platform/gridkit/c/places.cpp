@@ -232,6 +232,26 @@ int32_t gridkit_radar_coordinates(const gridkit_product* product, size_t count, 
   });
 }
 
+int32_t gridkit_terrain_heights(const gridkit_product* product, size_t count, const double* line,
+                                const double* sample, double* height, gridkit_error** error) {
+  return gridkit::c::contain(product, error, gridkit_NotThere, [&](OpenProduct& open) {
+    if (count > 0) {
+      for (const void* array : {static_cast<const void*>(line), static_cast<const void*>(sample),
+                                static_cast<const void*>(height)}) {
+        require(array, "an array of lines, samples or heights");
+      }
+    }
+    const auto grid = open.geolocation_grid();
+    if (grid == nullptr || !grid->has_image_axes()) {
+      throw Fault(gridkit_NotThere, open.path() + ": tells no heights of the terrain", open.path());
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+      const bool is_place = std::isfinite(line[i] + sample[i]);
+      height[i] = is_place ? grid->height_at(line[i], sample[i]) : not_a_number;
+    }
+  });
+}
+
 int32_t gridkit_fit_rational(const gridkit_product* product,
                              const gridkit_rational_options* options, gridkit_rational_model* model,
                              gridkit_error** error) {

@@ -133,6 +133,9 @@ TEST_F(Misuse, OfAHandleThatWasClosedIsTold) {
     refused([&](gridkit_error** e) {
       return gridkit_radar_coordinates(handle, 1, &number, &number, &number, &number, nullptr, e);
     });
+    refused([&](gridkit_error** e) {
+      return gridkit_terrain_heights(handle, 1, &number, &number, &number, e);
+    });
     refused([&](gridkit_error** e) { return gridkit_fit_rational(handle, nullptr, &model, e); });
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(count, 0);

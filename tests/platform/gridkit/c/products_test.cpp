@@ -236,6 +236,16 @@ TEST_F(HostInC, PlacesAsTheLibraryDoesWithDelaysAndWithout) {
     line[i] = static_cast<double>(i % 300);
     sample[i] = static_cast<double>(i % 199);
   }
+  std::vector<double> terrain(count);
+  line[7] = std::nan("");
+  ASSERT_EQ(
+      gridkit_terrain_heights(product, count, line.data(), sample.data(), terrain.data(), nullptr),
+      gridkit_Done);
+  EXPECT_TRUE(std::isnan(terrain[7]));
+  const auto grid = same.samples().geolocation_grid().grid;
+  for (std::size_t i = 0; i < count; i += 501) {
+    EXPECT_EQ(terrain[i], grid->height_at(line[i], sample[i]));
+  }
   line[7] = 1e12;
   gridkit_place_options wish{};
   wish.size = sizeof wish;
