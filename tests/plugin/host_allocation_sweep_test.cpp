@@ -2,15 +2,10 @@
 // every index: of the plug-in, with its annotation classes, and of the host's library. What GDAL,
 // PROJ and other libraries allocate for themselves is left alone.
 
-#include <dlfcn.h>
-#include <execinfo.h>
 #include <gtest/gtest.h>
-#include <link.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <limits>
@@ -23,64 +18,10 @@
 #include "support/counted_new.h"
 #include "support/fault_count.h"
 #include "support/host_life.h"
+#include "support/own_allocations.h"
 #include "support/scratch_folder.h"
 
 namespace {
-
-// Where the code of a loaded library lies.
-struct CodeRange {
-  std::uintptr_t first = 0;
-  std::uintptr_t end = 0;
-  bool holds(const void* place) const {
-    const auto address = reinterpret_cast<std::uintptr_t>(place);
-    return address >= first && address < end;
-  }
-};
-
-struct Places {
-  CodeRange plugin;
-  CodeRange host;
-  CodeRange language;  // the C++ library, which allocates for whoever calls it
-};
-Places places;
-
-CodeRange range_of(std::string_view file_name) {
-  struct Search {
-    std::string_view name;
-    CodeRange found;
-  } search{file_name, {}};
-  ::dl_iterate_phdr(
-      [](dl_phdr_info* info, std::size_t, void* context) {
-        auto& wanted = *static_cast<Search*>(context);
-        const std::string_view path = info->dlpi_name;
-        if (path.substr(path.rfind('/') + 1).substr(0, wanted.name.size()) != wanted.name) return 0;
-        for (int i = 0; i < info->dlpi_phnum; ++i) {
-          const auto& segment = info->dlpi_phdr[i];
-          if (segment.p_type != PT_LOAD || (segment.p_flags & PF_X) == 0) continue;
-          wanted.found.first = info->dlpi_addr + segment.p_vaddr;
-          wanted.found.end = wanted.found.first + segment.p_memsz;
-        }
-        return 1;
-      },
-      &search);
-  return search.found;
-}
-
-bool is_ours(const void* place) {
-  return places.plugin.holds(place) || places.host.holds(place);
-}
-
-// Whether the allocation is the plug-in's or the host's, told by the code that asks for it; for the
-// C++ library, by its caller.
-bool counts(const void* caller, bool) {
-  if (!places.language.holds(caller)) return is_ours(caller);
-  std::array<void*, 12> frames{};
-  const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
-  const auto* const end = frames.begin() + count;
-  const auto* frame = std::find(frames.cbegin(), end, caller);
-  frame = std::find_if_not(frame, end, [](void* f) { return places.language.holds(f); });
-  return frame != end && is_ours(*frame);
-}
 
 // A usual annotation asks for memory thousands of times; of so many calls not every one is tried
 // unless the environment has TSX_EVERY_ALLOCATION. The sanitizers' build is slower by far.
@@ -106,12 +47,7 @@ std::ostream& operator<<(std::ostream& out, const Case& c) {
 class HostAllocationSweep : public testing::TestWithParam<Case> {
  protected:
   void SetUp() override {
-    places = {range_of("tsx.so"), range_of("libgridkit.so"), range_of("libstdc++.so")};
-    ASSERT_NE(places.plugin.end, 0U);
-    ASSERT_NE(places.host.end, 0U);
-    ASSERT_NE(places.language.end, 0U);
-    std::array<void*, 1> warm{};
-    ::backtrace(warm.data(), 1);  // loads its library with the first call
+    ASSERT_TRUE(own_allocations::find({"tsx.so", "libgridkit.so"}));
     first_free = ::dup(0);
     ::close(first_free);
   }
@@ -119,7 +55,7 @@ class HostAllocationSweep : public testing::TestWithParam<Case> {
   // One life; the given call of operator new fails, 0 for none. What it leaves allocated is added
   // to counted_new().live.
   std::vector<HostStep> live(long failing_call) {
-    counted_new().counts = &counts;
+    counted_new().counts = &own_allocations::counts;
     counted_new().calls = 0;
     counted_new().fail_at = failing_call;
     held.clear();
