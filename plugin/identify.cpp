@@ -24,9 +24,9 @@ struct HeapDeleter {
 using HeapText = std::unique_ptr<char, HeapDeleter>;
 
 // A buffer for lines, whose last byte is 0; null without memory.
-HeapText allocate_line() {
-  HeapText line(static_cast<char*>(gkm_HeapMalloc(line_bytes)));
-  if (line != nullptr) line.get()[line_bytes - 1] = '\0';
+char* allocate_line() {
+  char* const line = static_cast<char*>(gkm_HeapMalloc(line_bytes));
+  if (line != nullptr) line[line_bytes - 1] = '\0';
   return line;
 }
 
@@ -85,7 +85,7 @@ bool recognise(gkf_File* file, char* line, std::int32_t* versionIndex, ReportFra
 std::int32_t tsx_FileIdentify(const char* path, std::int32_t* versionIndex) {
   static const char* const function_word = "tsx_FileIdentify";
   ReportFrame frame(function_word);
-  const HeapText line = allocate_line();
+  const HeapText line(allocate_line());
   const HeapText name(gks_Sprintf(nullptr, "%s", frame.slot(), path));
   // Without memory for either the file is none of ours.
   if (line == nullptr || name == nullptr || gkf_FileExists(name.get(), frame.slot()) != 1) {
