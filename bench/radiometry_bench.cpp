@@ -59,9 +59,10 @@ void check_window(const ComplexProduct& product, const std::string& source) {
   const auto incidence = gridkit::incidence_of(opened, image_size, image_size);
   constexpr std::size_t first = image_size / 2;
   for (std::size_t k = 0; k < beta0.size(); ++k) {
-    const auto line = static_cast<double>(first + k / window_size);
-    const auto sample = static_cast<double>(first + k % window_size);
-    const double wanted = static_cast<double>(beta0[k]) * std::sin(incidence->at(line, sample));
+    const std::size_t line = first + k / window_size;
+    const std::size_t sample = first + k % window_size;
+    const double angle = incidence->at(static_cast<double>(line), static_cast<double>(sample));
+    const double wanted = static_cast<double>(beta0[k]) * std::sin(angle);
     if (!(std::abs(static_cast<double>(sigma0[k]) - wanted) <= 3e-7 * wanted)) {
       throw std::runtime_error(source + ": wrong pixels");
     }
