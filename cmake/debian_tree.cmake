@@ -6,7 +6,8 @@ file(GLOB trees ${CPACK_TEMPORARY_DIRECTORY}/*)
 foreach(tree IN LISTS trees)
   # The system's linker looks where these libraries are, so nothing need say it.
   file(GLOB programs ${tree}/usr/bin/* ${tree}/usr/lib/*/gridkit/*.so
-    ${tree}/usr/lib/*/gridkit/companions/*.so ${tree}/usr/lib/python3/dist-packages/gridkit/*.so)
+    ${tree}/usr/lib/*/gridkit/companions/*.so ${tree}/usr/lib/python3/dist-packages/gridkit/*.so
+    ${tree}/usr/lib/*/gdalplugins/*.so)
   foreach(program IN LISTS programs)
     file(RPATH_REMOVE FILE ${program})
   endforeach()

@@ -162,7 +162,8 @@ install(FILES completions/_gridkit
 
 # Debian wants the licence told beside each package's documents.
 foreach(part IN ITEMS library:libgridkit${PROJECT_VERSION_MAJOR} development:libgridkit-dev
-    plugin:gridkit-tsx annotation:gridkit-tsx-dev tools:gridkit-tools python:python3-gridkit)
+    plugin:gridkit-tsx annotation:gridkit-tsx-dev tools:gridkit-tools python:python3-gridkit
+    gdal:gdal-plugin-gridkit)
   string(REGEX MATCH "(.*):(.*)" ignored ${part})
   install(FILES LICENSE RENAME copyright
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CMAKE_MATCH_2} COMPONENT ${CMAKE_MATCH_1})

@@ -10,6 +10,9 @@ set(CPACK_COMPONENTS_ALL library development plugin annotation tools)
 if(TSX_PYTHON)
   list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
+if(TSX_GDAL_DRIVER)
+  list(APPEND CPACK_COMPONENTS_ALL gdal)
+endif()
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian_tree.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -79,5 +82,13 @@ set(CPACK_COMPONENT_PYTHON_DEPENDS library)
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION "raster products in Python
 Opens products as arrays of numpy that are read when they are sliced, with
 the places of their pixels, and as an engine of xarray.")
+
+set(CPACK_DEBIAN_GDAL_PACKAGE_NAME gdal-plugin-gridkit)
+set(CPACK_DEBIAN_GDAL_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_GDAL_PACKAGE_RECOMMENDS gridkit-tsx)
+set(CPACK_COMPONENT_GDAL_DEPENDS library)
+set(CPACK_COMPONENT_GDAL_DESCRIPTION "driver of GDAL's for products that gridkit opens
+Shows images, what is measured of them and layers by names that begin with
+GRIDKIT to every program that opens rasters through GDAL.")
 
 include(CPack)

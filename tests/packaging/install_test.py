@@ -114,7 +114,8 @@ class Library(unittest.TestCase):
 
     def test_nothing_looks_for_the_build(self):
         binaries = [*TREE.glob("bin/*"), *TREE.glob("lib/**/*.so")]
-        self.assertEqual({"gridkit", "tsx-annotation", "tsx-simulate", "libgridkit.so", "tsx.so", "_cffi.abi3.so"},
+        self.assertEqual({"gridkit", "tsx-annotation", "tsx-simulate", "libgridkit.so", "tsx.so", "_cffi.abi3.so",
+                          "gdal_GRIDKIT.so"},
                          {b.name for b in binaries})
         for binary in binaries:
             paths = re.findall(r"R(?:UN)?PATH.*\[(.*)\]", text("readelf", "-d", binary))

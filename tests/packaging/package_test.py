@@ -61,12 +61,13 @@ def setUpModule():
 
 class Packages(unittest.TestCase):
     packages = {"libgridkit0": "libs", "libgridkit-dev": "libdevel", "gridkit-tsx": "science",
-                "gridkit-tsx-dev": "libdevel", "gridkit-tools": "science", "python3-gridkit": "python"}
+                "gridkit-tsx-dev": "libdevel", "gridkit-tools": "science", "python3-gridkit": "python",
+                "gdal-plugin-gridkit": "science"}
 
     def controls(self):
         return {control["Package"]: control for control in map(fields, DEBS.glob("*.deb"))}
 
-    def test_are_these_six(self):
+    def test_are_these_seven(self):
         controls = self.controls()
         self.assertEqual(self.packages, {name: control["Section"] for name, control in controls.items()})
         self.assertEqual(1, len({control["Version"] for control in controls.values()}))
@@ -80,7 +81,7 @@ class Packages(unittest.TestCase):
 
     def test_ask_for_each_other_in_the_same_version(self):
         controls = self.controls()
-        for name in ("libgridkit-dev", "gridkit-tsx", "gridkit-tools", "python3-gridkit"):
+        for name in ("libgridkit-dev", "gridkit-tsx", "gridkit-tools", "python3-gridkit", "gdal-plugin-gridkit"):
             self.assertIn(f"libgridkit0 (= {controls[name]['Version']})", controls[name]["Depends"], name)
         self.assertEqual(f"gridkit-tsx (= {controls['gridkit-tsx']['Version']})", controls["gridkit-tsx-dev"]["Depends"])
         self.assertEqual("gridkit-tsx", controls["gridkit-tools"]["Recommends"])
@@ -117,6 +118,7 @@ class Packages(unittest.TestCase):
         for file in (f"{libraries}/libgridkit.so.0", f"{libraries}/libgridkit.so", f"{libraries}/gridkit/tsx.so",
                      "usr/lib/python3/dist-packages/gridkit/__init__.py",
                      "usr/lib/python3/dist-packages/gridkit/_cffi.abi3.so",
+                     f"{libraries}/gdalplugins/gdal_GRIDKIT.so",
                      "usr/bin/gridkit", "usr/bin/tsx-annotation", "usr/bin/tsx-simulate",
                      "usr/include/gridkit/gridkit/plugin.h", f"{libraries}/pkgconfig/gridkit.pc",
                      f"{libraries}/cmake/gridkit/gridkit-config.cmake",

@@ -51,9 +51,9 @@ void read_on_threads(const Samples& samples, std::size_t image, const SampleWind
   try {
     work_in_order((window.lines + lines_at_once - 1) / lines_at_once, manner.threads, read, take);
   } catch (const SampleError& error) {
-    const SampleError told = error.after_lines(delivered.lines);
-    delivered = told.delivered();
-    throw told;
+    const std::int64_t before = delivered.lines;
+    delivered = error.after_lines(before).delivered();
+    throw error.after_lines(before);
   }
 }
 

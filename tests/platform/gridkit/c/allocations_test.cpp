@@ -232,6 +232,9 @@ TEST_P(AllocationsInC, AreToldWhereTheyFailAndHarmNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, AllocationsInC,
-                         testing::Values(simulate::Variant::ssc, simulate::Variant::mgd));
+                         testing::Values(simulate::Variant::ssc, simulate::Variant::mgd),
+                         [](const auto& variant) {
+                           return variant.param == simulate::Variant::ssc ? "SSC" : "MGD";
+                         });
 
 }  // namespace
