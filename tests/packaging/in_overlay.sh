@@ -62,7 +62,7 @@ in_system /mnt/embed "$annotation" X_HH_PHASE_2 >"$results/embed"
 in_system gridkit --plugins /mnt/plugins formats >"$results/formats"
 
 # And off again, one by one: the library not before those that need it.
-in_system dpkg --purge python3-gridkit gridkit-tsx-dev gridkit-tsx libgridkit-dev >>"$results/remove" 2>&1
+in_system dpkg --purge gdal-plugin-gridkit python3-gridkit gridkit-tsx-dev gridkit-tsx libgridkit-dev >>"$results/remove" 2>&1
 in_system gridkit formats 2>"$results/no-plugin" && exit 1
 in_system dpkg --purge libgridkit0 2>"$results/keep-library" && exit 1
 in_system dpkg --purge gridkit-tools libgridkit0 >>"$results/remove" 2>&1
