@@ -73,6 +73,11 @@ std::optional<PictureCalibration> calibration_of_picture(const gridkit::Product&
   }
 }
 
+void warn_of_unread(const Request& request, const std::string& reason, const std::string& lines) {
+  warn(shown_name(request.output()) + ": lines of the image " + reason +
+       ", in part or in whole, are transparent: " + lines);
+}
+
 int save_quicklook(const Host& host, const Request& request) {
   const gridkit::Product product = host.open(request.product());
   check_output(request.output(), OutputFormat::png, request.overwrite, product);
@@ -96,8 +101,7 @@ int save_quicklook(const Host& host, const Request& request) {
          ": has the pixels' own aspect: " + quicklook.why_no_spacing);
   }
   for (const auto& [reason, lines, key] : unread_lines(quicklook.missing)) {
-    warn(shown_name(request.output()) + ": lines of the image " + reason +
-         ", in part or in whole, are transparent: " + lines);
+    warn_of_unread(request, reason, lines);
   }
   return 0;
 }
