@@ -22,7 +22,7 @@ inline std::string quantiser_occurrences(std::int64_t samples) {
   const auto share_below = [](int value) {
     if (value <= 0) return 0.0;
     if (value >= values) return 1.0;
-    return 0.5 * std::erfc((values / 2 - value) / (values / 4.0) / std::numbers::sqrt2);
+    return 0.5 * std::erfc((values / 2.0 - value) / (values / 4.0) / std::numbers::sqrt2);
   };
   std::string text;
   for (int value = 0; value < values; ++value) {
