@@ -19,17 +19,6 @@ using gridkit::c::LayerFacts;
 using gridkit::c::OpenProduct;
 using gridkit::c::require;
 
-const LayerFacts& layer_of(OpenProduct& product, std::int32_t number) {
-  const auto& layers = product.layers();
-  if (number >= 0 && static_cast<std::size_t>(number) < layers.size()) {
-    return layers[static_cast<std::size_t>(number)];
-  }
-  throw Fault(gridkit_WrongUse,
-              product.path() + ": no layer " + std::to_string(number) + "; it has " +
-                  std::to_string(layers.size()),
-              product.path());
-}
-
 gridkit_layer described(const LayerFacts& layer) {
   return {0,           layer.name.c_str(), layer.pixel_type.c_str(), layer.layer_type.c_str(),
           layer.width, layer.height,       layer.block_width,        layer.block_height};
@@ -134,7 +123,7 @@ int32_t gridkit_get_layer(const gridkit_product* product, int32_t number, gridki
                           gridkit_error** error) {
   return gridkit::c::contain(product, error, gridkit_CannotRead, [&](OpenProduct& open) {
     gridkit::c::check_filled(layer, "layer");
-    gridkit::c::fill(layer, described(layer_of(open, number)));
+    gridkit::c::fill(layer, described(open.layer(number)));
   });
 }
 
@@ -148,7 +137,7 @@ int32_t gridkit_read_layer(const gridkit_product* product, int32_t number,
       const auto part = gridkit::c::window_of(window);
       const auto place = gridkit::c::target_of(target);
       const auto manner = gridkit::c::manner_of(wanted, part.lines);
-      const LayerFacts& layer = layer_of(open, number);
+      const LayerFacts& layer = open.layer(number);
       check_inside(open, layer, part);
       const auto& road = open.road_to(static_cast<std::size_t>(number));
       if (!road) return read_blocks(open, layer, part, place, manner, came);

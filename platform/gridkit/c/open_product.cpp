@@ -46,6 +46,17 @@ const std::vector<LayerFacts>& OpenProduct::layers() {
   return layers_.emplace(std::move(found));
 }
 
+const LayerFacts& OpenProduct::layer(std::int32_t number) {
+  const std::vector<LayerFacts>& all = layers();
+  if (number >= 0 && static_cast<std::size_t>(number) < all.size()) {
+    return all[static_cast<std::size_t>(number)];
+  }
+  throw Fault(
+      gridkit_WrongUse,
+      path() + ": no layer " + std::to_string(number) + "; it has " + std::to_string(all.size()),
+      path());
+}
+
 const std::optional<SampleRoad>& OpenProduct::road_to(std::size_t number) {
   const std::string& name = layers().at(number).name;
   const std::lock_guard lock(mutex_);

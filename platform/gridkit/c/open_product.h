@@ -50,6 +50,9 @@ class OpenProduct {
   // Throws Error.
   const std::vector<LayerFacts>& layers();
 
+  // The layer of that number. Throws Error, and the fault gridkit_WrongUse where there is none.
+  const LayerFacts& layer(std::int32_t number);
+
   // Where a layer's pixels can be read as samples; nothing where it is read block by block.
   const std::optional<SampleRoad>& road_to(std::size_t layer);
 

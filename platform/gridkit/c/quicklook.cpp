@@ -21,18 +21,6 @@ using gridkit::c::OpenProduct;
 constexpr std::int32_t smallest_picture = 16;
 constexpr std::int32_t largest_picture = 8192;
 
-const LayerFacts& layer_of(OpenProduct& product, std::int32_t number) {
-  const auto& layers = product.layers();
-  if (number < 0 || static_cast<std::size_t>(number) >= layers.size()) {
-    throw Fault(gridkit_WrongUse, product.path() + ": no layer " + std::to_string(number));
-  }
-  const LayerFacts& layer = layers[static_cast<std::size_t>(number)];
-  if (layer.width < 1 || layer.height < 1) {
-    throw gridkit::Error(product.path() + ": the layer " + layer.name + " has no pixels");
-  }
-  return layer;
-}
-
 // A product that cannot be placed has the pixels' own aspect.
 GroundSpacing spacing_of(const OpenProduct& product, PictureSize image) try {
   return ground_spacing(product.product(), image);
@@ -60,7 +48,10 @@ int32_t gridkit_quicklook(const gridkit_product* product, int32_t number, int32_
       throw Fault(gridkit_WrongUse, "the picture's longer side is " + std::to_string(longest) +
                                         " pixels; it must be 16 to 8192");
     }
-    const LayerFacts& layer = layer_of(open, number);
+    const LayerFacts& layer = open.layer(number);
+    if (layer.width < 1 || layer.height < 1) {
+      throw gridkit::Error(open.path() + ": the layer " + layer.name + " has no pixels");
+    }
     const bool is_phase = layer.pixel_type == "s16";
     const FloatPicture values =
         reduced(open, layer, is_phase ? PixelMeaning::phase : PixelMeaning::magnitude, longest);
